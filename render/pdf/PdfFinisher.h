@@ -1,0 +1,82 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/Files.h"
+#include "platform/Time.h"
+
+namespace ostrel {
+
+// A place on a printed page that opens an address. Measured on the page as the engine printed it, before scaling, in
+// points from its top left corner.
+struct LinkArea {
+    std::size_t page = 0;   // 0 is the first
+    double x = 0, y = 0, width = 0, height = 0;
+    std::string url;   // http, https or mailto; areas with anything else are dropped
+};
+
+struct FinishOptions {
+    double widthPoints = 595, heightPoints = 842;   // the paper that every page ends up on
+    double scale = 1;                               // final size over printed size; 1: printed on the paper itself
+    std::string title, author;                      // UTF-8; empty: the entry is left out
+    std::optional<Instant> created;                 // the message's date
+    std::optional<std::string> language;            // BCP 47
+    std::vector<LinkArea> links;
+    // The page that was printed. JPEGs in its data: addresses replace what the engine made of them, pixel for pixel.
+    // Must live for the call.
+    std::string_view html;
+};
+
+// What became of the file. Nothing in it is an error: what could not be made smaller was kept as the engine wrote it.
+struct FinishReport {
+    std::size_t pages = 0;
+    std::size_t links = 0;          // annotations written
+    std::size_t fontsReduced = 0;   // font programs cut down to the glyphs in use
+    std::size_t fontsKept = 0;      // font programs left whole
+    std::size_t jpegsRestored = 0;
+    bool operator==(const FinishReport&) const = default;
+};
+
+// The printed file is no PDF that can be read. Whether it was the engine's doing or damage on disk cannot be told.
+class PdfError : public std::runtime_error {
+public:
+    explicit PdfError(const std::string& reason);
+};
+
+// Turns what the web engine prints into what is kept: pages scaled back to the paper, fonts cut down to the glyphs in
+// use, original photographs put back, links, title and dates added. Text and pixels stay exactly as printed. The same
+// input gives the same bytes.
+//
+// Remembers the fonts of earlier files within a fixed amount of memory, so keep one finisher for a whole export. Use it
+// from one thread at a time; which one does not matter.
+class PdfFinisher {
+public:
+    PdfFinisher();
+    PdfFinisher(const PdfFinisher&) = delete;
+    PdfFinisher& operator=(const PdfFinisher&) = delete;
+    ~PdfFinisher();
+
+    // Reads printed and writes finished, whole or not at all (printed stays where it is; both may be one path).
+    // Throws PdfError when printed cannot be understood, FileError when it cannot be read or finished not be written.
+    FinishReport finish(const std::filesystem::path& printed, const std::filesystem::path& finished,
+                        const FinishOptions& options);
+
+    // The same over bytes. Throws PdfError.
+    struct Finished {
+        std::string pdf;
+        FinishReport report;
+    };
+    Finished finish(ByteView printed, const FinishOptions& options);
+
+private:
+    struct Memory;
+    std::unique_ptr<Memory> memory_;
+};
+
+}   // namespace ostrel
