@@ -1,5 +1,8 @@
 #pragma once
 
+#include "platform/Files.h"
+#include "platform/Time.h"
+
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -7,9 +10,6 @@
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "platform/Files.h"
-#include "platform/Time.h"
 
 namespace ostrel {
 

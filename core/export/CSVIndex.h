@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+// The index file of an export, for a spreadsheet (RFC 4180; UTF-8 with byte-order mark, CR LF).
+namespace ostrel::CSVIndex {
+
+struct Row {
+    std::string date, from, to, cc, subject, mailbox;
+    std::size_t attachments = 0;   // files saved
+    std::string pdf, folder, thread, messageID, note;
+    bool operator==(const Row&) const = default;
+};
+
+// The twelve column titles, in order.
+const std::vector<std::string>& defaultHeaders();
+
+// The whole file. A field that a spreadsheet would run as a formula gets an apostrophe in front.
+std::string data(const std::vector<Row>& rows, const std::vector<std::string>& headers);
+
+}   // namespace ostrel::CSVIndex

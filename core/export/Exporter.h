@@ -1,0 +1,67 @@
+#pragma once
+
+#include "core/export/CSVIndex.h"
+#include "core/export/PDFRendering.h"
+#include "core/mailstore/MailIndex.h"
+#include "core/page/PageLabels.h"
+#include "platform/Time.h"
+
+#include <cstddef>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <stop_token>
+#include <string>
+#include <vector>
+
+namespace ostrel {
+
+// Options of one run.
+struct ExportSettings {
+    bool pdfs = true;
+    bool attachments = true;
+    bool csv = true;
+    std::string folderName;   // wished; made safe and unique in the destination
+    PageLabels labels;
+    std::vector<std::string> csvHeaders = CSVIndex::defaultHeaders();
+    Calendar calendar = Calendar::current();
+    std::function<std::string(Instant)> dateText;   // on the page
+    std::function<std::string(Instant)> csvDate;    // in the index
+
+    // Defaults for the user's locale and time zone.
+    explicit ExportSettings(std::string folderName);
+};
+
+struct ExportProgress {
+    std::size_t done = 0;   // messages finished
+    std::size_t total = 0;
+    std::string current;   // subject of the message being started; empty in the last report
+    bool operator==(const ExportProgress&) const = default;
+};
+
+struct ExportResult {
+    struct Failure {
+        std::string name;   // the subject, or the file's name
+        std::string reason;
+        bool operator==(const Failure&) const = default;
+    };
+    std::filesystem::path folder;
+    std::size_t exported = 0;      // messages processed to their end
+    std::size_t attachments = 0;   // files saved
+    std::vector<Failure> failed;
+    bool cancelled = false;
+    bool operator==(const ExportResult&) const = default;
+};
+
+namespace Exporter {
+
+// Exports the messages, oldest first, into a new folder inside the destination: a PDF each, attachments in a folder of
+// the same name, index.csv at the end, also when cancelled. One bad message is noted and the run goes on. cancel is
+// asked before each message. progress is called on the calling thread. Throws FileError only when the folder cannot be
+// created or the index cannot be written; what was exported then stays.
+ExportResult run(const std::vector<MessageSummary>& messages, const std::map<std::string, std::string>& mailboxNames,
+                 const std::filesystem::path& into, const ExportSettings& settings, PDFRendering& renderer,
+                 const std::function<void(const ExportProgress&)>& progress, std::stop_token cancel);
+
+}   // namespace Exporter
+}   // namespace ostrel

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "platform/Time.h"
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <unordered_set>
+#include <vector>
+
+namespace ostrel {
+
+// Names for the files of one folder: clean on every disk, within 180 bytes, never one twice (letter case ignored).
+class FileNamer {
+public:
+    static constexpr std::size_t maxBytes = 180;
+
+    explicit FileNamer(const std::vector<std::string>& taken = {});
+
+    // Characters that some disks do not allow become blanks, blanks are single, leading dots and hyphens and trailing
+    // dots go. May give an empty text.
+    static std::string safe(std::string_view text);
+    // Cut between user-perceived characters to fit the UTF-8 bytes, then without blanks, dots and hyphens at the ends;
+    // a text that fits is returned as it is.
+    static std::string truncate(std::string_view text, std::size_t bytes);
+    // "2024-03-05 0907 Kim Sender - Quarterly figures", without extension.
+    static std::string messageBase(Instant date, std::string_view from, std::string_view subject,
+                                   std::string_view noSubject, const Calendar& calendar);
+
+    // A complete name not used before in this folder, now recorded: "Report.pdf", then "Report (2).pdf". ext is without
+    // dot.
+    std::string unique(std::string_view base, std::string_view ext);
+    // The same for a whole file name, as an attachment carries it.
+    std::string uniqueFileName(std::string_view fileName);
+
+private:
+    std::unordered_set<std::string> used_;   // lower-cased
+};
+
+}   // namespace ostrel

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "platform/Time.h"
+
+#include <filesystem>
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+namespace ostrel {
+
+// What a PDF says about itself beside its pages.
+struct DocumentInfo {
+    std::string title;
+    std::string author;
+    std::optional<Instant> created;
+};
+
+// A page could not be printed; what() is one sentence for a person. The next page may succeed.
+class RenderError : public std::runtime_error {
+public:
+    enum class Kind { loadFailed, engineCrashed, tooSlow, writeFailed };
+    RenderError(Kind kind_, const std::string& reason) : std::runtime_error(reason), kind(kind_) {}
+    const Kind kind;
+};
+
+// The run was cancelled before the page was begun: an outcome, not a failure.
+class RenderCancelled : public std::runtime_error {
+public:
+    RenderCancelled() : std::runtime_error("cancelled") {}
+};
+
+// Prints a message page to a PDF.
+class PDFRendering {
+public:
+    virtual ~PDFRendering() = default;
+    // Blocks until the PDF stands whole at the destination (there was no file before) or throws RenderError or
+    // RenderCancelled and leaves nothing there. One call at a time; called from the run's thread.
+    virtual void renderPDF(const std::string& html, const std::filesystem::path& destination,
+                           const DocumentInfo& info) = 0;
+};
+
+}   // namespace ostrel

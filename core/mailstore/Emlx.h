@@ -1,0 +1,60 @@
+#pragma once
+
+#include "core/message/Headers.h"
+#include "core/message/MailMessage.h"
+#include "platform/Bytes.h"
+#include "platform/Time.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+// Message container files of the Apple Mail store:
+//
+//   "1234      \n"      length of the message in bytes
+//   <1234 bytes>        the message (RFC 5322), CR LF or LF
+//   <?xml ... plist>    the mail program's bookkeeping
+namespace ostrel::Emlx {
+
+struct Container {
+    Bytes message;
+    std::optional<Instant> dateReceived;
+    std::optional<std::int64_t> flags;   // as stored, not interpreted
+    bool truncated = false;              // the first line promises more bytes than the file holds
+    bool operator==(const Container&) const = default;
+};
+
+class ReadError : public std::runtime_error {
+public:
+    enum class Kind { empty, notAMessage };
+    explicit ReadError(Kind kind);
+    const Kind kind;
+};
+
+// The container in the bytes of a whole file. Throws ReadError.
+Container container(const Bytes& file);
+
+struct Head {
+    Headers headers;
+    std::optional<Instant> modified;   // the file's modification date
+};
+// The header fields of a message file, reading its first 64 KiB only unless the header block is longer. Throws
+// ReadError, FileError.
+Head readHead(const std::filesystem::path& file);
+Headers readHeaders(const std::filesystem::path& file);
+
+// The whole message. A message without a date takes the date received. Throws ReadError, FileError.
+MailMessage read(const std::filesystem::path& file);
+
+// True when the bytes start like a mail message: a field name and a colon, or "From ".
+bool looksLikeMessage(ByteView bytes);
+
+// "1234" for 1234.partial.emlx.
+std::string number(const std::filesystem::path& file);
+bool isPartial(const std::filesystem::path& file);
+// Where Mail keeps the attachments of a message file outside it: ../../Attachments/1234.
+std::filesystem::path attachmentsFolder(const std::filesystem::path& file);
+
+}   // namespace ostrel::Emlx

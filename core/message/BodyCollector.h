@@ -1,0 +1,32 @@
+#pragma once
+
+#include "core/message/MIMEPart.h"
+#include "core/message/MailAttachment.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace ostrel {
+
+// Walks a MIME tree once and decides what is text, what is HTML, what may be an inline image and what is an attachment.
+struct BodyCollector {
+    bool partial = false;
+    std::optional<std::filesystem::path> attachmentsFolder;
+    std::vector<std::string> texts;
+    std::vector<std::string> htmls;
+    std::vector<MailAttachment> files;
+    std::vector<MailAttachment> inlineCandidates;   // parts with a Content-ID, should the HTML refer to them
+    std::vector<std::string> problems;
+
+    void collect(const MIMEPart& part);
+    // The attachment that a leaf part becomes; may note "attachment-missing".
+    MailAttachment attachment(const MIMEPart& part);
+    // The stored file of a part: its folder's file of that name, else the folder's only file, else the first of that
+    // name anywhere below. Only regular files that lie in the attachments folder count.
+    static std::optional<std::filesystem::path> locate(const std::optional<std::filesystem::path>& folder,
+                                                       const std::string& partNumber, const std::string& filename);
+};
+
+}   // namespace ostrel

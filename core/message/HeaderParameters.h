@@ -1,0 +1,25 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace ostrel {
+
+// A structured header value: "text/plain; charset=utf-8" (RFC 2045 section 5.1), with continuations and charset-tagged
+// values (RFC 2231) joined and encoded words inside values decoded.
+struct HeaderParameters {
+    std::string value;                           // the part before the first ";", case kept
+    std::map<std::string, std::string> params;   // lower-case name to decoded value
+
+    // Never fails; an absent value gives an empty record.
+    static HeaderParameters parse(std::optional<std::string_view> headerValue);
+
+    // Nothing when there is no such parameter; name in lower case. The view lives as long as this object.
+    std::optional<std::string_view> param(const std::string& name) const;
+
+    bool operator==(const HeaderParameters&) const = default;
+};
+
+}   // namespace ostrel

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "platform/Bytes.h"
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace ostrel {
+
+// One header field (RFC 5322 section 2.2).
+struct HeaderField {
+    std::string name;    // as written
+    std::string value;   // unfolded, blanks at the ends removed, encoded words still in it
+    bool operator==(const HeaderField&) const = default;
+};
+
+// The header block of a message or of one part.
+struct Headers {
+    std::vector<HeaderField> fields;   // in block order, duplicates kept
+
+    // Never fails; lines that cannot be a field are dropped. The whole block has one charset: UTF-8 when it is valid
+    // UTF-8, otherwise Windows-1252.
+    static Headers parse(ByteView headerBytes);
+
+    // The raw value of the first field of that name, letter case ignored; the view lives as long as this object.
+    std::optional<std::string_view> first(std::string_view name) const;
+    // The same with encoded words decoded (RFC 2047).
+    std::optional<std::string> decoded(std::string_view name) const;
+
+    bool operator==(const Headers&) const = default;
+};
+
+// Where the first empty line (LF or CR LF) divides the bytes of a message or part. The header is bytes [0, headerSize),
+// the body starts at bodyStart, possibly the input's length; the empty line belongs to neither.
+struct HeaderBodySplit {
+    std::size_t headerSize = 0;
+    std::size_t bodyStart = 0;
+    bool operator==(const HeaderBodySplit&) const = default;
+};
+HeaderBodySplit splitHeaderAndBody(ByteView bytes);
+
+}   // namespace ostrel

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace ostrel {
+
+struct MailAddress {
+    std::string name;    // decoded display name, possibly empty
+    std::string email;   // possibly empty when the sender gave only a name
+    bool operator==(const MailAddress&) const = default;
+
+    // The addresses of a raw From, To, Cc or Reply-To value (RFC 5322 section 3.4, obsolete forms included), in order;
+    // members of groups take their place in the list. Encoded words in names are decoded, also inside quotes. Never
+    // fails: what is no address becomes a name without one, or is dropped when nothing is left of it.
+    static std::vector<MailAddress> list(std::string_view value);
+};
+
+}   // namespace ostrel

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+// Message identifiers (RFC 5322 section 3.6.4).
+namespace ostrel::MessageIDs {
+
+// The identifiers of a Message-ID, In-Reply-To or References value, in order, without angle brackets. Comments and
+// phrases are passed over; identifiers without brackets are taken when they look like one (they hold an "@").
+std::vector<std::string> list(std::string_view value);
+
+}   // namespace ostrel::MessageIDs

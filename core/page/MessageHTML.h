@@ -1,0 +1,36 @@
+#pragma once
+
+#include "core/message/MailMessage.h"
+#include "core/page/PageLabels.h"
+
+#include <cstddef>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+
+// MailMessage to one self-contained HTML page that fetches nothing and runs nothing.
+namespace ostrel::MessageHTML {
+
+// What the page allows itself; the web engine refuses the rest.
+inline constexpr std::string_view contentSecurityPolicy =
+    "default-src 'none'; img-src data:; style-src 'unsafe-inline'; font-src data:";
+
+// The complete document. mailbox and dateText are shown as given (an empty mailbox gives no row); attachmentFolder is
+// the name of the folder the attachments were saved in, absent when nothing was saved. Never fails.
+std::string page(const MailMessage& message, const std::string& mailbox, const std::string& dateText,
+                 const std::optional<std::string>& attachmentFolder, const PageLabels& labels);
+
+struct Sanitized {
+    std::string html;          // a fragment: style elements and body content
+    std::size_t blocked = 0;   // images that were not the message's own
+};
+// Turns a message's HTML into a fragment without anything active, embedding or remote; images the message carries
+// become data: URIs, other images grey boxes of their declared size. Reads the files of inline images that are in one.
+// Never fails.
+Sanitized sanitize(std::string_view html, const std::map<std::string, MailAttachment>& inlineImages);
+
+// & < > and the double quote; nothing else.
+std::string escape(std::string_view text);
+
+}   // namespace ostrel::MessageHTML

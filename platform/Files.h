@@ -1,0 +1,94 @@
+#pragma once
+
+#include "platform/Bytes.h"
+#include "platform/Time.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <system_error>
+#include <vector>
+
+namespace ostrel {
+
+// A request to the file system that failed. what() is one sentence for a person, with the path and the reason.
+class FileError : public std::runtime_error {
+public:
+    enum class Kind { notFound, notPermitted, diskFull, alreadyExists, unreadable, unwritable };
+    FileError(Kind kind, std::filesystem::path path, std::error_code cause);
+    // The kind follows from the cause.
+    static FileError reading(std::filesystem::path path, std::error_code cause);
+    static FileError writing(std::filesystem::path path, std::error_code cause);
+
+    const Kind kind;
+    const std::filesystem::path path;
+    const std::error_code cause;
+};
+
+// The name of a file for showing: valid UTF-8, undecodable bytes as U+FFFD. Never use it to open the file.
+std::string displayText(const std::filesystem::path& path);
+
+namespace files {
+
+// ---- Reading. Nothing here opens anything for writing, takes a lock or follows a link into a folder. ----
+
+// The whole file. Throws FileError.
+Bytes readWhole(const std::filesystem::path& path);
+
+// An open file, read-only; closed by the destructor.
+class ReadHandle {
+public:
+    // Throws FileError; a folder is an error too (EISDIR).
+    explicit ReadHandle(const std::filesystem::path& path);
+    ReadHandle(const ReadHandle&) = delete;
+    ReadHandle& operator=(const ReadHandle&) = delete;
+    ~ReadHandle();
+
+    // Appends up to limit further bytes to out; fewer only at the end of the file. Throws FileError.
+    void read(std::string& out, std::size_t limit) const;
+    void readToEnd(std::string& out) const;
+    // The modification date; nothing when the system gives none.
+    std::optional<Instant> modificationDate() const;
+
+private:
+    std::filesystem::path path_;
+    int descriptor_;
+};
+
+// The names in a folder, hidden ones included, "." and ".." not, sorted by their bytes. Throws FileError.
+std::vector<std::filesystem::path> list(const std::filesystem::path& folder);
+
+struct Entry {
+    const std::filesystem::path& path;   // lives for the call
+    std::string_view name;               // last component, as bytes
+    bool isFolder;                       // a link to a folder is not a folder
+};
+enum class Walk { on, skipFolder, stop };
+enum class Hidden { skip, include };
+
+// Visits everything below the folder, each folder's entries in byte order, a folder before its content. Folders that
+// cannot be listed are passed over. Throws FileError only when the folder itself cannot be listed.
+void walk(const std::filesystem::path& folder, Hidden hidden, const std::function<Walk(const Entry&)>& visit);
+
+bool exists(const std::filesystem::path& path);
+bool isFolder(const std::filesystem::path& path);   // follows links
+// True for a regular file that is not reached through a symbolic link as its last component.
+bool isRegularFile(const std::filesystem::path& path);
+std::optional<std::uint64_t> size(const std::filesystem::path& path);
+std::optional<Instant> modificationDate(const std::filesystem::path& path);
+
+// ---- Writing, for the export folder and the settings only. All throw FileError. ----
+
+// Creates the folder and its missing parents; an existing folder is fine.
+void createFolders(const std::filesystem::path& folder);
+// Writes beside the target under a hidden temporary name, checks the close, renames over the target: the target is
+// whole or not there. On failure the temporary file is removed.
+void writeAtomically(const std::filesystem::path& path, ByteView content);
+// Copies a file's bytes the same way.
+void copyAtomically(const std::filesystem::path& from, const std::filesystem::path& to);
+
+}   // namespace files
+}   // namespace ostrel

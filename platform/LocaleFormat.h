@@ -1,0 +1,31 @@
+#pragma once
+
+#include "platform/Time.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+// Numbers, sizes, dates and order as the user's locale writes them (LC_ALL, LC_TIME and so on, LANG). In the C locale:
+// American English.
+namespace ostrel::locale {
+
+enum class DateStyle { abbreviated, full };   // "Mar 5, 2024" / "Tuesday, March 5, 2024"
+
+// The date and the short time, in the calendar's zone: "Mar 5, 2024 at 9:07 AM".
+std::string dateAndTime(Instant when, DateStyle style, const Calendar& calendar);
+// Numeric date with four-digit year and two-digit month and day, a blank, and hour and minute on the locale's clock
+// without AM/PM: "03/05/2024 09:07".
+std::string numericDateAndTime(Instant when, const Calendar& calendar);
+// A file size in decimal units: "Zero KB", "1 byte", "12 KB", "1.2 MB", "1.23 GB".
+std::string fileSize(std::uint64_t bytes);
+// A whole number with the locale's grouping.
+std::string wholeNumber(std::int64_t number);
+
+// The order a file manager uses: numbers by value, case folded, the locale's letters. Negative, zero or positive.
+int compare(std::string_view a, std::string_view b);
+
+enum class MeasurementSystem { us, metric };
+MeasurementSystem measurementSystem();
+
+}   // namespace ostrel::locale

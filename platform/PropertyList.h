@@ -1,0 +1,33 @@
+#pragma once
+
+#include "platform/Bytes.h"
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <variant>
+
+namespace ostrel {
+
+// The scalar entries of a property list whose top level is a dictionary; nested and binary values are left out.
+struct PropertyList {
+    using Value = std::variant<std::int64_t, double, std::string, bool>;
+    std::map<std::string, Value> entries;
+
+    // A number entry, by either of its readings. Nothing when the entry is missing or no number (a boolean is none).
+    std::optional<double> number(const std::string& key) const;
+    std::optional<std::int64_t> integer(const std::string& key) const;
+};
+
+namespace propertyList {
+
+// Larger or deeper lists are not read: the parser below recurses, and the mail program writes a few hundred bytes.
+constexpr std::size_t sizeLimitBytes = 1 << 20;
+constexpr int depthLimit = 64;
+
+// Reads an XML or binary property list. Nothing when it cannot be read or its top level is no dictionary.
+std::optional<PropertyList> parse(ByteView bytes);
+
+}   // namespace propertyList
+}   // namespace ostrel

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace ostrel {
+
+// The per-user store of the application's settings: one file per key in the user's configuration folder
+// ($XDG_CONFIG_HOME/ostrel, else ~/.config/ostrel; XDG Base Directory 0.8). Values are replaced atomically.
+class SettingsStore {
+public:
+    static SettingsStore forUser();
+    explicit SettingsStore(std::filesystem::path folder);
+
+    // The bytes stored under the key; nothing when there are none or they cannot be read.
+    std::optional<std::string> value(const std::string& key) const;
+    // Throws FileError.
+    void set(const std::string& key, const std::string& value) const;
+
+private:
+    std::filesystem::path folder_;
+};
+
+// The user's home folder ($HOME, else the password database).
+std::filesystem::path homeFolder();
+
+}   // namespace ostrel
