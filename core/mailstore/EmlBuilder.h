@@ -33,6 +33,8 @@ public:
                             std::string_view filename = {});
     // Makes the message multipart/mixed.
     EmlBuilder& attachment(std::string_view filename, std::string_view mimeType, std::string_view bytes);
+    // One more part of the multipart/mixed, its headers (whole lines, CR LF) and body as given.
+    EmlBuilder& part(std::string_view headers, std::string_view body);
     // An attachment whose bytes Mail keeps outside the message file: empty body, X-Apple-Content-Length.
     EmlBuilder& storedAttachment(std::string_view filename, std::string_view mimeType, std::size_t size);
 
@@ -43,10 +45,7 @@ public:
     static std::string emlx(std::string_view message, Instant dateReceived, std::int64_t flags = 1);
 
 private:
-    struct Attachment {
-        Part part;
-    };
-    std::vector<std::string> headers_;
+    std::string headers_;   // whole lines, CR LF
     std::optional<Part> text_, html_;
     std::vector<Part> inlineImages_, attachments_;
 };
