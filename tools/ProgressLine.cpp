@@ -1,0 +1,41 @@
+#include "tools/ProgressLine.h"
+
+#include "core/export/FileNamer.h"
+
+#include <cstdio>
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+namespace ostrel {
+
+namespace {
+
+constexpr auto terminalInterval = std::chrono::milliseconds(100);   // faster than that nobody reads
+constexpr auto logInterval = std::chrono::seconds(10);
+
+std::size_t terminalWidth() {
+    winsize size{};
+    return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 1 ? size.ws_col - 1U : 79U;
+}
+
+}   // namespace
+
+ProgressLine::ProgressLine() : terminal_(isatty(STDERR_FILENO) != 0), next_(Clock::now()) {}
+
+ProgressLine::~ProgressLine() {
+    if (terminal_ && shown_) std::fputs("\r\033[K", stderr);
+}
+
+void ProgressLine::show(const std::string& what) {
+    const auto now = Clock::now();
+    if (now < next_) return;
+    next_ = now + (terminal_ ? Clock::duration(terminalInterval) : Clock::duration(logInterval));
+    shown_ = true;
+    // A subject may hold control characters, which a terminal would obey; bytes bound the width from above.
+    const std::string line = FileNamer::truncate(FileNamer::safe(what), terminal_ ? terminalWidth() : 200);
+    std::fprintf(stderr, terminal_ ? "\r\033[K%s" : "%s\n", line.c_str());
+    std::fflush(stderr);
+}
+
+}   // namespace ostrel

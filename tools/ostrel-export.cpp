@@ -1,0 +1,98 @@
+// ostrel-export: what the window's export does, without a window. For servers, scheduled jobs and tests.
+
+#include "app/AppSettings.h"
+#include "app/ExportPlan.h"
+#include "core/export/Exporter.h"
+#include "core/export/FileNamer.h"
+#include "core/mailstore/MailScanner.h"
+#include "core/selection/MessageFilter.h"
+#include "platform/Files.h"
+#include "render/HeadlessEngine.h"
+#include "render/MainLoop.h"
+#include "render/WebPDFRenderer.h"
+#include "tools/ProgressLine.h"
+
+#include <chrono>
+#include <cstdio>
+#include <exception>
+#include <filesystem>
+#include <iostream>
+#include <stop_token>
+#include <string>
+
+namespace ostrel {
+namespace {
+
+namespace fs = std::filesystem;
+
+enum ExitStatus { everyMessageExported = 0, someFailed = 1, couldNotRun = 2 };
+
+Instant now() { return std::chrono::time_point_cast<Instant::duration>(std::chrono::system_clock::now()); }
+
+MailIndex scan(const fs::path& folder, const std::stop_token& stop) {
+    ProgressLine progress;
+    return MailScanner::scan(
+        folder, "On My Mac",
+        [&](std::size_t found) { progress.show("Reading the mail folder: " + std::to_string(found) + " messages"); },
+        [&] { return stop.stop_requested(); });
+}
+
+// Everything a person needs to know beyond the folder's path, on standard error.
+ExitStatus report(const ExportResult& result, std::size_t total, std::size_t unreadable) {
+    for (const ExportResult::Failure& failure : result.failed) {
+        // Subjects may hold line breaks and control characters.
+        std::cerr << "Failed: " << FileNamer::safe(failure.name) << ": " << failure.reason << '\n';
+    }
+    std::cerr << "Exported " << result.exported << " of " << total << " messages, saved " << result.attachments
+              << " attachments.\n";
+    if (!result.failed.empty()) std::cerr << "Messages that failed: " << result.failed.size() << '\n';
+    if (unreadable > 0) std::cerr << "Damaged files skipped: " << unreadable << '\n';
+    if (result.cancelled) std::cerr << "Cancelled: the messages above are complete, the rest was not begun.\n";
+    return result.failed.empty() && !result.cancelled ? everyMessageExported : someFailed;
+}
+
+ExitStatus exportFolder(const fs::path& mailFolder, const fs::path& destination, const std::stop_token& stop) {
+    const AppSettings settings = AppSettings::load(SettingsStore::forUser());
+    const Calendar calendar = Calendar::current();
+    const MailIndex index = scan(mailFolder, stop);
+    MessageFilter filter;
+    filter.skipDuplicates = settings.skipDuplicates;
+    const std::vector<MessageSummary> messages = filter.apply(index.messages, calendar);
+
+    WebPDFRenderer renderer(settings.paper, stop);
+    const ExportResult result = [&] {
+        ProgressLine progress;
+        return Exporter::run(
+            messages, ExportPlan::mailboxNames(index), destination, ExportPlan::settings(settings, now(), calendar),
+            renderer,
+            [&](const ExportProgress& at) {
+                progress.show(std::to_string(at.done) + " of " + std::to_string(at.total) + "  " + at.current);
+            },
+            stop);
+    }();
+    std::cout << result.folder.native() << std::endl;
+    return report(result, messages.size(), index.unreadable);
+}
+
+}   // namespace
+}   // namespace ostrel
+
+int main(int argc, char** argv) {
+    using namespace ostrel;
+    if (argc != 3) {
+        std::cerr << "usage: ostrel-export MAILFOLDER DESTINATION\n";
+        return couldNotRun;
+    }
+    try {
+        if (const auto refused = MailScanner::checkAccess(argv[1])) throw MailAccessError(*refused, argv[1]);
+        std::stop_source cancel;
+        mainLoop::onInterrupt([&cancel] { cancel.request_stop(); });
+        const HeadlessEngine engine;
+        ExitStatus status = couldNotRun;
+        mainLoop::runBeside([&] { status = exportFolder(argv[1], argv[2], cancel.get_token()); });
+        return status;
+    } catch (const std::exception& error) {
+        std::cerr << "ostrel-export: " << error.what() << '\n';
+        return couldNotRun;
+    }
+}
