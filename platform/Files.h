@@ -26,6 +26,9 @@ public:
     const Kind kind;
     const std::filesystem::path path;
     const std::error_code cause;
+
+private:
+    FileError(Kind kind, std::filesystem::path path, std::error_code cause, const char* verb);
 };
 
 // The name of a file for showing: valid UTF-8, undecodable bytes as U+FFFD. Never use it to open the file.
@@ -35,13 +38,17 @@ namespace files {
 
 // ---- Reading. Nothing here opens anything for writing, takes a lock or follows a link into a folder. ----
 
-// The whole file. Throws FileError.
+// Files of this size and more are unreadable (EFBIG): no message comes near it, and a file can claim any size without
+// having it.
+constexpr std::size_t readLimitBytes = (std::size_t{1} << 31) - 1;
+
+// The whole file. Throws FileError; anything but a regular file is unreadable.
 Bytes readWhole(const std::filesystem::path& path);
 
 // An open file, read-only; closed by the destructor.
 class ReadHandle {
 public:
-    // Throws FileError; a folder is an error too (EISDIR).
+    // Throws FileError; anything but a regular file is unreadable.
     explicit ReadHandle(const std::filesystem::path& path);
     ReadHandle(const ReadHandle&) = delete;
     ReadHandle& operator=(const ReadHandle&) = delete;

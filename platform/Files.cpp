@@ -1,0 +1,265 @@
+#include "platform/Files.h"
+
+#include "platform/Descriptor.h"
+#include "platform/Text.h"
+
+#include <algorithm>
+#include <cerrno>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+
+namespace ostrel {
+namespace {
+
+bool isPermission(std::error_code cause) {
+    return cause == std::errc::permission_denied || cause == std::errc::operation_not_permitted;
+}
+
+FileError::Kind readingKind(std::error_code cause) {
+    using enum FileError::Kind;
+    if (isPermission(cause)) return notPermitted;
+    if (cause == std::errc::no_such_file_or_directory || cause == std::errc::not_a_directory) return notFound;
+    return unreadable;
+}
+
+FileError::Kind writingKind(std::error_code cause) {
+    using enum FileError::Kind;
+    if (cause == std::errc::no_space_on_device || cause.value() == EDQUOT) return diskFull;
+    if (isPermission(cause) || cause == std::errc::read_only_file_system) return notPermitted;
+    if (cause == std::errc::no_such_file_or_directory) return notFound;
+    if (cause == std::errc::file_exists) return alreadyExists;
+    return unwritable;
+}
+
+std::string sentence(FileError::Kind kind, const char* verb, const std::filesystem::path& path, std::error_code cause) {
+    const std::string name = "“" + displayText(path) + "”";
+    switch (kind) {
+        case FileError::Kind::notFound:
+            return name + " can’t be found: " + cause.message() + ".";
+        case FileError::Kind::alreadyExists:
+            return name + " already exists.";
+        case FileError::Kind::diskFull:
+            return name + " can’t be saved because the disk is full: " + cause.message() + ".";
+        case FileError::Kind::notPermitted:
+        case FileError::Kind::unreadable:
+        case FileError::Kind::unwritable:
+            break;
+    }
+    return name + " can’t be " + verb + ": " + cause.message() + ".";
+}
+
+const char* verbOf(FileError::Kind kind) {
+    if (kind == FileError::Kind::unreadable) return "read";
+    if (kind == FileError::Kind::unwritable) return "saved";
+    return "opened";
+}
+
+Instant instantOf(const timespec& time) {
+    return Instant(std::chrono::seconds(time.tv_sec) +
+                   std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::nanoseconds(time.tv_nsec)));
+}
+
+std::optional<struct stat> statusOf(const std::filesystem::path& path, int flags = 0) {
+    struct stat status {};
+    if (::fstatat(AT_FDCWD, path.c_str(), &status, flags) != 0) return std::nullopt;
+    return status;
+}
+
+// O_NOATIME is for the owner of a file only; the mail store may belong to someone else.
+files::Descriptor openQuietly(const std::filesystem::path& path, int flags) {
+    flags |= O_RDONLY | O_CLOEXEC | O_NOCTTY;
+    int number = files::uninterrupted([&] { return ::open(path.c_str(), flags | O_NOATIME); });
+    if (number < 0 && errno == EPERM) number = files::uninterrupted([&] { return ::open(path.c_str(), flags); });
+    return files::Descriptor(number);
+}
+
+struct FolderEntry {
+    std::string name;
+    bool isFolder;
+};
+
+bool isFolderEntry(const dirent& entry, int folder) {
+    if (entry.d_type != DT_UNKNOWN) return entry.d_type == DT_DIR;
+    struct stat status {};
+    return ::fstatat(folder, entry.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(status.st_mode);
+}
+
+// A folder's entries in byte order. With O_NOFOLLOW in flags a link to a folder is refused. Throws FileError.
+std::vector<FolderEntry> entriesOf(const std::filesystem::path& folder, int flags = 0) {
+    files::Descriptor descriptor = openQuietly(folder, flags | O_DIRECTORY);
+    if (!descriptor.isOpen()) throw FileError::reading(folder, files::lastError());
+    const auto close = [](DIR* directory) { ::closedir(directory); };
+    const std::unique_ptr<DIR, decltype(close)> directory(::fdopendir(descriptor.number()), close);
+    if (!directory) throw FileError::reading(folder, files::lastError());
+    descriptor.release();
+
+    std::vector<FolderEntry> entries;
+    while (true) {
+        errno = 0;
+        const dirent* entry = ::readdir(directory.get());
+        if (entry == nullptr) break;
+        const std::string_view name = entry->d_name;
+        if (name != "." && name != "..")
+            entries.push_back({std::string(name), isFolderEntry(*entry, ::dirfd(directory.get()))});
+    }
+    if (errno != 0) throw FileError::reading(folder, files::lastError());
+    std::ranges::sort(entries, {}, &FolderEntry::name);
+    return entries;
+}
+
+struct Amount {
+    std::size_t limit;      // bytes to append at most
+    std::size_t expected;   // how many there probably are
+};
+
+// Appends what the descriptor gives, up to the limit or the end. The file may be growing or shrinking under us.
+void appendFrom(int descriptor, const std::filesystem::path& path, std::string& out, Amount amount) {
+    constexpr std::size_t smallestStep = 4096;
+    std::size_t filled = out.size();
+    const std::size_t end = amount.limit < std::string::npos - filled ? filled + amount.limit : std::string::npos;
+    std::size_t step = std::max(amount.expected, smallestStep);
+    while (filled < end) {
+        const std::size_t wanted = std::min(end - filled, step);
+        if (wanted > files::readLimitBytes || filled > files::readLimitBytes - wanted)
+            throw FileError::reading(path, std::make_error_code(std::errc::file_too_large));
+        out.resize(filled + wanted);
+        const std::size_t stepEnd = filled + wanted;
+        while (filled < stepEnd) {
+            const ssize_t count =
+                files::uninterrupted([&] { return ::read(descriptor, out.data() + filled, stepEnd - filled); });
+            if (count < 0) throw FileError::reading(path, files::lastError());
+            if (count == 0) return out.resize(filled);
+            filled += static_cast<std::size_t>(count);
+        }
+        step = filled;   // as much again
+    }
+}
+
+}   // namespace
+
+FileError::FileError(Kind k, std::filesystem::path p, std::error_code c) : FileError(k, std::move(p), c, verbOf(k)) {}
+
+FileError::FileError(Kind k, std::filesystem::path p, std::error_code c, const char* verb)
+    : std::runtime_error(sentence(k, verb, p, c)), kind(k), path(std::move(p)), cause(c) {}
+
+FileError FileError::reading(std::filesystem::path path, std::error_code cause) {
+    return FileError(readingKind(cause), std::move(path), cause, "read");
+}
+
+FileError FileError::writing(std::filesystem::path path, std::error_code cause) {
+    return FileError(writingKind(cause), std::move(path), cause, "saved");
+}
+
+std::string displayText(const std::filesystem::path& path) { return text::toValidUTF8(path.native()); }
+
+namespace files {
+
+// A named pipe called *.emlx must not hold us up, so the open does not wait, and only regular files are read.
+Descriptor openForReading(const std::filesystem::path& path) {
+    Descriptor descriptor = openQuietly(path, O_NONBLOCK);
+    struct stat status {};
+    if (!descriptor.isOpen() || ::fstat(descriptor.number(), &status) != 0) throw FileError::reading(path, lastError());
+    if (S_ISDIR(status.st_mode)) throw FileError::reading(path, std::make_error_code(std::errc::is_a_directory));
+    if (!S_ISREG(status.st_mode))
+        throw FileError::reading(path, std::make_error_code(std::errc::operation_not_supported));
+    return descriptor;
+}
+
+ReadHandle::ReadHandle(const std::filesystem::path& path) : path_(path), descriptor_(openForReading(path).release()) {}
+
+ReadHandle::~ReadHandle() { ::close(descriptor_); }
+
+void ReadHandle::read(std::string& out, std::size_t limit) const {
+    appendFrom(descriptor_, path_, out, {.limit = limit, .expected = limit});
+}
+
+void ReadHandle::readToEnd(std::string& out) const {
+    // One allocation for the size the file has now; the byte more finds the end without another.
+    struct stat status {};
+    const off_t position = ::lseek(descriptor_, 0, SEEK_CUR);
+    const bool isKnown = position >= 0 && ::fstat(descriptor_, &status) == 0 && status.st_size > position;
+    const std::size_t expected = isKnown ? static_cast<std::size_t>(status.st_size - position) + 1 : 0;
+    appendFrom(descriptor_, path_, out, {.limit = std::string::npos, .expected = expected});
+}
+
+std::optional<Instant> ReadHandle::modificationDate() const {
+    struct stat status {};
+    if (::fstat(descriptor_, &status) != 0) return std::nullopt;
+    return instantOf(status.st_mtim);
+}
+
+Bytes readWhole(const std::filesystem::path& path) {
+    std::string content;
+    ReadHandle(path).readToEnd(content);
+    return Bytes(std::move(content));
+}
+
+std::vector<std::filesystem::path> list(const std::filesystem::path& folder) {
+    std::vector<std::filesystem::path> names;
+    for (FolderEntry& entry : entriesOf(folder)) names.emplace_back(std::move(entry.name));
+    return names;
+}
+
+void walk(const std::filesystem::path& folder, Hidden hidden, const std::function<Walk(const Entry&)>& visit) {
+    // The entries still to visit of the folder at hand and of those above it, last first. `at` is the folder at hand,
+    // with a slash at its end.
+    std::vector<std::vector<FolderEntry>> pending;
+    const auto descend = [&](std::vector<FolderEntry> entries) {
+        std::ranges::reverse(entries);
+        pending.push_back(std::move(entries));
+    };
+    std::string at = folder.native();
+    descend(entriesOf(folder));
+    if (!at.ends_with('/')) at += '/';
+    while (true) {
+        if (pending.back().empty()) {
+            pending.pop_back();
+            if (pending.empty()) return;
+            at.pop_back();
+            at.resize(at.rfind('/') + 1);
+            continue;
+        }
+        const FolderEntry entry = std::move(pending.back().back());
+        pending.back().pop_back();
+        if (hidden == Hidden::skip && entry.name.starts_with('.')) continue;
+        const std::filesystem::path path = at + entry.name;
+        const Walk answer = visit({path, entry.name, entry.isFolder});
+        if (answer == Walk::stop) return;
+        if (answer == Walk::skipFolder || !entry.isFolder) continue;
+        try {
+            descend(entriesOf(path, O_NOFOLLOW));
+            at += entry.name + '/';
+        } catch (const FileError&) {
+            // Not ours to read, or gone since its parent was listed: the rest of the tree still counts.
+        }
+    }
+}
+
+bool exists(const std::filesystem::path& path) { return statusOf(path).has_value(); }
+
+bool isFolder(const std::filesystem::path& path) {
+    const auto status = statusOf(path);
+    return status && S_ISDIR(status->st_mode);
+}
+
+bool isRegularFile(const std::filesystem::path& path) {
+    const auto status = statusOf(path, AT_SYMLINK_NOFOLLOW);
+    return status && S_ISREG(status->st_mode);
+}
+
+std::optional<std::uint64_t> size(const std::filesystem::path& path) {
+    const auto status = statusOf(path);
+    if (!status || !S_ISREG(status->st_mode)) return std::nullopt;
+    return static_cast<std::uint64_t>(status->st_size);
+}
+
+std::optional<Instant> modificationDate(const std::filesystem::path& path) {
+    const auto status = statusOf(path);
+    if (!status) return std::nullopt;
+    return instantOf(status->st_mtim);
+}
+
+}   // namespace files
+}   // namespace ostrel
