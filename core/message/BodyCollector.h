@@ -2,10 +2,12 @@
 
 #include "core/message/MIMEPart.h"
 #include "core/message/MailAttachment.h"
+#include "core/message/StoredFiles.h"
 
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace ostrel {
@@ -27,6 +29,14 @@ struct BodyCollector {
     // name anywhere below. Only regular files that lie in the attachments folder count.
     static std::optional<std::filesystem::path> locate(const std::optional<std::filesystem::path>& folder,
                                                        const std::string& partNumber, const std::string& filename);
+
+private:
+    void collectLeaf(const MIMEPart& part, std::string_view type);
+    void collectUndivided(const MIMEPart& part);
+    void collectAlternative(const MIMEPart& part);
+    void collectRelated(const MIMEPart& part);
+
+    std::optional<StoredFiles> storedFiles_;   // of attachmentsFolder, from the first look-up on
 };
 
 }   // namespace ostrel

@@ -1,0 +1,120 @@
+#include "core/message/Headers.h"
+
+#include "core/message/Charset.h"
+#include "core/message/EncodedWords.h"
+#include "platform/Text.h"
+
+#include <algorithm>
+
+namespace ostrel {
+namespace {
+
+bool isASCII(char c) { return static_cast<unsigned char>(c) < 128; }
+
+char lowerASCII(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+
+bool equalIgnoringCase(std::string_view a, std::string_view b) {
+    const auto [inA, inB] = std::ranges::mismatch(a, b, {}, lowerASCII, lowerASCII);
+    if (inA == a.end() || inB == b.end()) return inA == a.end() && inB == b.end();
+    // Every pair of names that matters ends here, without an allocation.
+    if (isASCII(*inA) && isASCII(*inB)) return false;
+    // Lower-casing makes no text more than three times as long or as short.
+    if (a.size() > 3 * b.size() || b.size() > 3 * a.size()) return false;
+    return text::lower(a) == text::lower(b);
+}
+
+// Takes the lines of a header block and puts fields together from them (RFC 5322 section 2.2.3).
+class FieldBuilder {
+public:
+    void addLine(std::string_view line) {
+        if (line.ends_with('\r')) line.remove_suffix(1);
+        if (line.empty()) return;
+        if (line.front() == ' ' || line.front() == '\t') {
+            addContinuation(line);
+        } else {
+            finishField();
+            startField(line);
+        }
+    }
+
+    std::vector<HeaderField> finish() {
+        finishField();
+        return std::move(fields_);
+    }
+
+private:
+    void startField(std::string_view line) {
+        const auto colon = line.find(':');
+        if (colon == line.npos) return;
+        const auto name = text::trimBlanks(line.substr(0, colon));
+        if (name.empty() || name.find(' ') != name.npos) return;
+        // The blanks at the end stay for now: they belong to the value if it is continued.
+        auto value = line.substr(colon + 1);
+        value.remove_prefix(std::min(value.find_first_not_of(" \t"), value.size()));
+        fields_.push_back({std::string(name), std::string(value)});
+        isOpen_ = true;
+    }
+
+    void addContinuation(std::string_view line) {
+        if (!isOpen_) return;
+        auto& value = fields_.back().value;
+        value += ' ';
+        value += text::trimBlanks(line);
+    }
+
+    void finishField() {
+        if (!isOpen_) return;
+        isOpen_ = false;
+        auto& value = fields_.back().value;
+        const auto trimmed = text::trimBlanks(value);
+        if (trimmed.size() == value.size()) return;
+        value = std::string(trimmed);
+    }
+
+    std::vector<HeaderField> fields_;
+    bool isOpen_ = false;   // the last field may still be continued
+};
+
+}   // namespace
+
+Headers Headers::parse(ByteView headerBytes) {
+    const auto block = Charset::decode(headerBytes, "utf-8");
+    const std::string_view text = block;
+    FieldBuilder builder;
+    for (std::size_t start = 0; start < text.size();) {
+        const auto lineFeed = std::min(text.find('\n', start), text.size());
+        auto line = text.substr(start, lineFeed - start);
+        // The CR of the break itself; one more, of a doubled CR, is the line's own.
+        if (lineFeed < text.size() && line.ends_with('\r')) line.remove_suffix(1);
+        builder.addLine(line);
+        start = lineFeed + 1;
+    }
+    return {builder.finish()};
+}
+
+std::optional<std::string_view> Headers::first(std::string_view name) const {
+    for (const auto& field : fields) {
+        if (equalIgnoringCase(field.name, name)) return field.value;
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> Headers::decoded(std::string_view name) const {
+    const auto raw = first(name);
+    if (!raw) return std::nullopt;
+    return EncodedWords::decode(*raw);
+}
+
+HeaderBodySplit splitHeaderAndBody(ByteView bytes) {
+    const auto in = charsOf(bytes);
+    if (in.starts_with('\n')) return {0, 1};
+    if (in.starts_with("\r\n")) return {0, 2};
+    for (auto lineFeed = in.find('\n'); lineFeed != in.npos; lineFeed = in.find('\n', lineFeed + 1)) {
+        const auto next = in.substr(lineFeed + 1);
+        if (next.starts_with('\n')) return {lineFeed, lineFeed + 2};
+        if (next.starts_with("\r\n")) return {lineFeed, lineFeed + 3};
+    }
+    return {in.size(), in.size()};
+}
+
+}   // namespace ostrel

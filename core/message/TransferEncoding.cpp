@@ -1,0 +1,136 @@
+#include "core/message/TransferEncoding.h"
+
+#include "platform/Text.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+
+namespace ostrel::TransferEncoding {
+namespace {
+
+constexpr std::uint8_t skipped = 0xFF;
+constexpr std::uint8_t ends = 0xFE;   // larger than every digit's value, like skipped
+
+// A byte's six bits (RFC 4648 sections 4 and 5), or what else the decoder does with it.
+constexpr std::array<std::uint8_t, 256> base64Digits = [] {
+    std::array<std::uint8_t, 256> table{};
+    table.fill(skipped);
+    for (int i = 0; i < 26; ++i) {
+        table['A' + i] = static_cast<std::uint8_t>(i);
+        table['a' + i] = static_cast<std::uint8_t>(26 + i);
+    }
+    for (int i = 0; i < 10; ++i) table['0' + i] = static_cast<std::uint8_t>(52 + i);
+    table['+'] = table['-'] = 62;
+    table['/'] = table['_'] = 63;
+    table['='] = ends;
+    return table;
+}();
+
+std::uint8_t digit(char c) { return base64Digits[static_cast<unsigned char>(c)]; }
+
+int hexValue(char c) {
+    if (c >= '0' && c <= '9') return c - '0';
+    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+    return -1;
+}
+
+// What an "=" at the start of rest stands for: how many input bytes it takes, and the byte it gives, if any.
+struct Escape {
+    std::size_t length = 1;
+    std::optional<char> byte;
+};
+
+// A line break at offset at: 2 for CR LF, 1 for a lone CR or LF, 0 for none.
+std::size_t lineBreakLength(std::string_view in, std::size_t at) {
+    if (at >= in.size()) return 0;
+    if (in[at] == '\n') return 1;
+    if (in[at] != '\r') return 0;
+    return at + 1 < in.size() && in[at + 1] == '\n' ? 2 : 1;
+}
+
+// RFC 2045 section 6.7, rules 1, 3 and 5. An "=" that is neither an escape nor a soft line break stands for itself.
+Escape escapeAt(std::string_view rest) {
+    const Escape literal{1, '='};
+    if (rest.size() < 2) return literal;
+    if (rest[1] == '\n') return {2, std::nullopt};
+    if (rest[1] == '\r') return rest.size() > 2 && rest[2] == '\n' ? Escape{3, std::nullopt} : literal;
+    if (rest[1] == ' ' || rest[1] == '\t') {
+        // Blanks that a gateway added between the "=" and the line break.
+        const auto afterBlanks = rest.find_first_not_of(" \t", 1);
+        const auto lineBreak = afterBlanks == rest.npos ? 0 : lineBreakLength(rest, afterBlanks);
+        return lineBreak ? Escape{afterBlanks + lineBreak, std::nullopt} : literal;
+    }
+    if (rest.size() < 3) return literal;
+    const int high = hexValue(rest[1]), low = hexValue(rest[2]);
+    if (high < 0 || low < 0) return literal;
+    return {3, static_cast<char>(high * 16 + low)};
+}
+
+}   // namespace
+
+Bytes decode(const Bytes& body, std::optional<std::string_view> encoding) {
+    if (!encoding) return body;
+    const auto name = text::lowerASCII(text::trimBlanks(*encoding));
+    if (name == "base64") return Bytes(base64(body.view()));
+    if (name == "quoted-printable") return Bytes(quotedPrintable(body.view(), Underscore::literal));
+    return body;
+}
+
+std::string base64(ByteView bytes) {
+    const auto in = charsOf(bytes);
+    std::string out(in.size() / 4 * 3 + 3, '\0');
+    char* to = out.data();
+    std::uint32_t accumulator = 0;
+    int pendingBits = 0;
+    for (std::size_t i = 0; i < in.size();) {
+        // Four digits at once, which is nearly all of a well-formed body.
+        while (pendingBits == 0 && i + 4 <= in.size()) {
+            const std::uint8_t a = digit(in[i]), b = digit(in[i + 1]), c = digit(in[i + 2]), d = digit(in[i + 3]);
+            if ((a | b | c | d) > 63) break;
+            *to++ = static_cast<char>(a << 2 | b >> 4);
+            *to++ = static_cast<char>(b << 4 | c >> 2);
+            *to++ = static_cast<char>(c << 6 | d);
+            i += 4;
+        }
+        if (i == in.size()) break;
+        const std::uint8_t value = digit(in[i++]);
+        if (value == ends) break;
+        if (value == skipped) continue;
+        accumulator = accumulator << 6 | value;
+        pendingBits += 6;
+        if (pendingBits >= 8) {
+            pendingBits -= 8;
+            *to++ = static_cast<char>(accumulator >> pendingBits);
+        }
+    }
+    out.resize(static_cast<std::size_t>(to - out.data()));
+    return out;
+}
+
+std::string quotedPrintable(ByteView bytes, Underscore underscore) {
+    const auto in = charsOf(bytes);
+    const auto nextSpecial = [&](std::size_t from) {
+        return underscore == Underscore::space ? in.find_first_of("=_", from) : in.find('=', from);
+    };
+    std::string out;
+    out.reserve(in.size());
+    for (std::size_t at = 0; at < in.size();) {
+        const auto next = std::min(nextSpecial(at), in.size());
+        out.append(in, at, next - at);
+        at = next;
+        if (at == in.size()) break;
+        if (in[at] == '_') {
+            out += ' ';
+            ++at;
+            continue;
+        }
+        const auto escape = escapeAt(in.substr(at));
+        if (escape.byte) out += *escape.byte;
+        at += escape.length;
+    }
+    return out;
+}
+
+}   // namespace ostrel::TransferEncoding
