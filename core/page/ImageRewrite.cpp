@@ -1,0 +1,206 @@
+#include "core/page/ImageRewrite.h"
+
+#include "core/page/HTMLMatchers.h"
+#include "platform/Files.h"
+#include "platform/Text.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdint>
+
+#include <unicode/uchar.h>
+
+namespace ostrel {
+
+namespace {
+
+using html::Match;
+
+constexpr std::int64_t widestBoxPixels = 640, highestBoxPixels = 400;
+constexpr std::int64_t smallestShownPixels = 3;   // one or two pixels wide or high: made to track, not to be seen
+
+// ---- Patterns within one tag ----
+
+// The assignments to one attribute of a tag: \sNAME\s*=\s*
+std::optional<html::Assignment> nextNamed(std::string_view tag, std::size_t from, std::string_view name) {
+    auto found = html::nextAssignment(tag, from);
+    while (found && !html::isNamed(tag, *found, name)) found = html::nextAssignment(tag, found->sign + 1);
+    return found;
+}
+
+std::size_t skipQuote(std::string_view tag, std::size_t at) { return html::quoteAt(tag, at) == '\0' ? at : at + 1; }
+
+// \ssrc\s*=\s*["']?([^"'\s>]*): group 1 of the first match, empty when there is none. It holds no white space.
+std::string_view sourceOf(std::string_view tag) {
+    const auto found = nextNamed(tag, 0, "src");
+    if (!found) return {};
+    const std::size_t begin = skipQuote(tag, found->value);
+    return tag.substr(begin, html::skipPlainValue(tag, begin) - begin);
+}
+
+// \ssrc\s*=\s*(["']?)[^"'\s>]*\1. A quote that is not closed right behind the value is not taken at all: the match then
+// ends before it, and the value stays in the tag.
+std::optional<Match> nextSourceAttribute(std::string_view tag, std::size_t from) {
+    const auto found = nextNamed(tag, from, "src");
+    if (!found) return std::nullopt;
+    const char quote = html::quoteAt(tag, found->value);
+    const std::size_t end = html::skipPlainValue(tag, skipQuote(tag, found->value));
+    if (quote == '\0') return Match{found->space, end};
+    return Match{found->space, html::quoteAt(tag, end) == quote ? end + 1 : found->value};
+}
+
+std::size_t countSourceAttributes(std::string_view tag) {
+    std::size_t count = 0;
+    for (auto found = nextSourceAttribute(tag, 0); found; found = nextSourceAttribute(tag, found->end)) ++count;
+    return count;
+}
+
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
+// \d at `at` that is no ASCII digit
+bool isForeignDigit(std::string_view tag, std::size_t at) {
+    return at < tag.size() && static_cast<unsigned char>(tag[at]) >= 0x80 &&
+           u_charType(static_cast<UChar32>(text::decodeAt(tag, at).codePoint)) == U_DECIMAL_DIGIT_NUMBER;
+}
+
+// \sNAME\s*=\s*["']?(\d+): the number of the first match; nothing when there is none or it is beyond 64 bits.
+std::optional<std::int64_t> pixels(std::string_view tag, std::string_view name) {
+    for (auto found = nextNamed(tag, 0, name); found; found = nextNamed(tag, found->sign + 1, name)) {
+        const std::size_t begin = skipQuote(tag, found->value);
+        std::size_t end = begin;
+        while (end < tag.size() && isDigit(tag[end])) ++end;
+        if (isForeignDigit(tag, end)) return std::nullopt;
+        if (end == begin) continue;
+        std::int64_t value = 0;
+        const auto result = std::from_chars(tag.data() + begin, tag.data() + end, value);
+        return result.ec == std::errc() ? std::optional(value) : std::nullopt;
+    }
+    return std::nullopt;
+}
+
+// \salt\s*=\s*"([^"]*)": group 1 of the first match. A quote that is never closed is the tag's last: no match follows.
+std::string_view alternativeText(std::string_view tag) {
+    for (auto found = nextNamed(tag, 0, "alt"); found; found = nextNamed(tag, found->sign + 1, "alt")) {
+        if (html::quoteAt(tag, found->value) != '"') continue;
+        const std::size_t begin = found->value + 1;
+        const std::size_t end = tag.find('"', begin);
+        return end == std::string_view::npos ? std::string_view() : tag.substr(begin, end - begin);
+    }
+    return {};
+}
+
+// ---- URIs ----
+
+int hexDigit(char c) {
+    if (isDigit(c)) return c - '0';
+    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+    return c >= 'a' && c <= 'f' ? c - 'a' + 10 : -1;
+}
+
+// RFC 3986 section 2.1. Senders also write identifiers with a bare "%", so what does not decode is meant as it stands.
+std::string percentDecoded(std::string_view encoded) {
+    std::string decoded;
+    for (std::size_t i = 0; i < encoded.size(); ++i) {
+        if (encoded[i] != '%') {
+            decoded += encoded[i];
+            continue;
+        }
+        const int high = i + 2 < encoded.size() ? hexDigit(encoded[i + 1]) : -1;
+        const int low = i + 2 < encoded.size() ? hexDigit(encoded[i + 2]) : -1;
+        if (high < 0 || low < 0) return std::string(encoded);
+        decoded += static_cast<char>(high << 4 | low);
+        i += 2;
+    }
+    return text::isValidUTF8(decoded) ? decoded : std::string(encoded);
+}
+
+std::uint64_t base64Length(std::uint64_t size) { return size / 3 * 4 + (size % 3 == 0 ? 0 : 4); }
+
+// RFC 4648 section 4, with padding, on one line.
+void appendBase64(std::string& out, std::string_view bytes) {
+    static constexpr std::string_view alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    const std::size_t start = out.size();
+    out.resize(start + base64Length(bytes.size()), '=');
+    char* to = out.data() + start;
+    for (std::size_t i = 0; i < bytes.size(); i += 3) {
+        const std::size_t count = std::min<std::size_t>(3, bytes.size() - i);
+        std::uint32_t group = 0;
+        for (std::size_t k = 0; k < 3; ++k) {
+            group = group << 8 | (k < count ? static_cast<unsigned char>(bytes[i + k]) : 0U);
+        }
+        for (std::size_t k = 0; k <= count; ++k) to[k] = alphabet[group >> (18 - 6 * k) & 63];
+        to += 4;
+    }
+}
+
+}   // namespace
+
+void ImageRewriter::rewrite(std::string& out, std::string_view tag) {
+    const std::string_view source = sourceOf(tag);
+    if (html::wordAt(source, 0, "data:image/") != std::string_view::npos) {
+        out.append(tag);
+        return;
+    }
+    if (html::wordAt(source, 0, "cid:") != std::string_view::npos && embed(out, tag, source.substr(4))) return;
+    if (!source.empty()) block(out, tag);
+}
+
+// False when the message does not carry the image, or no longer has room for it.
+bool ImageRewriter::embed(std::string& out, std::string_view tag, std::string_view contentID) {
+    const auto* image = find(percentDecoded(contentID));
+    if (image == nullptr) return false;
+    const auto& uri = uriOf(*image);
+    if (!uri) return false;
+    const std::size_t count = countSourceAttributes(tag);
+    if (uri->size() > (embeddedBytesLimit - embeddedBytes_) / count) return false;
+    embeddedBytes_ += uri->size() * count;
+    std::size_t done = 0;
+    for (auto found = nextSourceAttribute(tag, 0); found; found = nextSourceAttribute(tag, done)) {
+        out.append(tag, done, found->begin - done).append(" src=\"").append(*uri).append("\"");
+        done = found->end;
+    }
+    out.append(tag, done);
+    return true;
+}
+
+const MailAttachment* ImageRewriter::find(std::string_view contentID) {
+    if (const auto exact = inlineImages_.find(std::string(contentID)); exact != inlineImages_.end()) {
+        return &exact->second;
+    }
+    if (!byFoldedID_) {
+        byFoldedID_.emplace();
+        for (const auto& [id, image] : inlineImages_) byFoldedID_->emplace(text::foldCase(id), &image);
+    }
+    const auto folded = byFoldedID_->find(text::foldCase(contentID));
+    return folded == byFoldedID_->end() ? nullptr : folded->second;
+}
+
+// Reads and encodes each image once, however often the page shows it.
+const std::optional<std::string>& ImageRewriter::uriOf(const MailAttachment& image) {
+    const auto [entry, isNew] = uris_.try_emplace(&image);
+    auto& uri = entry->second;
+    const auto size = isNew ? image.size() : std::nullopt;
+    if (!size || base64Length(*size) > embeddedBytesLimit - embeddedBytes_) return uri;
+    try {
+        const Bytes bytes = image.data();
+        std::string made = "data:" + image.mimeType + ";base64,";
+        appendBase64(made, bytes.chars());
+        uri = std::move(made);
+    } catch (const FileError&) {
+        // Gone or not readable: like an image that was never there.
+    }
+    return uri;
+}
+
+void ImageRewriter::block(std::string& out, std::string_view tag) {
+    ++blocked_;
+    const auto width = pixels(tag, "width"), height = pixels(tag, "height");
+    if (width && height && std::min(*width, *height) < smallestShownPixels) return;
+    out.append("<span class=\"blocked-image\" style=\"");
+    if (width) out.append("width:" + std::to_string(std::min(*width, widestBoxPixels)) + "px");
+    if (width && height) out.append(";");
+    if (height) out.append("height:" + std::to_string(std::min(*height, highestBoxPixels)) + "px");
+    out.append("\">").append(alternativeText(tag)).append("</span>");
+}
+
+}   // namespace ostrel

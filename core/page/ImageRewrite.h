@@ -1,0 +1,42 @@
+#pragma once
+
+#include "core/message/MailAttachment.h"
+
+#include <cstddef>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace ostrel {
+
+// Rewrites the img tags of one message. The table must outlive the rewriter.
+class ImageRewriter {
+public:
+    // What all embedded images may add to one page. A message that shows its one large image a hundred thousand times
+    // would otherwise make a page larger than memory; an image past the limit is treated as one that is not there.
+    static constexpr std::size_t embeddedBytesLimit = std::size_t{256} << 20;
+
+    explicit ImageRewriter(const std::map<std::string, MailAttachment>& inlineImages) : inlineImages_(inlineImages) {}
+
+    // Appends what stands in place of the tag ("<img" to its first ">"): the tag itself (images written into the
+    // HTML), the tag with a data: URI (the message's own images), a grey box of the declared size, or nothing.
+    void rewrite(std::string& out, std::string_view tag);
+
+    // Images that were not the message's own.
+    std::size_t blocked() const { return blocked_; }
+
+private:
+    bool embed(std::string& out, std::string_view tag, std::string_view contentID);
+    const MailAttachment* find(std::string_view contentID);
+    const std::optional<std::string>& uriOf(const MailAttachment& image);
+    void block(std::string& out, std::string_view tag);
+
+    const std::map<std::string, MailAttachment>& inlineImages_;
+    std::optional<std::map<std::string, const MailAttachment*>> byFoldedID_;   // made when first needed
+    std::map<const MailAttachment*, std::optional<std::string>> uris_;         // nothing: the bytes cannot be had
+    std::size_t embeddedBytes_ = 0;
+    std::size_t blocked_ = 0;
+};
+
+}   // namespace ostrel
