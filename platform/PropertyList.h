@@ -22,9 +22,10 @@ struct PropertyList {
 
 namespace propertyList {
 
-// Larger or deeper lists are not read: the parser below recurses, and the mail program writes a few hundred bytes.
-constexpr std::size_t sizeLimitBytes = 1 << 20;
-constexpr int depthLimit = 64;
+// Larger lists are not read. The mail program writes a few hundred bytes; the library that reads XML recurses into
+// containers, of which there can be no deeper nesting than there are containers, and unescapes in quadratic time.
+constexpr std::size_t sizeLimitBytes = 1 << 18;
+constexpr std::size_t containerLimit = 512;
 
 // Reads an XML or binary property list. Nothing when it cannot be read or its top level is no dictionary.
 std::optional<PropertyList> parse(ByteView bytes);

@@ -21,19 +21,6 @@ constexpr std::string_view replacementUTF8 = "\xEF\xBF\xBD";
 bool isASCII(char c) { return static_cast<unsigned char>(c) < 0x80; }
 bool isContinuation(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
 
-// How many leading bytes are ASCII. Eight at a time: this is what makes 50 MB of plain text cheap.
-std::size_t asciiPrefix(std::string_view s) {
-    constexpr std::uint64_t highBits = 0x8080808080808080;
-    std::size_t i = 0;
-    for (; i + 8 <= s.size(); i += 8) {
-        std::uint64_t eight;
-        std::memcpy(&eight, s.data() + i, sizeof eight);
-        if (eight & highBits) break;
-    }
-    while (i < s.size() && isASCII(s[i])) ++i;
-    return i;
-}
-
 // The well-formed sequences after each lead byte (Unicode 15, table 3-7): what the second byte may be, and the length.
 struct Lead {
     std::size_t length;
@@ -197,6 +184,19 @@ void append(std::string& out, char32_t c) {
         put(0x80 | (c >> 6 & 0x3F));
         put(0x80 | (c & 0x3F));
     }
+}
+
+// Eight at a time: this is what makes 50 MB of plain text cheap.
+std::size_t asciiPrefix(std::string_view s) {
+    constexpr std::uint64_t highBits = 0x8080808080808080;
+    std::size_t i = 0;
+    for (; i + 8 <= s.size(); i += 8) {
+        std::uint64_t eight;
+        std::memcpy(&eight, s.data() + i, sizeof eight);
+        if (eight & highBits) break;
+    }
+    while (i < s.size() && isASCII(s[i])) ++i;
+    return i;
 }
 
 bool isValidUTF8(std::string_view bytes) {

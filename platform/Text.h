@@ -28,6 +28,8 @@ Decoded decodeAt(std::string_view s, std::size_t at);
 Decoded decodeBefore(std::string_view s, std::size_t end);
 void append(std::string& out, char32_t codePoint);
 
+// How many of the first bytes are ASCII.
+std::size_t asciiPrefix(std::string_view bytes);
 bool isValidUTF8(std::string_view bytes);
 // Every invalid sequence replaced by U+FFFD.
 std::string toValidUTF8(std::string_view bytes);
