@@ -78,6 +78,17 @@ std::size_t tagNameAt(std::string_view text, std::size_t at, std::string_view na
     return text::isWordCharacter(text::decodeAt(text, end).codePoint) ? npos : end;
 }
 
+// (?:"[^"]*"|'[^']*'|[^\s>]+) where no white space stands: the end of the match, npos when there is none. A quote that
+// is never closed is a character of an unquoted value; it is the last of its kind, so that is found out only once.
+// Giving back white space before the value helps nobody: none of the three readings begins with it.
+std::size_t valueEnd(std::string_view text, std::size_t value) {
+    const char quote = quoteAt(text, value);
+    const std::size_t close = quote == '\0' ? npos : text.find(quote, value + 1);
+    if (close != npos) return close + 1;
+    const std::size_t end = skipUnquotedValue(text, value);
+    return end > value ? end : npos;
+}
+
 // (?:https?:|//|ftp:|file:)
 bool hasRemoteScheme(std::string_view text, std::size_t at) {
     constexpr std::array<std::string_view, 5> schemes = {"https:", "http:", "//", "ftp:", "file:"};
@@ -186,34 +197,23 @@ bool isNamed(std::string_view text, const Assignment& assignment, std::string_vi
     return wordAt(text, assignment.name, name) == assignment.nameEnd;
 }
 
-// (?:"[^"]*"|'[^']*'|[^\s>]+) where no white space stands: the end of the match, npos when there is none. A quote that
-// is never closed is a character of an unquoted value. Giving back white space before the value helps nobody: none of
-// the three readings begins with it.
-std::size_t AttributeFinder::valueEnd(std::size_t value) const {
-    const char quote = quoteAt(text_, value);
-    const std::size_t last = quote == '"' ? lastDoubleQuote_ : lastSingleQuote_;
-    if (quote != '\0' && last > value) return text_.find(quote, value + 1) + 1;
-    const std::size_t end = skipUnquotedValue(text_, value);
-    return end > value ? end : npos;
-}
-
 // Each sign makes at most one match, and matches of later signs begin later. \s+ begins at the first white space of its
 // run: what matches from a later one matches from there too.
-std::optional<Match> AttributeFinder::nextEventHandler(std::size_t from) const {
-    for (auto found = nextAssignment(text_, from); found; found = nextAssignment(text_, found->sign + 1)) {
-        const std::size_t on = wordAt(text_, found->name, "on");
+std::optional<Match> nextEventHandler(std::string_view text, std::size_t from) {
+    for (auto found = nextAssignment(text, from); found; found = nextAssignment(text, found->sign + 1)) {
+        const std::size_t on = wordAt(text, found->name, "on");
         if (on == npos || on >= found->nameEnd) continue;
-        const std::size_t end = valueEnd(found->value);
-        if (end != npos) return Match{skipSpaceBack(text_, from, found->name), end};
+        const std::size_t end = valueEnd(text, found->value);
+        if (end != npos) return Match{skipSpaceBack(text, from, found->name), end};
     }
     return std::nullopt;
 }
 
-std::optional<Match> AttributeFinder::nextFetchingAttribute(std::size_t from) const {
+std::optional<Match> nextFetchingAttribute(std::string_view text, std::size_t from) {
     constexpr std::array<std::string_view, 5> names = {"srcset", "background", "lowsrc", "dynsrc", "poster"};
-    for (auto found = nextAssignment(text_, from); found; found = nextAssignment(text_, found->sign + 1)) {
-        if (std::ranges::none_of(names, [&](auto name) { return isNamed(text_, *found, name); })) continue;
-        const std::size_t end = valueEnd(found->value);
+    for (auto found = nextAssignment(text, from); found; found = nextAssignment(text, found->sign + 1)) {
+        if (std::ranges::none_of(names, [&](auto name) { return isNamed(text, *found, name); })) continue;
+        const std::size_t end = valueEnd(text, found->value);
         if (end != npos) return Match{found->space, end};
     }
     return std::nullopt;

@@ -56,23 +56,10 @@ struct Assignment {
 std::optional<Assignment> nextAssignment(std::string_view text, std::size_t from);
 bool isNamed(std::string_view text, const Assignment& assignment, std::string_view name);
 
-// Finds whole attributes of a text that must stay as it is meanwhile.
-class AttributeFinder {
-public:
-    explicit AttributeFinder(std::string_view text)
-        : text_(text), lastDoubleQuote_(text.rfind('"')), lastSingleQuote_(text.rfind('\'')) {}
-
-    // \s+on[a-z]+\s*=\s*(?:"[^"]*"|'[^']*'|[^\s>]+)
-    std::optional<Match> nextEventHandler(std::size_t from) const;
-    // \s(?:srcset|background|lowsrc|dynsrc|poster)\s*=\s*(?:"[^"]*"|'[^']*'|[^\s>]+)
-    std::optional<Match> nextFetchingAttribute(std::size_t from) const;
-
-private:
-    std::size_t valueEnd(std::size_t value) const;
-
-    std::string_view text_;
-    std::size_t lastDoubleQuote_, lastSingleQuote_;   // npos when there is none
-};
+// \s+on[a-z]+\s*=\s*(?:"[^"]*"|'[^']*'|[^\s>]+)
+std::optional<Match> nextEventHandler(std::string_view text, std::size_t from);
+// \s(?:srcset|background|lowsrc|dynsrc|poster)\s*=\s*(?:"[^"]*"|'[^']*'|[^\s>]+)
+std::optional<Match> nextFetchingAttribute(std::string_view text, std::size_t from);
 
 // (href|src|action)\s*=\s*(["']?)\s*javascript:[^"'>\s]*\2
 struct ScriptURL {

@@ -37,15 +37,18 @@ public:
 
 private:
     void count(std::string_view text, std::size_t at) {
-        const auto stands = [&](std::string_view name) { return html::wordAt(text, at, name) != npos; };
-        if (at < text.size() && text[at] == '/') {
-            ++at;
-        } else {
-            for (std::size_t i = 0; i < activeElements.size(); ++i)
-                active_[i] = active_[i] || stands(activeElements[i]);
-            for (std::size_t i = 0; i < controlTags.size(); ++i) control_[i] = control_[i] || stands(controlTags[i]);
-        }
+        const bool isClosing = at < text.size() && text[at] == '/';
+        if (isClosing) ++at;
+        if (at == text.size()) return;
+        const char c = text[at];
+        const char initial = c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c == '\xC5' ? 's' : c;   // long s
+        const auto stands = [&](std::string_view name) {
+            return name.front() == initial && html::wordAt(text, at, name) != npos;
+        };
         structure_ = structure_ || std::ranges::any_of(structureTags, stands);
+        if (isClosing) return;
+        for (std::size_t i = 0; i < activeElements.size(); ++i) active_[i] = active_[i] || stands(activeElements[i]);
+        for (std::size_t i = 0; i < controlTags.size(); ++i) control_[i] = control_[i] || stands(controlTags[i]);
     }
 
     std::bitset<activeElements.size()> active_;
@@ -106,11 +109,6 @@ void removeActiveMarkup(std::string& text) {
     }
 }
 
-void removeEventHandlers(std::string& text) {
-    const html::AttributeFinder attributes(text);
-    html::removeAll(text, [&](std::size_t from) { return attributes.nextEventHandler(from); });
-}
-
 void defuseScriptURLs(std::string& text) {
     html::substitute(
         text, [&](std::size_t from) { return html::nextScriptURL(text, from); },
@@ -126,18 +124,13 @@ void removeRemoteStyles(std::string& text) {
         [](std::string& out, const html::Match&) { out.append("none"); });
 }
 
-void removeFetchingAttributes(std::string& text) {
-    const html::AttributeFinder attributes(text);
-    html::removeAll(text, [&](std::size_t from) { return attributes.nextFetchingAttribute(from); });
-}
-
 }   // namespace
 
 // The order is part of the result: each step reads what the one before it left.
 Sanitized sanitize(std::string_view html, const std::map<std::string, MailAttachment>& inlineImages) {
     std::string text = bodyWithStyles(html);
     removeActiveMarkup(text);
-    removeEventHandlers(text);
+    html::removeAll(text, [&](std::size_t from) { return html::nextEventHandler(text, from); });
     defuseScriptURLs(text);
     removeRemoteStyles(text);
     ImageRewriter images(inlineImages);
@@ -146,7 +139,7 @@ Sanitized sanitize(std::string_view html, const std::map<std::string, MailAttach
         [&](std::string& out, const html::Match& tag) {
             images.rewrite(out, std::string_view(text).substr(tag.begin, tag.end - tag.begin));
         });
-    removeFetchingAttributes(text);
+    html::removeAll(text, [&](std::size_t from) { return html::nextFetchingAttribute(text, from); });
     return {std::move(text), images.blocked()};
 }
 
