@@ -80,12 +80,13 @@ icu::UnicodeString joined(const icu::UnicodeString& date, const icu::UnicodeStri
     return glue.findAndReplace("{1}", date).findAndReplace("{0}", time);
 }
 
+// The locale's pattern for the fields; an hour of two digits has two digits also where the locale would write one.
 icu::UnicodeString bestPattern(const char* skeleton, const char* fallback, const icu::Locale& where) {
     UErrorCode status = U_ZERO_ERROR;
     const std::unique_ptr<icu::DateTimePatternGenerator> generator(
         icu::DateTimePatternGenerator::createInstance(where, status));
     if (U_FAILURE(status)) return fallback;
-    icu::UnicodeString pattern = generator->getBestPattern(skeleton, status);
+    icu::UnicodeString pattern = generator->getBestPattern(skeleton, UDATPG_MATCH_HOUR_FIELD_LENGTH, status);
     return U_SUCCESS(status) ? pattern : icu::UnicodeString(fallback);
 }
 

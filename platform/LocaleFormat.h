@@ -14,8 +14,8 @@ enum class DateStyle { abbreviated, full };   // "Mar 5, 2024" / "Tuesday, March
 
 // The date and the short time, in the calendar's zone: "Mar 5, 2024 at 9:07 AM".
 std::string dateAndTime(Instant when, DateStyle style, const Calendar& calendar);
-// Numeric date with four-digit year and two-digit month and day, a blank, and hour and minute on the locale's clock
-// without AM/PM: "03/05/2024 09:07".
+// Numeric date with the whole year and two-digit month and day in the locale's order, a blank, and the time on the
+// 24-hour clock, which needs no AM or PM: "03/05/2024 09:07".
 std::string numericDateAndTime(Instant when, const Calendar& calendar);
 // A file size in decimal units: "Zero KB", "1 byte", "12 KB", "1.2 MB", "1.23 GB".
 std::string fileSize(std::uint64_t bytes);

@@ -8,7 +8,6 @@
 #include <charconv>
 #include <cstdlib>
 #include <filesystem>
-#include <unordered_map>
 #include <vector>
 
 namespace ostrel::mimeTypes {
@@ -121,81 +120,80 @@ std::vector<std::filesystem::path> dataFolders() {
     return folders;
 }
 
-// Calls use with every line of a file that is no comment; a file that cannot be read has none.
-template <typename Use>
-void forEachLine(const std::filesystem::path& path, Use use) {
+// A system's file about MIME types; what cannot be read is empty.
+std::string contentOf(const std::filesystem::path& path) {
     std::string content;
     try {
         files::ReadHandle(path).readToEnd(content);
     } catch (const FileError&) {
-        return;
+        content.clear();
     }
-    for (std::string_view rest = content; !rest.empty();) {
-        const std::size_t end = std::min(rest.find('\n'), rest.size());
-        if (const std::string_view line = rest.substr(0, end); !line.empty() && line.front() != '#') use(line);
-        rest.remove_prefix(std::min(end + 1, rest.size()));
-    }
+    return content;
 }
 
-// The text up to the separator, which goes too; all of it when there is none.
-std::string_view takeField(std::string_view& line, char separator) {
-    const std::size_t end = std::min(line.find(separator), line.size());
-    const std::string_view field = line.substr(0, end);
-    line.remove_prefix(std::min(end + 1, line.size()));
-    return field;
-}
-
-// The tables of shared-mime-info ("globs2" and "aliases" in each mime folder).
-class SystemTypes {
-public:
-    SystemTypes() {
-        for (const auto& folder : dataFolders()) {
-            forEachLine(folder / "mime/globs2", [&](std::string_view line) { addGlob(line); });
-            forEachLine(folder / "mime/aliases", [&](std::string_view line) {
-                const std::string_view alias = takeField(line, ' ');
-                aliases_.try_emplace(std::string(alias), line);
-            });
-        }
-    }
-
-    std::optional<std::string> extension(const std::string& type) const {
-        const auto alias = aliases_.find(type);
-        const auto found = best_.find(alias == aliases_.end() ? type : alias->second);
-        if (found == best_.end()) return std::nullopt;
-        return found->second.extension;
-    }
-
-private:
-    struct Best {
-        int weight;
-        std::string extension;
+// type/subtype of RFC 6838 names only: it becomes part of a path.
+bool isPlainType(std::string_view type) {
+    const auto isNameCharacter = [](char c) {
+        return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') ||
+               std::string_view("!#$&-^_.+").find(c) != std::string_view::npos;
     };
+    const std::size_t slash = type.find('/');
+    if (slash == std::string_view::npos || type.starts_with('.')) return false;
+    const std::string_view subtype = type.substr(slash + 1);
+    return !subtype.empty() && !subtype.starts_with('.') &&
+           std::ranges::all_of(type.substr(0, slash), isNameCharacter) && std::ranges::all_of(subtype, isNameCharacter);
+}
 
-    // weight:type:pattern[:flags], where only the patterns "*.ext" tell an extension.
-    void addGlob(std::string_view line) {
-        const std::string_view weightText = takeField(line, ':');
-        const std::string_view type = takeField(line, ':');
-        std::string_view pattern = takeField(line, ':');
-        int weight = 0;
-        std::from_chars(weightText.data(), weightText.data() + weightText.size(), weight);
-        if (!pattern.starts_with("*.")) return;
+std::string_view attribute(std::string_view tag, std::string_view opening) {
+    const std::size_t start = tag.find(opening);
+    if (start == std::string_view::npos) return {};
+    const std::string_view value = tag.substr(start + opening.size());
+    return value.substr(0, value.find('"'));
+}
+
+// The extension of a type's file in shared-mime-info: of its <glob weight="50" pattern="*.mid"/> elements, which begin
+// with the usual one, the first among those of the greatest weight that is "*." and an extension. (The one table of all
+// globs would be shorter to read, but has lost that order: it gives MIDI files the extension of karaoke files.)
+std::optional<std::string> extensionIn(std::string_view typeFile) {
+    std::optional<std::string> best;
+    int bestWeight = -1;
+    for (std::size_t at = typeFile.find("<glob "); at != std::string_view::npos; at = typeFile.find("<glob ", at + 1)) {
+        const std::string_view tag = typeFile.substr(at, typeFile.find('>', at) - at);
+        std::string_view pattern = attribute(tag, "pattern=\"");
+        if (!pattern.starts_with("*.")) continue;
         pattern.remove_prefix(2);
-        if (pattern.empty() || pattern.find_first_of("*?[") != std::string_view::npos) return;
-        const auto [found, isNew] = best_.try_emplace(std::string(type), Best{weight, std::string(pattern)});
-        if (!isNew && weight > found->second.weight) found->second = {weight, std::string(pattern)};
+        if (pattern.empty() || pattern.find_first_of("*?[]/&") != std::string_view::npos) continue;
+        int weight = 50;
+        const std::string_view weightText = attribute(tag, "weight=\"");
+        std::from_chars(weightText.data(), weightText.data() + weightText.size(), weight);
+        if (weight <= bestWeight) continue;
+        bestWeight = weight;
+        best = pattern;
     }
+    return best;
+}
 
-    std::unordered_map<std::string, Best> best_;
-    std::unordered_map<std::string, std::string> aliases_;
-};
+// What the type is an alias of, from lines "alias type"; the type itself when it is none.
+std::string unaliased(std::string_view aliasFile, std::string_view type) {
+    const std::string line = '\n' + std::string(type) + ' ';
+    const std::size_t at = aliasFile.find(line);
+    if (at == std::string_view::npos) return std::string(type);
+    const std::string_view target = aliasFile.substr(at + line.size());
+    return std::string(target.substr(0, target.find('\n')));
+}
 
 }   // namespace
 
 std::optional<std::string> preferredExtension(std::string_view mimeType) {
     const auto* known = std::ranges::lower_bound(knownTypes, mimeType, {}, &Known::type);
     if (known != knownTypes.end() && known->type == mimeType) return std::string(known->extension);
-    static const SystemTypes system;
-    return system.extension(std::string(mimeType));
+    for (const auto& folder : dataFolders()) {
+        const std::filesystem::path mime = folder / "mime";
+        const std::string type = unaliased('\n' + contentOf(mime / "aliases"), mimeType);
+        if (!isPlainType(type)) continue;
+        if (auto extension = extensionIn(contentOf(mime / (type + ".xml")))) return extension;
+    }
+    return std::nullopt;
 }
 
 }   // namespace ostrel::mimeTypes
