@@ -46,23 +46,19 @@ std::vector<std::string_view> splitAtSemicolons(std::string_view value) {
     return segments;
 }
 
-std::string replacePairs(std::string_view s, std::string_view pair, char replacement) {
-    std::string out;
-    out.reserve(s.size());
-    std::size_t copied = 0;
-    for (auto at = s.find(pair); at != s.npos; at = s.find(pair, copied)) {
-        out.append(s, copied, at - copied);
-        out += replacement;
-        copied = at + pair.size();
-    }
-    return out.append(s, copied);
-}
-
-// Backslashes before quotes go first and doubled backslashes second, so a Windows path that was quoted without
-// escaping keeps its separators.
+// A quoted string's content. Only quotes and backslashes were meant to be escaped: a lone backslash comes from clients
+// that quote a path without escaping it, and stays.
 std::string unquoted(std::string_view s) {
     if (s.size() < 2 || s.front() != '"' || s.back() != '"') return std::string(s);
-    return replacePairs(replacePairs(s.substr(1, s.size() - 2), "\\\"", '"'), "\\\\", '\\');
+    s = s.substr(1, s.size() - 2);
+    std::string out;
+    out.reserve(s.size());
+    for (std::size_t at = 0; at < s.size(); ++at) {
+        const bool isEscape = s[at] == '\\' && at + 1 < s.size() && (s[at + 1] == '"' || s[at + 1] == '\\');
+        if (isEscape) ++at;
+        out += s[at];
+    }
+    return out;
 }
 
 // attribute-char percent-decoding (RFC 2231 section 7); a "%" without two hexadecimal digits stands for itself.
