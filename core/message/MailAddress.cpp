@@ -435,9 +435,10 @@ private:
         auto& last = results_.back();
         if (last.name.empty()) {
             last.name = cleanName(unescape(comment_));
-        } else if (const auto address = text::trimBlanksAndNewlines(comment_);
-                   last.email.empty() && looksLikeAddress(address)) {
-            last.email = address;
+        } else if (last.email.empty()) {
+            auto address = cleanEmail(unescape(comment_));
+            if (!looksLikeAddress(address)) return;
+            last.email = std::move(address);
             looseNames_ = 0;
         }
     }

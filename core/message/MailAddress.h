@@ -12,10 +12,10 @@ struct MailAddress {
     bool operator==(const MailAddress&) const = default;
 
     // The addresses of a raw From, To, Cc or Reply-To value (RFC 5322 section 3.4, obsolete forms included), in order;
-    // members of groups take their place in the list. Encoded words in names are decoded, also inside quotes. Also reads
-    // what real clients send: lists with semicolons, names with unquoted dots and commas ("Lee, Kim <kim@x.org>" is one
-    // address), missing brackets and quotes. Never fails, linear: what is no address becomes a name without one, or is
-    // dropped when nothing is left of it.
+    // members of groups take their place in the list. Encoded words in names are decoded, also inside quotes. Also
+    // reads what real clients send: lists with semicolons, names with unquoted dots and commas ("Lee, Kim <kim@x.org>"
+    // is one address), missing brackets and quotes. Never fails, linear: what is no address becomes a name without one,
+    // or is dropped when nothing is left of it.
     static std::vector<MailAddress> list(std::string_view value);
 };
 

@@ -10,7 +10,13 @@
 namespace ostrel::Threads {
 
 // A conversation identifier for every message of the list, by MessageSummary::id(). Messages that refer to each other
-// or to a common ancestor, present or not, share one. Linear; the same list gives the same identifiers.
+// or to a common ancestor, present or not, share one (RFC 5322 section 3.6.4); subjects say nothing. A message that
+// refers to nothing has its own. Nearly linear; the same list gives the same identifiers.
+//
+// Identifiers are "C0001", "C0002" and so on in order of first appearance: in a list sorted by date, sorting a
+// spreadsheet by that column puts the conversations in the order they began. All have the same width and start with a
+// letter, so they sort as text and no spreadsheet takes them for a number or a formula. The first Message-ID would do
+// neither.
 std::unordered_map<std::string, std::string> assign(const std::vector<MessageSummary>& messages);
 
 }   // namespace ostrel::Threads
