@@ -9,8 +9,8 @@
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
 
-// Folding for search. The folding of a text is the folding of its code points one after the other: the marks that
-// normalisation would reorder are the ones dropped here. So a table answers for the scripts that mail is written in.
+// Folding for search. The folding of a text is the folding of its code points one after the other, since nearly all the
+// marks that normalisation would reorder are dropped. So a table answers for the scripts that mail is written in.
 namespace ostrel::text {
 namespace {
 
@@ -29,13 +29,15 @@ constexpr auto typedForms = std::to_array<Typed>({
 });
 static_assert(std::ranges::is_sorted(typedForms, {}, &Typed::letter));
 
-// Accents, points and harakat go; the vowel signs of Indic scripts and Thai, which make other words, have combining
-// class 0 and stay. Invisible characters (soft hyphen, joiners, variation selectors) nobody types.
+// Accents, points and harakat go, and what nobody types because nobody sees it (soft hyphen, joiners, variation
+// selectors). The vowel and tone signs of Indic scripts, Thai, Lao and Tibetan stay, since they make other words: they
+// have combining class 0 or one of the classes that are theirs alone, 84 to 132.
 bool isDropped(UChar32 c) {
     if (u_hasBinaryProperty(c, UCHAR_DEFAULT_IGNORABLE_CODE_POINT)) return true;
     const uint32_t category = U_GET_GC_MASK(c);
     if (category & U_GC_ME_MASK) return true;
-    return (category & (U_GC_MN_MASK | U_GC_MC_MASK)) != 0 && u_getCombiningClass(c) != 0;
+    const int combiningClass = u_getCombiningClass(c);
+    return (category & U_GC_M_MASK) != 0 && combiningClass != 0 && (combiningClass < 84 || combiningClass > 132);
 }
 
 // The full decomposition of a text by compatibility; without the library's tables, the text as it is.

@@ -149,6 +149,8 @@ bool isWordCharacter(char32_t c) {
     return (U_GET_GC_MASK(icu(c)) & (U_GC_L_MASK | U_GC_N_MASK)) != 0;
 }
 
+bool isControlOrFormat(char32_t c) { return (U_GET_GC_MASK(icu(c)) & (U_GC_CC_MASK | U_GC_CF_MASK)) != 0; }
+
 Decoded decodeAt(std::string_view s, std::size_t at) {
     if (isASCII(s[at])) return {static_cast<char32_t>(s[at]), 1};
     const std::string_view rest = s.substr(at, 4);

@@ -17,6 +17,8 @@ bool isBlankOrNewline(char32_t c);
 bool isWhiteSpace(char32_t c);
 // Letters (L*), numbers (N*) and the underscore: what \w matches and \b looks at.
 bool isWordCharacter(char32_t c);
+// Control and format characters (general categories Cc and Cf).
+bool isControlOrFormat(char32_t c);
 
 // The code point at byte offset at and its length in bytes (1 to 4). A bad byte is {U+FFFD, 1}. at must be < size.
 struct Decoded {

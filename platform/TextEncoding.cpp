@@ -19,9 +19,11 @@ namespace {
 constexpr std::string_view utf8Name = "UTF-8";
 constexpr std::string_view windows1252Name = "windows-1252";
 constexpr std::string_view latin1Name = "ISO-8859-1";
+constexpr std::string_view gb18030Name = "gb18030";
 
 // Labels that the converter library does not know, or for which real mail means more than it would decode. Spelled
-// without anything but letters and digits, which senders leave out and put in as they like.
+// without anything but letters and digits, which senders leave out and put in as they like, and without
+// the "x-" of unregistered names.
 struct Alias {
     std::string_view label;
     std::string_view encoding;
@@ -39,46 +41,46 @@ constexpr auto aliases = std::to_array<Alias>({
     {"big5", "Big5-HKSCS"},
     {"big5hkscs", "Big5-HKSCS"},
     {"big5hkscs2004", "Big5-HKSCS"},
-    {"chinese", "gb18030"},
+    {"chinese", gb18030Name},
     {"cnbig5", "Big5-HKSCS"},
-    {"cngb", "gb18030"},
+    {"cngb", gb18030Name},
     {"cp1125", "CP1125"},
     {"cp1252", windows1252Name},
     {"cp1361", "JOHAB"},
-    {"cp20936", "gb18030"},
+    {"cp20936", gb18030Name},
     {"cp367", utf8Name},
     {"cp50220", "ISO-2022-JP-2"},
     {"cp50221", "ISO-2022-JP-2"},
     {"cp50222", "ISO-2022-JP-2"},
     {"cp51932", "EUC-JP"},
-    {"cp51936", "gb18030"},
+    {"cp51936", gb18030Name},
     {"cp51949", "windows-949"},
-    {"cp54936", "gb18030"},
+    {"cp54936", gb18030Name},
     {"cp65001", utf8Name},
     {"cp819", windows1252Name},
     {"cp874", "windows-874"},
-    {"cp936", "gb18030"},
+    {"cp936", gb18030Name},
     {"cp949", "windows-949"},
     {"cp950", "Big5-HKSCS"},
     {"csascii", utf8Name},
     {"csbig5", "Big5-HKSCS"},
     {"cseuckr", "windows-949"},
-    {"csgb2312", "gb18030"},
-    {"csgbk", "gb18030"},
+    {"csgb2312", gb18030Name},
+    {"csgbk", gb18030Name},
     {"csiso2022jp", "ISO-2022-JP-2"},
-    {"csiso58gb231280", "gb18030"},
+    {"csiso58gb231280", gb18030Name},
     {"csisolatin1", windows1252Name},
     {"csisolatin5", "windows-1254"},
     {"csksc56011987", "windows-949"},
     {"csviscii", "VISCII"},
     {"dos866", "IBM866"},
-    {"euccn", "gb18030"},
+    {"euccn", gb18030Name},
     {"eucjpms", "EUC-JP"},
     {"euckr", "windows-949"},
-    {"gb13000", "gb18030"},
-    {"gb2312", "gb18030"},
-    {"gb231280", "gb18030"},
-    {"gbk", "gb18030"},
+    {"gb13000", gb18030Name},
+    {"gb2312", gb18030Name},
+    {"gb231280", gb18030Name},
+    {"gbk", gb18030Name},
     {"georgianacademy", "GEORGIAN-ACADEMY"},
     {"georgianps", "GEORGIAN-PS"},
     {"ibm367", utf8Name},
@@ -106,7 +108,7 @@ constexpr auto aliases = std::to_array<Alias>({
     {"isoir148", "windows-1254"},
     {"isoir149", "windows-949"},
     {"isoir226", "ISO-8859-16"},
-    {"isoir58", "gb18030"},
+    {"isoir58", gb18030Name},
     {"isoir6", utf8Name},
     {"johab", "JOHAB"},
     {"koi", "KOI8-R"},
@@ -123,9 +125,14 @@ constexpr auto aliases = std::to_array<Alias>({
     {"latin1", windows1252Name},
     {"latin10", "ISO-8859-16"},
     {"latin5", "windows-1254"},
+    {"macchinesesimp", gb18030Name},
+    {"macchinesetrad", "Big5-HKSCS"},
     {"maccyrillic", "x-mac-cyrillic"},
     {"macicelandic", "MAC-IS"},
+    {"macjapanese", "windows-31j"},
+    {"mackorean", "windows-949"},
     {"macroman", "macintosh"},
+    {"macukrainian", "x-mac-cyrillic"},
     {"mscp932", "windows-31j"},
     {"pt154", "PT154"},
     {"ptcp154", "PT154"},
@@ -139,11 +146,14 @@ constexpr auto aliases = std::to_array<Alias>({
     {"tis620", "windows-874"},
     {"tis6202533", "windows-874"},
     {"unicode11utf8", utf8Name},
+    {"unicode20utf7", "UTF-7"},
     {"unicode20utf8", utf8Name},
     {"us", utf8Name},
     {"usascii", utf8Name},
     {"utf8", utf8Name},
     {"utf8mb4", utf8Name},
+    {"viettcvn", "TCVN"},
+    {"viettcvn5712", "TCVN"},
     {"viscii", "VISCII"},
     {"win1250", "windows-1250"},
     {"win1251", "windows-1251"},
@@ -159,30 +169,9 @@ constexpr auto aliases = std::to_array<Alias>({
     {"windows28591", windows1252Name},
     {"windows28599", "windows-1254"},
     {"windows65001", utf8Name},
-    {"windows936", "gb18030"},
+    {"windows936", gb18030Name},
     {"windows950", "Big5-HKSCS"},
     {"xbig5", "Big5-HKSCS"},
-    {"xcp1252", windows1252Name},
-    {"xcp20936", "gb18030"},
-    {"xcp936", "gb18030"},
-    {"xcp949", "windows-949"},
-    {"xcp950", "Big5-HKSCS"},
-    {"xeuccn", "gb18030"},
-    {"xeuckr", "windows-949"},
-    {"xgb2312", "gb18030"},
-    {"xgbk", "gb18030"},
-    {"xjohab", "JOHAB"},
-    {"xmacchinesesimp", "gb18030"},
-    {"xmacchinesetrad", "Big5-HKSCS"},
-    {"xmacicelandic", "MAC-IS"},
-    {"xmacjapanese", "windows-31j"},
-    {"xmackorean", "windows-949"},
-    {"xmacukrainian", "x-mac-cyrillic"},
-    {"xunicode20utf7", "UTF-7"},
-    {"xunicode20utf8", utf8Name},
-    {"xviettcvn", "TCVN"},
-    {"xviettcvn5712", "TCVN"},
-    {"xxbig5", "Big5-HKSCS"},
 });
 
 static_assert(std::ranges::is_sorted(aliases, {}, &Alias::label));
@@ -207,12 +196,8 @@ constexpr auto iconvNames = std::to_array<std::string_view>({
 });
 static_assert(std::ranges::is_sorted(iconvNames));
 
-// A second decoder for what the first, by and large its superset, has no room for: the euro sign at 80 of code page
-// 936, the private characters of code page 950.
-struct Second {
-    std::string_view first, second;
-};
-constexpr std::array seconds{Second{"gb18030", "windows-936-2000"}, Second{"ibm-1375_P100-2008", "windows-950-2000"}};
+// gb18030 has no room for the euro sign at byte 80 of code page 936, of which it is otherwise the superset.
+constexpr std::string_view codePage936Name = "windows-936-2000";
 
 std::string squeezed(std::string_view label) {
     std::string key = text::lowerASCII(label);
@@ -378,15 +363,16 @@ std::optional<TextEncoding> TextEncoding::named(std::string_view label) {
     const auto isLabelCharacter = [](char c) { return c > ' ' && c < 0x7F && c != ','; };
     if (label.empty() || label.size() > longestLabel || !std::ranges::all_of(label, isLabelCharacter))
         return std::nullopt;
-    std::string name(label);
-    const std::string key = squeezed(label);
-    if (const auto* alias = std::ranges::lower_bound(aliases, key, {}, &Alias::label);
-        alias != aliases.end() && alias->label == key)
-        name = alias->encoding;
-    if (name == utf8Name || name == windows1252Name || name == latin1Name ||
-        std::ranges::binary_search(iconvNames, name))
+    const bool isUnregistered = label.size() > 2 && (label[0] == 'x' || label[0] == 'X') && label[1] == '-';
+    const std::string plain(label.substr(isUnregistered ? 2 : 0));
+    const std::string key = squeezed(plain);
+    const auto* alias = std::ranges::lower_bound(aliases, key, {}, &Alias::label);
+    const bool isAlias = alias != aliases.end() && alias->label == key;
+    const std::string name(isAlias ? alias->encoding : label);
+    if (name == utf8Name || name == windows1252Name || std::ranges::binary_search(iconvNames, name))
         return TextEncoding(name);
-    if (auto canonical = canonicalName(name)) return TextEncoding(std::move(*canonical));
+    for (const std::string& candidate : {name, plain})
+        if (auto canonical = canonicalName(candidate)) return TextEncoding(std::move(*canonical));
     return std::nullopt;
 }
 
@@ -399,10 +385,7 @@ std::optional<std::string> TextEncoding::decode(ByteView bytes) const {
     if (name_ == latin1Name) return decodeLatin(source, [](unsigned char byte) -> char32_t { return byte; });
     if (std::ranges::binary_search(iconvNames, name_)) return decodeByIconv(name_, source);
     auto text = decodeByICU(name_, source);
-    if (!text)
-        for (const Second& other : seconds)
-            if (other.first == name_) return decodeByICU(std::string(other.second), source);
-    return text;
+    return text || name_ != gb18030Name ? text : decodeByICU(std::string(codePage936Name), source);
 }
 
 }   // namespace ostrel
