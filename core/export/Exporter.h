@@ -59,7 +59,7 @@ namespace Exporter {
 // the same name, index.csv at the end, also when cancelled. One bad message is noted and the run goes on. cancel is
 // asked before each message. progress is called on the calling thread. Throws FileError only when the folder cannot be
 // created or the index cannot be written; what was exported then stays.
-ExportResult run(const std::vector<MessageSummary>& messages, const std::map<std::string, std::string>& mailboxNames,
+ExportResult run(std::vector<MessageSummary> messages, const std::map<std::string, std::string>& mailboxNames,
                  const std::filesystem::path& into, const ExportSettings& settings, PDFRendering& renderer,
                  const std::function<void(const ExportProgress&)>& progress, std::stop_token cancel);
 

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
@@ -35,6 +36,9 @@ public:
 
 private:
     std::unordered_set<std::string> used_;   // lower-cased
+    // The number to try next for a name, by its lower-cased base and extension: a thousand messages of one name must
+    // not each try all the numbers before theirs.
+    std::unordered_map<std::string, std::size_t> nextNumber_;
 };
 
 }   // namespace ostrel

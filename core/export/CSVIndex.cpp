@@ -1,0 +1,85 @@
+#include "core/export/CSVIndex.h"
+
+#include "platform/Text.h"
+
+#include <cstdlib>
+#include <string_view>
+
+#include <locale.h>
+
+namespace ostrel::CSVIndex {
+
+namespace {
+
+constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";   // without it Excel reads UTF-8 as the local code page
+constexpr std::string_view recordEnd = "\r\n";
+
+// Whether strtod in the C locale takes the whole value, which begins with no white space.
+bool isNumber(const std::string& value) {
+    static const locale_t cLocale = newlocale(LC_ALL_MASK, "C", nullptr);
+    if (value.empty() || text::isWhiteSpace(text::decodeAt(value, 0).codePoint)) return false;
+    char* end = nullptr;
+    strtod_l(value.c_str(), &end, cLocale);
+    return end == value.c_str() + value.size();
+}
+
+// A spreadsheet runs what begins like this; an apostrophe makes it text.
+bool looksLikeFormula(const std::string& value) {
+    constexpr std::string_view starts = "=+-@\t\r";
+    return !value.empty() && starts.find(value.front()) != std::string_view::npos && !isNumber(value);
+}
+
+void appendField(std::string& out, const std::string& value) {
+    const std::string_view guard = looksLikeFormula(value) ? "'" : "";
+    if (value.find_first_of(",\"\r\n") == std::string::npos) {
+        out.append(guard).append(value);
+        return;
+    }
+    out.append("\"").append(guard);
+    for (const char c : value) {
+        if (c == '"') out += '"';
+        out += c;
+    }
+    out += '"';
+}
+
+template <typename Fields>
+void appendRecord(std::string& out, const Fields& fields) {
+    bool isFirst = true;
+    for (const std::string& field : fields) {
+        if (!isFirst) out += ',';
+        isFirst = false;
+        appendField(out, field);
+    }
+    out.append(recordEnd);
+}
+
+}   // namespace
+
+const std::vector<std::string>& defaultHeaders() {
+    static const std::vector<std::string> headers = {
+        "Date",         "From",       "To",  "Cc", "Subject", "Mailbox", "Attachments", "PDF", "Attachment folder",
+        "Conversation", "Message-ID", "Note"};
+    return headers;
+}
+
+std::string data(const std::vector<Row>& rows, const std::vector<std::string>& headers) {
+    std::string out(byteOrderMark);
+    appendRecord(out, headers);
+    for (const Row& row : rows) {
+        const std::string* const fields[] = {&row.date, &row.from, &row.to, &row.cc, &row.subject, &row.mailbox};
+        for (const std::string* field : fields) {
+            appendField(out, *field);
+            out += ',';
+        }
+        out += std::to_string(row.attachments);
+        for (const std::string* field : {&row.pdf, &row.folder, &row.thread, &row.messageID, &row.note}) {
+            out += ',';
+            appendField(out, *field);
+        }
+        out.append(recordEnd);
+    }
+    return out;
+}
+
+}   // namespace ostrel::CSVIndex

@@ -1,0 +1,173 @@
+#include "core/export/Exporter.h"
+
+#include "core/export/FileNamer.h"
+#include "core/mailstore/Emlx.h"
+#include "core/page/MessageHTML.h"
+#include "core/selection/Threads.h"
+#include "platform/Files.h"
+#include "platform/LocaleFormat.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace ostrel {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* indexName = "index.csv";
+
+std::vector<std::string> namesIn(const fs::path& folder) {
+    std::vector<std::string> names;
+    try {
+        for (const fs::path& name : files::list(folder)) names.push_back(displayText(name));
+    } catch (const FileError&) {
+        // Nothing can be in the way, then; creating the folder tells what is wrong.
+    }
+    return names;
+}
+
+fs::path makeExportFolder(const fs::path& destination, const std::string& wishedName) {
+    const fs::path folder = destination / FileNamer(namesIn(destination)).unique(wishedName, "");
+    files::createFolders(folder);
+    return folder;
+}
+
+// One run: what it was asked for and what it has done so far.
+class Run {
+public:
+    Run(const std::map<std::string, std::string>& mailboxNames, const ExportSettings& settings, PDFRendering& renderer,
+        const fs::path& folder, std::unordered_map<std::string, std::string> threads)
+        : mailboxNames_(mailboxNames), settings_(settings), renderer_(renderer), threads_(std::move(threads)) {
+        result_.folder = folder;
+    }
+
+    // Throws RenderCancelled when the renderer was cancelled; any other trouble of the message is noted.
+    void exportMessage(const MessageSummary& summary) {
+        const std::string base = names_.unique(FileNamer::messageBase(summary.date, summary.fromLine(), summary.subject,
+                                                                      settings_.labels.noSubject, settings_.calendar),
+                                               "");
+        CSVIndex::Row row = beginRow(summary);
+        try {
+            exportParts(summary, base, row);
+            ++result_.exported;
+        } catch (const RenderCancelled&) {
+            throw;
+        } catch (const std::exception& error) {
+            const std::string name = summary.subject.empty() ? displayText(summary.url.filename()) : summary.subject;
+            result_.failed.push_back({name, error.what()});
+            row.note = settings_.labels.unreadable;
+        }
+        rows_.push_back(std::move(row));
+    }
+
+    void markCancelled() { result_.cancelled = true; }
+
+    ExportResult finish() {
+        if (settings_.csv) {
+            files::writeAtomically(result_.folder / indexName, bytesOf(CSVIndex::data(rows_, settings_.csvHeaders)));
+        }
+        return std::move(result_);
+    }
+
+private:
+    const std::string& mailboxName(const MessageSummary& summary) const {
+        static const std::string none;
+        const auto found = mailboxNames_.find(summary.mailboxID);
+        return found == mailboxNames_.end() ? none : found->second;
+    }
+
+    CSVIndex::Row beginRow(const MessageSummary& summary) const {
+        CSVIndex::Row row;
+        row.date = settings_.csvDate(summary.date);
+        row.from = MailMessage::line(summary.from);
+        row.to = MailMessage::line(summary.to);
+        row.cc = MailMessage::line(summary.cc);
+        row.subject = summary.subject;
+        row.mailbox = mailboxName(summary);
+        const auto thread = threads_.find(summary.id());
+        if (thread != threads_.end()) row.thread = thread->second;
+        row.messageID = summary.messageID.value_or("");
+        return row;
+    }
+
+    void exportParts(const MessageSummary& summary, const std::string& base, CSVIndex::Row& row) {
+        const MailMessage message = Emlx::read(summary.url);
+        if (settings_.attachments && std::ranges::any_of(message.attachments, &MailAttachment::isAvailable)) {
+            saveAttachments(message, base, row);
+        }
+        if (!std::ranges::all_of(message.attachments, &MailAttachment::isAvailable)) {
+            row.note = settings_.labels.attachments + ": " + settings_.labels.missing;
+        }
+        if (settings_.pdfs) print(message, summary, base, row);
+    }
+
+    void saveAttachments(const MailMessage& message, const std::string& base, CSVIndex::Row& row) {
+        const fs::path folder = result_.folder / base;
+        files::createFolders(folder);
+        FileNamer names;
+        for (const MailAttachment& attachment : message.attachments) {
+            if (!attachment.isAvailable()) continue;
+            const fs::path target = folder / names.uniqueFileName(attachment.filename);
+            if (const auto* file = std::get_if<fs::path>(&attachment.source)) {
+                files::copyAtomically(*file, target);
+            } else {
+                files::writeAtomically(target, std::get<Bytes>(attachment.source).view());
+            }
+            ++result_.attachments;
+            ++row.attachments;
+        }
+        row.folder = base;
+    }
+
+    void print(const MailMessage& message, const MessageSummary& summary, const std::string& base, CSVIndex::Row& row) {
+        const Instant date = message.date.value_or(summary.date);
+        const std::optional<std::string> folder = row.folder.empty() ? std::nullopt : std::optional(row.folder);
+        const std::string page =
+            MessageHTML::page(message, mailboxName(summary), settings_.dateText(date), folder, settings_.labels);
+        const DocumentInfo info{message.subject.empty() ? settings_.labels.noSubject : message.subject,
+                                MailMessage::line(message.from), date};
+        renderer_.renderPDF(page, result_.folder / (base + ".pdf"), info);
+        row.pdf = base + ".pdf";
+    }
+
+    const std::map<std::string, std::string>& mailboxNames_;
+    const ExportSettings& settings_;
+    PDFRendering& renderer_;
+    const std::unordered_map<std::string, std::string> threads_;
+    FileNamer names_{{indexName}};
+    std::vector<CSVIndex::Row> rows_;
+    ExportResult result_;
+};
+
+}   // namespace
+
+ExportSettings::ExportSettings(std::string folderName_) : folderName(std::move(folderName_)) {
+    const Calendar zone = calendar;
+    dateText = [zone](Instant date) { return locale::dateAndTime(date, locale::DateStyle::abbreviated, zone); };
+    csvDate = [zone](Instant date) { return isoDateTime(date, zone); };
+}
+
+ExportResult Exporter::run(std::vector<MessageSummary> messages, const std::map<std::string, std::string>& mailboxNames,
+                           const fs::path& into, const ExportSettings& settings, PDFRendering& renderer,
+                           const std::function<void(const ExportProgress&)>& progress, std::stop_token cancel) {
+    const fs::path folder = makeExportFolder(into, settings.folderName);
+    std::ranges::stable_sort(messages, {}, &MessageSummary::date);
+    Run run(mailboxNames, settings, renderer, folder, Threads::assign(messages));
+    std::size_t done = 0;
+    try {
+        for (const MessageSummary& message : messages) {
+            if (cancel.stop_requested()) throw RenderCancelled();
+            progress({done, messages.size(), message.subject});
+            run.exportMessage(message);
+            ++done;
+        }
+        progress({messages.size(), messages.size(), ""});
+    } catch (const RenderCancelled&) {
+        run.markCancelled();
+    }
+    return run.finish();
+}
+
+}   // namespace ostrel

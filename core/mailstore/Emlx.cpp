@@ -1,0 +1,139 @@
+#include "core/mailstore/Emlx.h"
+
+#include "platform/Files.h"
+#include "platform/PropertyList.h"
+#include "platform/Text.h"
+
+#include <algorithm>
+
+namespace ostrel::Emlx {
+
+namespace {
+
+constexpr std::size_t countLineLimit = 24;   // a longer first line is no count line
+constexpr std::size_t headLimit = 65536;
+constexpr std::size_t firstLineLimit = 1000;
+
+// The first line, which may hold the message's length.
+struct FirstLine {
+    std::string_view text;   // without its LF
+    std::size_t end = 0;     // offset of the LF; the limit when none was found
+    bool hasFollowers = false;
+    // Where the message starts when the line is a count line.
+    std::size_t messageStart(std::size_t fileSize) const { return std::min(end + 1, fileSize); }
+};
+
+FirstLine firstLine(std::string_view file) {
+    const std::size_t lineFeed = file.substr(0, countLineLimit).find('\n');
+    if (lineFeed != std::string_view::npos) return {file.substr(0, lineFeed), lineFeed, true};
+    return {file.substr(0, countLineLimit), countLineLimit, file.size() > countLineLimit};
+}
+
+std::optional<long long> countIn(std::string_view trimmed) {
+    long long count = 0;
+    return text::parseInteger(trimmed, count) ? std::optional(count) : std::nullopt;
+}
+
+bool isBlankFile(std::string_view bytes) { return bytes.find_first_not_of(" \t\n\r") == std::string_view::npos; }
+
+void readBookkeeping(ByteView bytes, Container& container) {
+    const auto list = propertyList::parse(bytes);
+    if (!list) return;
+    if (const auto received = list->number("date-received")) container.dateReceived = instantFromSeconds(*received);
+    container.flags = list->integer("flags");
+}
+
+// The header block in what was read of a file; the head reader skips any number in the first line, whatever its value.
+ByteView headOf(std::string_view read) {
+    const FirstLine line = firstLine(read);
+    const std::string decoded = text::toValidUTF8(line.text);
+    const bool isCount = countIn(text::trimBlanks(decoded)).has_value();
+    return bytesOf(isCount ? read.substr(line.messageStart(read.size())) : read);
+}
+
+Headers headersOf(ByteView head, const HeaderBodySplit& split) {
+    if (!looksLikeMessage(head)) throw ReadError(ReadError::Kind::notAMessage);
+    return Headers::parse(head.first(split.headerSize));
+}
+
+}   // namespace
+
+ReadError::ReadError(Kind kind_)
+    : std::runtime_error(kind_ == Kind::empty ? "The message file is empty." : "The file is not a mail message."),
+      kind(kind_) {}
+
+bool looksLikeMessage(ByteView bytes) {
+    std::string_view line = charsOf(bytes);
+    line.remove_prefix(std::min(line.find_first_not_of("\r\n"), line.size()));
+    line = line.substr(0, firstLineLimit);
+    line = line.substr(0, line.find('\n'));
+    const std::size_t colon = line.find(':');
+    if (colon == std::string_view::npos) return line.starts_with("From ");   // mbox separator line
+    // ftext of RFC 5322 section 3.6.8
+    return colon > 0 && std::ranges::all_of(line.substr(0, colon), [](char c) { return c >= 0x21 && c <= 0x7E; });
+}
+
+Container container(const Bytes& file) {
+    const std::string_view bytes = file.chars();
+    if (isBlankFile(bytes)) throw ReadError(ReadError::Kind::empty);
+
+    const FirstLine line = firstLine(bytes);
+    const std::string decoded = text::toValidUTF8(line.text);
+    const auto count = countIn(text::trimBlanksAndNewlines(decoded));
+    if (!line.hasFollowers || !count || *count < 0) {
+        if (!looksLikeMessage(file.view())) throw ReadError(ReadError::Kind::notAMessage);
+        return {file, std::nullopt, std::nullopt, false};
+    }
+
+    const std::size_t start = line.messageStart(bytes.size());
+    const std::size_t available = bytes.size() - start;
+    const auto promised = static_cast<std::size_t>(*count);
+    Container result;
+    result.message = file.slice(start, promised);
+    if (!looksLikeMessage(result.message.view())) throw ReadError(ReadError::Kind::notAMessage);
+    result.truncated = promised > available;
+    if (promised < available) readBookkeeping(file.view().subspan(start + promised), result);
+    return result;
+}
+
+Head readHead(const std::filesystem::path& file) {
+    const files::ReadHandle handle(file);
+    std::string read;
+    handle.read(read, headLimit);
+    if (read.empty()) throw ReadError(ReadError::Kind::empty);
+
+    ByteView head = headOf(read);
+    HeaderBodySplit split = splitHeaderAndBody(head);
+    const bool isComplete = split.bodyStart < head.size() || read.size() < headLimit;
+    if (!isComplete) {
+        handle.readToEnd(read);
+        head = headOf(read);
+        split = splitHeaderAndBody(head);
+    }
+    return {headersOf(head, split), handle.modificationDate()};
+}
+
+Headers readHeaders(const std::filesystem::path& file) { return readHead(file).headers; }
+
+MailMessage read(const std::filesystem::path& file) {
+    const Container stored = container(files::readWhole(file));
+    MailMessage message = MailMessage::make(MIMEPart::parse(stored.message), isPartial(file), attachmentsFolder(file));
+    if (!message.date) message.date = stored.dateReceived;
+    if (stored.truncated) message.problems.emplace_back(problem::truncated);
+    return message;
+}
+
+std::string number(const std::filesystem::path& file) {
+    const std::string name = file.filename();
+    return name.substr(0, name.find('.'));
+}
+
+bool isPartial(const std::filesystem::path& file) {
+    return text::lowerASCII(file.filename().native()).ends_with(".partial.emlx");
+}
+
+std::filesystem::path attachmentsFolder(const std::filesystem::path& file) {
+    return file.parent_path().parent_path() / "Attachments" / number(file);
+}
+
+}   // namespace ostrel::Emlx

@@ -1,0 +1,284 @@
+#include "core/mailstore/MailScanner.h"
+
+#include "core/mailstore/Emlx.h"
+#include "core/message/HeaderParameters.h"
+#include "core/message/MailDate.h"
+#include "core/message/MessageIDs.h"
+#include "platform/Files.h"
+#include "platform/LocaleFormat.h"
+#include "platform/Text.h"
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <string_view>
+#include <unordered_map>
+
+namespace ostrel {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t progressInterval = 200;
+constexpr std::string_view localAccount = "Mailboxes";   // the folder of mailboxes that belong to no account
+
+// Mailboxes that people look for first, in this order.
+constexpr std::array<std::string_view, 9> rankedMailboxes = {
+    "inbox", "drafts", "sent", "sent messages", "sent mail", "archive", "junk", "trash", "deleted messages"};
+
+std::size_t rank(const std::string& mailboxName) {
+    return static_cast<std::size_t>(std::ranges::find(rankedMailboxes, text::lower(mailboxName)) -
+                                    rankedMailboxes.begin());
+}
+
+std::string joined(const std::vector<std::string_view>& pieces, std::size_t first, std::size_t last,
+                   std::size_t cutFromEach = 0) {
+    std::string out;
+    for (std::size_t i = first; i < last; ++i) {
+        if (i > first) out += '/';
+        out += pieces[i].substr(0, pieces[i].size() - cutFromEach);
+    }
+    return out;
+}
+
+// The mailbox of the files in a folder:
+//
+//   account/Projects.mbox/Kitchen.mbox/<store id>/Data/Messages
+//   the id runs to the last ".mbox", the name is "Projects/Kitchen"; without any ".mbox" the folder itself is the
+//   mailbox
+//
+// relativeFolder is the text of the path below the walked folder.
+Mailbox mailboxOf(std::string_view relativeFolder) {
+    constexpr std::string_view ending = ".mbox";
+    std::vector<std::string_view> pieces;   // without the file
+    for (std::size_t start = 0; start < relativeFolder.size();) {
+        const std::size_t end = std::min(relativeFolder.find('/', start), relativeFolder.size());
+        if (end > start) pieces.push_back(relativeFolder.substr(start, end - start));
+        start = end + 1;
+    }
+    const auto isMailbox = [&](std::string_view piece) { return text::lowerASCII(piece).ends_with(ending); };
+    const auto firstFound = std::ranges::find_if(pieces, isMailbox);
+    Mailbox mailbox;
+    if (firstFound == pieces.end()) {
+        mailbox.id = pieces.empty() ? "." : joined(pieces, 0, pieces.size());
+        if (!pieces.empty()) mailbox.account = pieces.front();
+        mailbox.name = "Messages";
+        if (!pieces.empty()) mailbox.name = pieces.back();
+        if (mailbox.name == "Messages" && pieces.size() > 1) mailbox.name = pieces[pieces.size() - 2];
+        return mailbox;
+    }
+    const auto first = static_cast<std::size_t>(firstFound - pieces.begin());
+    const auto end = pieces.size() - static_cast<std::size_t>(std::find_if(pieces.rbegin(), pieces.rend(), isMailbox) -
+                                                              pieces.rbegin());
+    if (first > 0) mailbox.account = pieces[first - 1];
+    mailbox.id = joined(pieces, 0, end);
+    std::vector<std::string_view> names(pieces.begin() + static_cast<std::ptrdiff_t>(first),
+                                        pieces.begin() + static_cast<std::ptrdiff_t>(end));
+    std::erase_if(names, [&](std::string_view piece) { return !isMailbox(piece); });
+    mailbox.name = joined(names, 0, names.size(), ending.size());
+    return mailbox;
+}
+
+MessageSummary summaryOf(const fs::path& file, const Emlx::Head& head) {
+    const auto addresses = [&](std::string_view name) {
+        return MailAddress::list(head.headers.first(name).value_or(""));
+    };
+    const auto identifiers = [&](std::string_view name) {
+        return MessageIDs::list(head.headers.first(name).value_or(""));
+    };
+    MessageSummary summary;
+    summary.url = file;
+    summary.isPartial = Emlx::isPartial(file);
+    const std::string contentType = HeaderParameters::parse(head.headers.first("Content-Type")).value;
+    summary.hasAttachments = text::lower(contentType) == "multipart/mixed" ||
+                             (summary.isPartial && files::exists(Emlx::attachmentsFolder(file)));
+    summary.subject = text::trimBlanksAndNewlines(head.headers.decoded("Subject").value_or(""));
+    summary.from = addresses("From");
+    summary.to = addresses("To");
+    summary.cc = addresses("Cc");
+    const auto date = head.headers.first("Date");
+    summary.date = (date ? MailDate::parse(*date) : std::nullopt).value_or(head.modified.value_or(Instant{}));
+    if (auto own = identifiers("Message-ID"); !own.empty()) summary.messageID = std::move(own.front());
+    summary.inReplyTo = identifiers("In-Reply-To");
+    summary.references = identifiers("References");
+    return summary;
+}
+
+// What one walk has found so far.
+class Scan {
+public:
+    explicit Scan(fs::path root) : root_(std::move(root)) {}
+
+    void add(const fs::path& file) {
+        try {
+            MessageSummary summary = summaryOf(file, Emlx::readHead(file));
+            Mailbox& mailbox = mailboxFor(file);
+            summary.mailboxID = mailbox.id;
+            index_.messages.push_back(std::move(summary));
+            ++mailbox.messageCount;
+        } catch (const Emlx::ReadError&) {
+            ++index_.unreadable;
+        } catch (const FileError&) {
+            ++index_.unreadable;
+        }
+    }
+
+    std::size_t count() const { return index_.messages.size(); }
+
+    MailIndex finish(const std::string& onMyMac) {
+        std::ranges::stable_sort(index_.messages, std::greater{}, &MessageSummary::date);
+        index_.accounts = accounts(onMyMac);
+        index_.root = root_;
+        return std::move(index_);
+    }
+
+private:
+    // Files come folder by folder, so the last answer nearly always serves again.
+    Mailbox& mailboxFor(const fs::path& file) {
+        const std::string_view path = file.native();
+        const std::string_view folder = path.substr(0, path.rfind('/'));
+        if (!lastMailbox_ || folder != lastFolder_) {
+            std::string_view relative = folder;
+            if (folder.starts_with(root_.native())) relative.remove_prefix(root_.native().size());
+            const Mailbox mailbox = mailboxOf(displayText(fs::path(relative)));
+            lastMailbox_ = &mailboxes_.try_emplace(mailbox.id, mailbox).first->second;
+            lastFolder_ = folder;
+        }
+        return *lastMailbox_;
+    }
+
+    std::vector<MailAccount> accounts(const std::string& onMyMac) const {
+        std::map<std::string, MailAccount> byID;
+        for (const auto& [id, mailbox] : mailboxes_) {
+            MailAccount& account = byID[mailbox.account];
+            account.id = mailbox.account;
+            account.mailboxes.push_back(mailbox);
+        }
+        const auto addresses = addressCounts();
+        std::vector<MailAccount> accounts;
+        for (auto& [id, account] : byID) {
+            account.label = id == localAccount || id.empty() ? onMyMac : mostFrequent(addresses, id);
+            std::ranges::stable_sort(account.mailboxes, [](const Mailbox& a, const Mailbox& b) {
+                const std::size_t rankA = rank(a.name), rankB = rank(b.name);
+                return rankA != rankB ? rankA < rankB : locale::compare(a.name, b.name) < 0;
+            });
+            accounts.push_back(std::move(account));
+        }
+        std::ranges::stable_sort(accounts, [&](const MailAccount& a, const MailAccount& b) {
+            const bool localA = a.label == onMyMac, localB = b.label == onMyMac;
+            return localA != localB ? localB : locale::compare(a.label, b.label) < 0;
+        });
+        return accounts;
+    }
+
+    using AddressCounts = std::unordered_map<std::string, std::size_t>;
+
+    // How often each address was written to, by account: an account's own address leads.
+    std::unordered_map<std::string, AddressCounts> addressCounts() const {
+        std::unordered_map<std::string, AddressCounts> counts;
+        for (const MessageSummary& message : index_.messages) {
+            AddressCounts& ofAccount = counts[mailboxes_.at(message.mailboxID).account];
+            for (const MailAddress& address : message.to) {
+                if (!address.email.empty()) ++ofAccount[text::lower(address.email)];
+            }
+        }
+        return counts;
+    }
+
+    // The account's own id when nobody was written to; the smaller address among equals.
+    static std::string mostFrequent(const std::unordered_map<std::string, AddressCounts>& counts,
+                                    const std::string& account) {
+        const auto found = counts.find(account);
+        if (found == counts.end() || found->second.empty()) return account;
+        return std::ranges::max_element(found->second,
+                                        [](const auto& a, const auto& b) {
+                                            return a.second != b.second ? a.second < b.second : a.first > b.first;
+                                        })
+            ->first;
+    }
+
+    fs::path root_;
+    MailIndex index_;
+    std::map<std::string, Mailbox> mailboxes_;   // by id; nodes stay where they are
+    Mailbox* lastMailbox_ = nullptr;
+    std::string lastFolder_;
+};
+
+// Absolute and without "." and "..", so that relative paths are plain text; no slash at the end.
+fs::path standardised(const fs::path& folder) {
+    fs::path path = fs::absolute(folder).lexically_normal();
+    return path.has_filename() || path == path.root_path() ? path : path.parent_path();
+}
+
+std::string accessSentence(MailAccessError::Kind kind, const fs::path& folder) {
+    const std::string name = "“" + displayText(folder) + "”";
+    return kind == MailAccessError::Kind::noPermission
+               ? "The mail folder " + name + " can’t be read: permission denied."
+               : "There is no mail folder " + name + ".";
+}
+
+}   // namespace
+
+MailAccessError::MailAccessError(Kind kind_, const fs::path& folder)
+    : std::runtime_error(accessSentence(kind_, folder)), kind(kind_) {}
+
+namespace MailScanner {
+
+fs::path defaultMailFolder(const fs::path& home) { return home / "Library" / "Mail"; }
+
+fs::path dataRoot(const fs::path& folder) {
+    std::optional<long long> largest;
+    fs::path root = folder;
+    try {
+        for (const fs::path& name : files::list(folder)) {
+            const std::string_view text = name.native();
+            long long number = 0;
+            if (!text.starts_with('V') || !text::parseInteger(text.substr(1), number)) continue;
+            if (largest && number <= *largest) continue;
+            largest = number;
+            root = folder / name;
+        }
+    } catch (const FileError&) {
+        // No entries, then; the scan's own access test has the say.
+    }
+    return root;
+}
+
+std::optional<MailAccessError::Kind> checkAccess(const fs::path& folder) {
+    try {
+        files::list(folder);
+        return std::nullopt;
+    } catch (const FileError& error) {
+        return error.kind == FileError::Kind::notPermitted ? MailAccessError::Kind::noPermission
+                                                           : MailAccessError::Kind::notFound;
+    }
+}
+
+MailIndex scan(const fs::path& folder, const std::string& onMyMac, const std::function<void(std::size_t)>& progress,
+               const std::function<bool()>& cancelled) {
+    if (const auto refused = checkAccess(folder)) throw MailAccessError(*refused, folder);
+    const fs::path root = standardised(dataRoot(folder));
+    Scan scan(root);
+    std::size_t reported = 0;
+    const auto visit = [&](const files::Entry& entry) {
+        if (entry.name == "MailData" || entry.name == "Attachments") {
+            return entry.isFolder ? files::Walk::skipFolder : files::Walk::on;
+        }
+        if (!text::lowerASCII(entry.name).ends_with(".emlx")) return files::Walk::on;
+        if (cancelled()) return files::Walk::stop;
+        scan.add(entry.path);
+        if (scan.count() % progressInterval == 0 && scan.count() != reported) progress(reported = scan.count());
+        return files::Walk::on;
+    };
+    try {
+        files::walk(root, files::Hidden::skip, visit);
+    } catch (const FileError&) {
+        throw MailAccessError(MailAccessError::Kind::notFound, root);
+    }
+    progress(scan.count());
+    return scan.finish(onMyMac);
+}
+
+}   // namespace MailScanner
+}   // namespace ostrel
