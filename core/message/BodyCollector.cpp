@@ -53,11 +53,6 @@ std::string messageFilename(ByteView message) {
     return (trimmed.empty() ? "Message" : std::string(trimmed)) + ".eml";
 }
 
-std::string nameFor(std::string_view type, const std::string& partNumber) {
-    const auto extension = type == "text/calendar" ? "ics" : mimeTypes::preferredExtension(type).value_or("bin");
-    return "Attachment " + partNumber + '.' + extension;
-}
-
 bool isBlank(std::string_view bytes) { return bytes.find_first_not_of("\t\n\r ") == bytes.npos; }
 
 }   // namespace
@@ -115,6 +110,14 @@ void BodyCollector::collectRelated(const MIMEPart& part) {
             (resource.contentID ? inlineCandidates : files).push_back(std::move(resource));
         }
     }
+}
+
+std::string BodyCollector::nameFor(const std::string& type, const std::string& partNumber) {
+    auto known = extensions_.find(type);
+    if (known == extensions_.end()) {
+        known = extensions_.emplace(type, mimeTypes::preferredExtension(type).value_or("bin")).first;
+    }
+    return "Attachment " + partNumber + '.' + known->second;
 }
 
 MailAttachment BodyCollector::attachment(const MIMEPart& part) {

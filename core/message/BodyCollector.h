@@ -5,6 +5,7 @@
 #include "core/message/StoredFiles.h"
 
 #include <filesystem>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -36,7 +37,11 @@ private:
     void collectAlternative(const MIMEPart& part);
     void collectRelated(const MIMEPart& part);
 
+    std::string nameFor(const std::string& type, const std::string& partNumber);
+
     std::optional<StoredFiles> storedFiles_;   // of attachmentsFolder, from the first look-up on
+    // By MIME type: the system is asked once for each, since it reads files to answer.
+    std::map<std::string, std::string> extensions_ = {{"text/calendar", "ics"}};
 };
 
 }   // namespace ostrel

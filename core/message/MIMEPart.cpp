@@ -103,7 +103,7 @@ MIMEPart MIMEPart::build(Headers headers, Bytes body, std::string number, int de
     part.body = std::move(body);
     part.number = std::move(number);
     part.children = childrenOf(part, text::lower(part.contentType.value), depth);
-    if (part.number.empty()) part.number = "1";
+    if (part.number.empty()) part.number = '1';
     return part;
 }
 

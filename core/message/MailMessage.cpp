@@ -56,17 +56,17 @@ void addHeaderFields(MailMessage& message) {
 
 }   // namespace
 
-MailMessage MailMessage::make(const MIMEPart& root, bool isPartial,
+MailMessage MailMessage::make(MIMEPart root, bool isPartial,
                               const std::optional<std::filesystem::path>& attachmentsFolder) {
     MailMessage message;
-    message.headers = root.headers;
     message.isPartial = isPartial;
-    addHeaderFields(message);
 
     BodyCollector collector;
     collector.partial = isPartial;
     collector.attachmentsFolder = attachmentsFolder;
     collector.collect(root);
+    message.headers = std::move(root.headers);
+    addHeaderFields(message);
     message.textBody = joined(collector.texts, "\n\n");
     message.htmlBody = joined(collector.htmls, "\n<hr>\n");
     message.attachments = std::move(collector.files);

@@ -36,9 +36,9 @@ struct MailMessage {
     bool isPartial = false;                               // Mail stored the attachments outside the message file
     std::vector<std::string> problems;
 
-    // Never fails. attachmentsFolder is where Mail keeps this message's separately stored attachments, if known; it is
-    // only looked into, never written.
-    static MailMessage make(const MIMEPart& root, bool isPartial,
+    // Never fails. Move the root in: its header fields are taken over. attachmentsFolder is where Mail keeps this
+    // message's separately stored attachments, if known; it is only looked into, never written.
+    static MailMessage make(MIMEPart root, bool isPartial,
                             const std::optional<std::filesystem::path>& attachmentsFolder);
 
     // "Kim <kim@example.com>, lee@example.com".
