@@ -1,13 +1,12 @@
 #include "core/message/MailAddress.h"
 
-#include "core/message/Comments.h"
+#include "core/message/AddressLexer.h"
 #include "core/message/Cursor.h"
 #include "core/message/EncodedWords.h"
 #include "platform/Text.h"
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdint>
 #include <optional>
 #include <span>
 
@@ -15,177 +14,8 @@ namespace ostrel {
 
 namespace {
 
-enum class Kind : std::uint8_t {
-    word,      // anything but the rest: atoms with their dots, raw 8-bit text, encoded words; escapes still in it
-    quoted,    // inside of a quoted string, escapes still in it
-    literal,   // inside of a domain literal
-    comment,   // inside of a comment, escapes still in it
-    at,
-    comma,
-    semicolon,
-    colon,
-    open,
-    close,
-    end
-};
-
-struct Token {
-    Kind kind = Kind::end;
-    std::string_view text;
-    bool isAfterBlank = false;   // or after a comment, which separates like a blank
-};
-using Tokens = std::span<const Token>;
-
-// Divides the value into tokens. Structure is found before encoded words are decoded (RFC 2047 §6.1), so that a comma
-// in a decoded name separates nothing.
-class Lexer {
-public:
-    explicit Lexer(std::string_view value) : in_(value), comments_(value) {}
-
-    Token next() {
-        bool isAfterBlank = lastKind_ == Kind::comment;
-        for (;;) {
-            if (!in_.takeWhile(ascii::isGap).empty()) isAfterBlank = true;
-            // A quote that nothing closes is dropped; the text behind it is read as if it were not there.
-            if (in_.peek() != '"' || isQuoteHere()) break;
-            in_.skip();
-        }
-        auto token = read();
-        token.isAfterBlank = isAfterBlank;
-        lastKind_ = token.kind;
-        return token;
-    }
-
-private:
-    Token read() {
-        if (in_.atEnd()) return {};
-        const auto start = in_.position();
-        if (const auto kind = delimiter(in_.peek())) {
-            in_.skip();
-            return {*kind, in_.since(start)};
-        }
-        if (in_.peek() == '"') return quotedString();
-        if (const auto inside = comments_.take(in_)) return {Kind::comment, *inside};
-        if (in_.peek() == '[' && lastKind_ == Kind::at) {
-            if (const auto inside = domainLiteral()) return {Kind::literal, *inside};
-        }
-        return {Kind::word, word()};
-    }
-
-    static std::optional<Kind> delimiter(char c) {
-        switch (c) {
-            case '@':
-                return Kind::at;
-            case ',':
-                return Kind::comma;
-            case ';':
-                return Kind::semicolon;
-            case ':':
-                return Kind::colon;
-            case '<':
-                return Kind::open;
-            case '>':
-                return Kind::close;
-            default:
-                return std::nullopt;
-        }
-    }
-
-    bool endsWord() const {
-        const char c = in_.peek();
-        return ascii::isGap(c) || c == '"' || delimiter(c) || comments_.startsAt(in_.position());
-    }
-
-    std::string_view word() {
-        const auto start = in_.position();
-        do {
-            if (in_.peek() == '\\') {
-                in_.skip(2);
-            } else if (const auto end = encodedWordEnd()) {
-                in_.rewind(*end);
-            } else {
-                in_.skip();
-            }
-        } while (!in_.atEnd() && !endsWord());
-        return in_.since(start);
-    }
-
-    // Where the encoded word at the cursor ends. Commas and brackets inside belong to it, whether the sender was
-    // allowed to write them or not; another "=?" inside means that this one lacks its end.
-    std::optional<std::size_t> encodedWordEnd() {
-        if (in_.peek() != '=' || in_.peek(1) != '?') return std::nullopt;
-        const auto all = in_.text();
-        const auto label = all.substr(in_.position() + 2, 41);
-        const auto labelSize = label.find('?');
-        if (labelSize == label.npos) return std::nullopt;
-        const auto letter = in_.position() + 2 + labelSize + 1;
-        if (letter + 1 >= all.size() || all[letter + 1] != '?') return std::nullopt;
-        if (std::string_view("bBqQ").find(all[letter]) == std::string_view::npos) return std::nullopt;
-        const auto payload = letter + 2;
-        const auto end = ahead(terminator_, "?=", payload);
-        // The payload's last "=" (base64 padding) and the "?" of the terminator look like one more beginning.
-        if (end == all.npos) return std::nullopt;
-        const auto beginning = ahead(beginning_, "=?", payload);
-        if (beginning < end && beginning + 1 != end) return std::nullopt;
-        return end + 2;
-    }
-
-    // The next place of the text from position on. Asked with growing positions only: an answer that still lies ahead
-    // is kept, so that a flood of beginnings without an end is searched once.
-    std::size_t ahead(std::optional<std::size_t>& known, std::string_view text, std::size_t position) const {
-        if (!known || *known < position) known = in_.text().find(text, position);
-        return *known;
-    }
-
-    bool isQuoteHere() {
-        quoteEnd_ = closingQuote();
-        return quoteEnd_.has_value();
-    }
-
-    Token quotedString() {
-        const auto start = in_.position() + 1;
-        in_.rewind(*quoteEnd_ + 1);
-        return {Kind::quoted, in_.text().substr(start, *quoteEnd_ - start)};
-    }
-
-    // The quote that closes the one at the cursor.
-    std::optional<std::size_t> closingQuote() {
-        if (isWithoutQuotes_) return std::nullopt;
-        const auto all = in_.text();
-        bool hasAddress = false;
-        for (auto at = in_.position() + 1; at < all.size(); ++at) {
-            if (all[at] == '\\')
-                ++at;
-            else if (all[at] == '>')
-                hasAddress = true;
-            else if (all[at] == '"') {
-                // A missing quote turns the others around: in `"Kim <kim@x.org>, "Ann" <ann@x.org>` the second one
-                // opens.
-                const bool opens = hasAddress && ascii::isGap(all[at - 1]) && at + 1 < all.size() &&
-                                   !ascii::isGap(all[at + 1]) && !delimiter(all[at + 1]);
-                if (opens) return std::nullopt;
-                return at;
-            }
-        }
-        isWithoutQuotes_ = true;
-        return std::nullopt;
-    }
-
-    // domain-literal := "[" *([FWS] dtext) [FWS] "]"    (RFC 5322 §3.4.1)
-    std::optional<std::string_view> domainLiteral() {
-        const auto end = ahead(bracket_, "]", in_.position());
-        if (end == std::string_view::npos) return std::nullopt;
-        const auto start = in_.position() + 1;
-        in_.rewind(end + 1);
-        return in_.text().substr(start, end - start);
-    }
-
-    Cursor in_;
-    Comments comments_;
-    Kind lastKind_ = Kind::end;
-    std::optional<std::size_t> terminator_, beginning_, bracket_, quoteEnd_;
-    bool isWithoutQuotes_ = false;   // no quote closes from here on
-};
+using Kind = AddressToken::Kind;
+using Tokens = std::span<const AddressToken>;
 
 // quoted-pair := "\" (VCHAR / WSP)    (RFC 5322 §3.2.1). Before a letter or digit the backslash stays: no sender
 // escapes those, but many write DOMAIN\user as it is.
@@ -256,13 +86,16 @@ std::string spellPhrase(Tokens tokens) {
     std::string raw;
     for (const auto& token : tokens) {
         if (token.isAfterBlank && !raw.empty()) raw += ' ';
-        raw += token.kind == Kind::literal ? "[" + std::string(token.text) + "]" : unescape(token.text);
+        if (token.kind == Kind::literal)
+            raw.append(1, '[').append(token.text).append(1, ']');
+        else
+            raw += unescape(token.text);
     }
     return cleanName(raw);
 }
 
-bool startsWithDot(const Token& token) { return token.kind == Kind::word && token.text.front() == '.'; }
-bool endsWithDot(const Token& token) { return token.kind == Kind::word && token.text.back() == '.'; }
+bool startsWithDot(const AddressToken& token) { return token.kind == Kind::word && token.text.front() == '.'; }
+bool endsWithDot(const AddressToken& token) { return token.kind == Kind::word && token.text.back() == '.'; }
 
 // addr-spec := local-part "@" domain    (RFC 5322 §3.4.1; §4.4 allows blanks around "@" and ".")
 std::string spellAddress(Tokens tokens) {
@@ -285,7 +118,7 @@ std::string spellAddress(Tokens tokens) {
     return cleanEmail(raw);
 }
 
-bool hasAt(Tokens tokens) { return std::ranges::find(tokens, Kind::at, &Token::kind) != tokens.end(); }
+bool hasAt(Tokens tokens) { return std::ranges::find(tokens, Kind::at, &AddressToken::kind) != tokens.end(); }
 
 // The length of the run of tokens at the front that can be one addr-spec: joined by "@" and dots. A blank behind a dot
 // joins only in a domain and at the beginning, so that the "J." of "Kim J. kim@x.org" stays out of the address.
@@ -380,7 +213,7 @@ private:
     }
 
     // obs-route := obs-domain-list ":"    (RFC 5322 §4.4): its commas separate no addresses
-    void comma(const Token& token) {
+    void comma(const AddressToken& token) {
         if (isInAngle_ && !angle_.empty() && angle_.front().kind == Kind::at)
             angle_.push_back(token);
         else
@@ -389,7 +222,7 @@ private:
 
     // group := display-name ":" [group-list] ";" [CFWS]    (RFC 5322 §3.4). Without a ";" further on the colon may as
     // well be part of a name; endPiece() decides.
-    void colon(const Token& token) {
+    void colon(const AddressToken& token) {
         auto& tokens = isInAngle_ ? angle_ : phrase_;
         if (!tokens.empty() && text::lowerASCII(tokens.back().text) == "mailto") {
             tokens.pop_back();
@@ -468,7 +301,7 @@ private:
             before += (before.empty() ? "" : " ") + name;
             return;
         }
-        const bool isQuoted = std::ranges::find(tokens, Kind::quoted, &Token::kind) != tokens.end();
+        const bool isQuoted = std::ranges::find(tokens, Kind::quoted, &AddressToken::kind) != tokens.end();
         auto address = addressFromName(std::move(name));
         const bool isLoose = !isQuoted && address.email.empty();
         const auto looseBefore = looseNames_;
@@ -482,14 +315,14 @@ private:
         looseNames_ = 0;
     }
 
-    Lexer lexer_;
+    AddressLexer lexer_;
     const char* start_;
     std::size_t lastSemicolon_;
     std::vector<MailAddress> results_;
-    std::size_t pieceStart_ = 0;   // how many results the current piece, from separator to separator, found
-    std::size_t looseNames_ = 0;   // how many results at the end are names that the next brackets may complete
-    std::vector<Token> phrase_;    // outside of brackets, since the last address
-    std::vector<Token> angle_;     // inside
+    std::size_t pieceStart_ = 0;         // how many results the current piece, from separator to separator, found
+    std::size_t looseNames_ = 0;         // how many results at the end are names that the next brackets may complete
+    std::vector<AddressToken> phrase_;   // outside of brackets, since the last address
+    std::vector<AddressToken> angle_;    // inside
     std::optional<std::size_t> groupColon_;
     std::string_view comment_;
     bool isInAngle_ = false;

@@ -35,6 +35,8 @@ std::vector<std::string_view> wordsOf(std::string_view folded) {
 // Numbers for equal texts, in order of first appearance. Views must stay valid.
 class Numbers {
 public:
+    explicit Numbers(std::size_t expected) { known_.reserve(expected); }
+
     struct Number {
         std::uint32_t value;
         bool isNew;
@@ -90,7 +92,7 @@ std::vector<std::uint8_t> SearchableMessages::Texts::holding(std::vector<std::st
 SearchableMessages::SearchableMessages(const std::vector<MessageSummary>& messages) {
     // The same people write again and again: folding each once is most of what makes preparing and searching fast.
     std::unordered_map<std::string, std::uint32_t> people;
-    Numbers subjects, identifiers;
+    Numbers subjects(messages.size()), identifiers(messages.size());
     std::string key;
     records_.reserve(messages.size());
     for (const auto& message : messages) {

@@ -44,6 +44,7 @@ public:
     std::vector<std::uint32_t> groups(const std::vector<MessageSummary>& messages) {
         std::vector<std::uint32_t> members;
         members.reserve(messages.size());
+        identifiers_.reserve(messages.size());
         for (const auto& message : messages) {
             const auto member = sets_.add();
             members.push_back(member);
@@ -69,8 +70,9 @@ private:
 };
 
 std::string spell(std::size_t number, std::size_t width) {
-    const auto digits = std::to_string(number);
-    return "C" + std::string(width - std::min(width, digits.size()), '0') + digits;
+    auto identifier = std::to_string(number);
+    identifier.insert(0, width - std::min(width, identifier.size()), '0');
+    return identifier.insert(0, 1, 'C');
 }
 
 }   // namespace

@@ -144,6 +144,7 @@ TEST(MailAddressTest, losesNoAddressToWhatIsBroken) {
         {"comment that never closes", "Kim (Lee <kim@x>, ann@x", {{"Kim (Lee", "kim@x"}, {"", "ann@x"}}},
         {"stray closing parenthesis", "Kim) <kim@x>", {{"Kim)", "kim@x"}}},
         {"domain literal that never closes", "kim@[10.0.0.1, ann@x", {{"", "kim@[10.0.0.1"}, {"", "ann@x"}}},
+        {"nor with the bracket of another", "kim@[10.0.0.1, <ann@[1.2]>", {{"", "kim@[10.0.0.1"}, {"", "ann@[1.2]"}}},
         {"@ without a side", "@x, kim@, @", {{"@x", ""}, {"kim@", ""}, {"@", ""}}},
         {"a backslash at the end", "kim@x, Ann\\", {{"", "kim@x"}, {"Ann\\", ""}}},
         {"nothing", "", {}},

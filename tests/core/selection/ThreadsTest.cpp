@@ -74,8 +74,8 @@ TEST(ThreadsTest, groupsAlikeInEveryOrder) {
     std::mt19937 random(11);
     Mails mails;
     for (int i = 0; i < 400; ++i) {
-        auto message = mail(std::to_string(i)).id("m" + std::to_string(i));
-        for (auto links = random() % 3; links > 0; --links) message.reference("m" + std::to_string(random() % 600));
+        auto message = mail(std::to_string(i)).id(std::to_string(i) + "m");
+        for (auto links = random() % 3; links > 0; --links) message.reference(std::to_string(random() % 600) + "m");
         mails.push_back(message);
     }
     const auto partition = [](const Mails& list) {
@@ -95,10 +95,10 @@ TEST(ThreadsTest, groupsAlikeInEveryOrder) {
 
 TEST(ThreadsTest, takesHostileReferencesInOnePass) {
     auto hostile = mail("0");
-    for (int i = 0; i < 300'000; ++i) hostile.reference("r" + std::to_string(i)).reference("same");
+    for (int i = 0; i < 300'000; ++i) hostile.reference(std::to_string(i) + "r").reference("same");
     Mails mails = {hostile};
     for (int i = 1; i <= 20'000; ++i) {   // the longest chain, each link told once
-        mails.push_back(mail(std::to_string(i)).id("c" + std::to_string(i)).replyTo("c" + std::to_string(i - 1)));
+        mails.push_back(mail(std::to_string(i)).id(std::to_string(i) + "c").replyTo(std::to_string(i - 1) + "c"));
     }
     const auto assigned = Threads::assign(mails);
     EXPECT_EQ(assigned.at(mails[1].id()), "C0002");
