@@ -67,12 +67,14 @@ std::string folded(char32_t codePoint) {
     return out;
 }
 
-// Latin to the symbols: U+0000 to U+2FFF, the folding of each.
-constexpr std::size_t tableSize = 0x3000;
+// The foldings of Latin to the kana (U+0000 to U+33FF) and, behind them, of the full-width forms (U+FF00 to U+FFEF).
+constexpr char32_t firstBlocksEnd = 0x3400, widthForms = 0xFF00, widthFormsEnd = 0xFFF0;
 const std::vector<std::string>& foldingTable() {
     static const std::vector<std::string> table = [] {
-        std::vector<std::string> made(tableSize);
-        for (std::size_t c = 0; c < tableSize; ++c) made[c] = folded(static_cast<char32_t>(c));
+        std::vector<std::string> made;
+        made.reserve(firstBlocksEnd + (widthFormsEnd - widthForms));
+        for (char32_t c = 0; c < firstBlocksEnd; ++c) made.push_back(folded(c));
+        for (char32_t c = widthForms; c < widthFormsEnd; ++c) made.push_back(folded(c));
         return made;
     }();
     return table;
@@ -80,6 +82,16 @@ const std::vector<std::string>& foldingTable() {
 
 // Ideographs have no case and no decomposition.
 bool isUnifiedIdeograph(char32_t c) { return c >= 0x4E00 && c <= 0x9FFF; }
+
+// A Hangul syllable as its letters, which is its decomposition (Unicode 15, section 3.12).
+bool isHangulSyllable(char32_t c) { return c >= 0xAC00 && c <= 0xD7A3; }
+void appendLetters(std::string& out, char32_t syllable) {
+    constexpr char32_t vowels = 21, finals = 28;   // one of the finals is "none"
+    const char32_t index = syllable - 0xAC00;
+    append(out, 0x1100 + index / (vowels * finals));
+    append(out, 0x1161 + index / finals % vowels);
+    if (index % finals != 0) append(out, 0x11A7 + index % finals);
+}
 
 void appendCollapsed(std::string& out, std::string_view part) {
     for (const char c : part)
@@ -104,12 +116,17 @@ std::string foldForSearch(std::string_view s) {
             continue;
         }
         const Decoded decoded = decodeAt(s, i);
-        if (decoded.codePoint < tableSize)
-            appendCollapsed(out, foldingTable()[decoded.codePoint]);
-        else if (isUnifiedIdeograph(decoded.codePoint))
+        const char32_t letter = decoded.codePoint;
+        if (letter < firstBlocksEnd)
+            appendCollapsed(out, foldingTable()[letter]);
+        else if (isUnifiedIdeograph(letter))
             out.append(s, i, decoded.length);
+        else if (isHangulSyllable(letter))
+            appendLetters(out, letter);
+        else if (letter >= widthForms && letter < widthFormsEnd)
+            appendCollapsed(out, foldingTable()[firstBlocksEnd + (letter - widthForms)]);
         else
-            appendCollapsed(out, folded(decoded.codePoint));
+            appendCollapsed(out, folded(letter));
         i += decoded.length;
     }
     return out;
