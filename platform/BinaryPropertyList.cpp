@@ -1,5 +1,4 @@
-#include "platform/BinaryPropertyList.h"
-
+#include "platform/PropertyListReaders.h"
 #include "platform/Text.h"
 
 #include <bit>

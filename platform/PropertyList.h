@@ -22,10 +22,8 @@ struct PropertyList {
 
 namespace propertyList {
 
-// Larger lists are not read. The mail program writes a few hundred bytes; the library that reads XML recurses into
-// containers, of which there can be no deeper nesting than there are containers, and unescapes in quadratic time.
-constexpr std::size_t sizeLimitBytes = 1 << 18;
-constexpr std::size_t containerLimit = 512;
+// Larger lists are not read: the mail program writes a few hundred bytes.
+constexpr std::size_t sizeLimitBytes = 1 << 20;
 
 // Reads an XML or binary property list. Nothing when it cannot be read or its top level is no dictionary.
 std::optional<PropertyList> parse(ByteView bytes);
