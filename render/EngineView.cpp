@@ -1,0 +1,135 @@
+#include "render/EngineView.h"
+
+#include "render/MainLoop.h"
+
+#include <array>
+#include <cassert>
+#include <cmath>
+#include <memory>
+#include <string_view>
+
+namespace ostrel {
+namespace {
+
+// Ligatures turn "office" into a word that a search for "office" misses. On html alone the rule would not be inherited
+// past elements that set a font.
+constexpr std::string_view userStyles = "*{font-variant-ligatures:no-common-ligatures !important}";
+
+GRef<WebKitSettings> makeSettings() {
+    const auto settings = GRef<WebKitSettings>::adopt(webkit_settings_new());
+    // Scripts in the page stay dead, ours in an isolated world still run; enable-javascript would end both.
+    g_object_set(settings.get(),                                       //
+                 "enable-javascript-markup", FALSE,                    //
+                 "javascript-can-open-windows-automatically", FALSE,   //
+                 "enable-media", FALSE,                                //
+                 "enable-webaudio", FALSE,                             //
+                 "enable-webgl", FALSE,                                //
+                 "enable-webrtc", FALSE,                               //
+                 "enable-media-stream", FALSE,                         //
+                 "enable-mediasource", FALSE,                          //
+                 "enable-encrypted-media", FALSE,                      //
+                 "media-playback-requires-user-gesture", TRUE,         //
+                 "enable-html5-local-storage", FALSE,                  //
+                 "enable-html5-database", FALSE,                       //
+                 "enable-dns-prefetching", FALSE,                      //
+                 "enable-page-cache", FALSE,                           //
+                 "enable-site-specific-quirks", FALSE,                 //
+                 "enable-fullscreen", FALSE,                           //
+                 "print-backgrounds", TRUE,                            //
+                 "hardware-acceleration-policy", WEBKIT_HARDWARE_ACCELERATION_POLICY_NEVER, nullptr);
+    return settings;
+}
+
+// One context for all views: each would start processes of its own.
+WebKitWebContext* sharedContext() {
+    static WebKitWebContext* const kept = [] {
+        WebKitWebContext* context = webkit_web_context_new();
+        webkit_web_context_set_cache_model(context, WEBKIT_CACHE_MODEL_DOCUMENT_VIEWER);
+        webkit_web_context_set_spell_checking_enabled(context, FALSE);
+        return context;
+    }();
+    return kept;
+}
+
+// The default print back ends look for printers on the network at every print. Only the one that writes files is
+// wanted, and nothing that we print belongs in the user's list of recent files.
+void settleToolkit() {
+    static const bool once = [] {
+        g_object_set(gtk_settings_get_default(), "gtk-print-backends", "file", "gtk-recent-files-enabled", FALSE,
+                     nullptr);
+        if (!g_get_application_name()) g_set_application_name("Ostrel");
+        return true;
+    }();
+    static_cast<void>(once);
+}
+
+// Locale-free: a comma would end the declaration.
+std::string points(double value) {
+    std::array<char, G_ASCII_DTOSTR_BUF_SIZE> text;
+    return std::string(g_ascii_formatd(text.data(), text.size(), "%.3f", value)) + "pt";
+}
+
+}   // namespace
+
+EngineView::EngineView(LinkOpener opensOutside) : opensOutside_(opensOutside) {
+    assert(mainLoop::isMainThread());
+    settleToolkit();
+    content_ = GRef<WebKitUserContentManager>::adopt(webkit_user_content_manager_new());
+    const auto session = GRef<WebKitNetworkSession>::adopt(webkit_network_session_new_ephemeral());
+    const auto settings = makeSettings();
+    view_ = GRef<WebKitWebView>::retain(WEBKIT_WEB_VIEW(
+        g_object_new(WEBKIT_TYPE_WEB_VIEW, "web-context", sharedContext(), "network-session", session.get(), "settings",
+                     settings.get(), "user-content-manager", content_.get(), nullptr)));
+    policy_ = SignalHandler(view_.get(), "decide-policy", G_CALLBACK(decidePolicy), this);
+    replaceUserStyles("");
+}
+
+EngineView::~EngineView() { assert(mainLoop::isMainThread()); }
+
+void EngineView::install(WebKitUserContentFilter* offlineRules) {
+    if (offlineRules) webkit_user_content_manager_add_filter(content_.get(), offlineRules);
+}
+
+void EngineView::setPageMargins(double verticalPoints, double horizontalPoints) {
+    const std::string rule = "@page{margin:" + points(verticalPoints) + " " + points(horizontalPoints) + " !important}";
+    if (rule != pageRule_) replaceUserStyles(rule);
+}
+
+void EngineView::replaceUserStyles(const std::string& pageRule) {
+    pageRule_ = pageRule;
+    const std::string source = std::string(userStyles) + pageRule;
+    const std::unique_ptr<WebKitUserStyleSheet, Releaser<webkit_user_style_sheet_unref>> sheet(
+        webkit_user_style_sheet_new(source.c_str(), WEBKIT_USER_CONTENT_INJECT_ALL_FRAMES, WEBKIT_USER_STYLE_LEVEL_USER,
+                                    nullptr, nullptr));
+    webkit_user_content_manager_remove_all_style_sheets(content_.get());
+    webkit_user_content_manager_add_style_sheet(content_.get(), sheet.get());
+}
+
+void EngineView::load(const std::string& html) {
+    assert(mainLoop::isMainThread());
+    // Not load_html, which ends the page at a NUL.
+    const GBytesPtr bytes(g_bytes_new(html.data(), html.size()));
+    webkit_web_view_load_bytes(view_.get(), bytes.get(), "text/html", "UTF-8", nullptr);
+}
+
+gboolean EngineView::decidePolicy(WebKitWebView*, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type,
+                                  gpointer data) noexcept {
+    if (type == WEBKIT_POLICY_DECISION_TYPE_RESPONSE) return FALSE;
+    const auto opensOutside = static_cast<EngineView*>(data)->opensOutside_;
+    WebKitNavigationAction* action =
+        webkit_navigation_policy_decision_get_navigation_action(WEBKIT_NAVIGATION_POLICY_DECISION(decision));
+    const char* uri = webkit_uri_request_get_uri(webkit_navigation_action_get_request(action));
+    const std::string url = uri ? uri : "";
+    const bool isClick = webkit_navigation_action_get_navigation_type(action) == WEBKIT_NAVIGATION_TYPE_LINK_CLICKED;
+    const auto answer = navigationPolicy(url, isClick, opensOutside ? OpenLinks::yes : OpenLinks::no);
+    if (answer.opensOutside) opensOutside(url);
+    // A new window is never made, not even an empty one.
+    if (answer.isAllowed && type == WEBKIT_POLICY_DECISION_TYPE_NAVIGATION_ACTION) {
+        webkit_policy_decision_use(decision);
+    } else {
+        webkit_policy_decision_ignore(decision);
+    }
+    return TRUE;
+}
+
+}   // namespace ostrel

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "render/GRef.h"
+#include "render/NavigationPolicy.h"
+
+#include <string>
+
+#include <webkit/webkit.h>
+
+// One web view set up the way every view of Ostrel is: nothing stored, no page scripts, no windows, no media, no load
+// from anywhere. Printing and preview share it, so both show the same. Main thread only.
+namespace ostrel {
+
+class EngineView {
+public:
+    // opensOutside gets the web and mail addresses that the reader clicks; null where links do not open.
+    using LinkOpener = void (*)(const std::string& url);
+    explicit EngineView(LinkOpener opensOutside = nullptr);
+    EngineView(const EngineView&) = delete;
+    EngineView& operator=(const EngineView&) = delete;
+    ~EngineView();
+
+    WebKitWebView* web() const { return view_.get(); }
+
+    // Before the first load; null: the engine goes on without the list.
+    void install(WebKitUserContentFilter* offlineRules);
+    // Paper and margins that the pages of this view get when printed, whatever the page itself asks for, in points.
+    void setPageMargins(double verticalPoints, double horizontalPoints);
+    // Loads a page from its text, of any size and content. Relative addresses lead nowhere.
+    void load(const std::string& html);
+
+private:
+    static gboolean decidePolicy(WebKitWebView*, WebKitPolicyDecision*, WebKitPolicyDecisionType, gpointer) noexcept;
+    void replaceUserStyles(const std::string& pageRule);
+
+    GRef<WebKitUserContentManager> content_;
+    GRef<WebKitWebView> view_;
+    LinkOpener opensOutside_;
+    std::string pageRule_;
+    SignalHandler policy_;
+};
+
+}   // namespace ostrel

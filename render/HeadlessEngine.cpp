@@ -1,0 +1,39 @@
+#include "render/HeadlessEngine.h"
+
+#include "render/MainLoop.h"
+#include "render/PrivateDisplay.h"
+
+#include <cassert>
+#include <cstdlib>
+#include <stdexcept>
+
+#include <gtk/gtk.h>
+
+namespace ostrel {
+namespace {
+
+// Where there is no session, each of these services is searched for, waited for or warned about.
+void doWithoutDesktopServices() {
+    setenv("GTK_A11Y", "none", 1);
+    setenv("WEBKIT_A11Y_BUS_ADDRESS", "", 1);
+    setenv("GSETTINGS_BACKEND", "memory", 1);
+    setenv("GIO_USE_VFS", "local", 1);
+    setenv("GIO_USE_PORTALS", "0", 1);
+    setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", 1);
+}
+
+}   // namespace
+
+HeadlessEngine::HeadlessEngine() {
+    assert(mainLoop::isMainThread());
+    doWithoutDesktopServices();
+    if (PrivateDisplay::isNeeded()) display_ = std::make_unique<PrivateDisplay>();
+    if (!gtk_init_check()) throw std::runtime_error("The display cannot be used.");
+}
+
+HeadlessEngine::~HeadlessEngine() {
+    // The toolkit ends the program when its display goes away under it.
+    if (GdkDisplay* display = gdk_display_get_default()) gdk_display_close(display);
+}
+
+}   // namespace ostrel

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <memory>
+
+namespace ostrel {
+
+class PrivateDisplay;
+
+// The surroundings that printing needs in a program without windows: a display (its own where there is none) and the
+// toolkit, without desktop services that a server does not have. First thing in main, on the main thread; keep it until
+// the end.
+class HeadlessEngine {
+public:
+    // Throws std::runtime_error with one sentence where there is no display and none can be started.
+    HeadlessEngine();
+    HeadlessEngine(const HeadlessEngine&) = delete;
+    HeadlessEngine& operator=(const HeadlessEngine&) = delete;
+    ~HeadlessEngine();
+
+private:
+    std::unique_ptr<PrivateDisplay> display_;
+};
+
+}   // namespace ostrel

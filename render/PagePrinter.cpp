@@ -1,0 +1,205 @@
+#include "render/PagePrinter.h"
+
+#include "platform/Files.h"
+#include "render/FilePrinter.h"
+#include "render/OfflineRules.h"
+#include "render/PageGeometry.h"
+#include "render/PageScripts.h"
+
+#include <algorithm>
+#include <cassert>
+#include <cmath>
+#include <utility>
+
+namespace ostrel {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr const char* isolatedWorld = "ostrel";
+
+// Wider than any mail that a person laid out; beyond it the text would be too small to find on the sheet, and paper
+// sizes reach what PDF readers still open.
+constexpr double mostEnlargement = 100;
+
+// A print job that ends with no file was mostly cut short by the engine's process going down, which is reported apart.
+constexpr auto crashNews = 1s;
+
+std::chrono::milliseconds limitFor(std::chrono::milliseconds base, const PrintLimits& limits, std::size_t pageBytes) {
+    return base + limits.perMegabyte * static_cast<long>(pageBytes / 1'000'000);
+}
+
+std::string inWords(std::chrono::milliseconds time) {
+    const auto seconds = std::chrono::ceil<std::chrono::seconds>(time).count();
+    if (seconds >= 120) return std::to_string(seconds / 60) + " minutes";
+    return std::to_string(seconds) + (seconds == 1 ? " second" : " seconds");
+}
+
+// An answer of the engine that may come when the page it belongs to, or the printer, is long gone.
+struct PendingAnswer {
+    std::weak_ptr<PagePrinter> printer;
+    std::function<void(PagePrinter&, GAsyncResult*)> take;
+};
+
+}   // namespace
+
+PagePrinter::PagePrinter(PaperSize paper, PrintLimits limits) : paper_(paper), limits_(limits) {}
+
+PagePrinter::~PagePrinter() { assert(mainLoop::isMainThread()); }
+
+void PagePrinter::print(const std::string& html, std::filesystem::path output, Done done) {
+    assert(mainLoop::isMainThread() && phase_ == Phase::idle);
+    ++page_;
+    phase_ = Phase::preparing;
+    html_ = &html;
+    output_ = std::move(output);
+    done_ = std::move(done);
+    attempt_ = 0;
+    enlargement_ = 1;
+    failure_.reset();
+    if (view_) return load();
+    withOfflineRules([weak = weak_from_this()](WebKitUserContentFilter* rules) {
+        const auto self = weak.lock();
+        if (!self) return;
+        self->makeView(rules);
+        self->load();
+    });
+}
+
+void PagePrinter::makeView(WebKitUserContentFilter* rules) {
+    view_ = std::make_unique<EngineView>();
+    view_->install(rules);
+    onLoadChanged_ = SignalHandler(view_->web(), "load-changed", G_CALLBACK(loadChanged), this);
+    onLoadFailed_ = SignalHandler(view_->web(), "load-failed", G_CALLBACK(loadFailed), this);
+    onProcessEnded_ = SignalHandler(view_->web(), "web-process-terminated", G_CALLBACK(processEnded), this);
+    // A view that is never shown is 0 pixels wide and would measure its content so.
+    const int width = static_cast<int>(pageGeometry::printableWidth(paper_) * pageGeometry::layoutPixelsPerPoint);
+    const int height = width * 3 / 2;
+    int least = 0;
+    gtk_widget_measure(GTK_WIDGET(view_->web()), GTK_ORIENTATION_HORIZONTAL, -1, &least, nullptr, nullptr, nullptr);
+    gtk_widget_allocate(GTK_WIDGET(view_->web()), std::max(width, least), height, -1, nullptr);
+}
+
+void PagePrinter::load() {
+    phase_ = Phase::loading;
+    isCommitted_ = false;
+    limit_ = mainLoop::Timer(limitFor(limits_.load, limits_, html_->size()), [this] { tooSlow(limits_.load); });
+    view_->setPageMargins(pageGeometry::verticalMargin, pageGeometry::horizontalMargin);
+    view_->load(*html_);
+}
+
+void PagePrinter::loadChanged(WebKitWebView*, WebKitLoadEvent event, gpointer data) noexcept {
+    auto& self = *static_cast<PagePrinter*>(data);
+    if (self.phase_ != Phase::loading) return;
+    // A navigation that the page before wanted and did not get also ends with "finished", but never commits.
+    if (event == WEBKIT_LOAD_COMMITTED) self.isCommitted_ = true;
+    if (event == WEBKIT_LOAD_FINISHED && self.isCommitted_) self.measure();
+}
+
+gboolean PagePrinter::loadFailed(WebKitWebView*, WebKitLoadEvent, const char*, GError* error, gpointer data) noexcept {
+    auto& self = *static_cast<PagePrinter*>(data);
+    // Places that the page wants to go to and may not are refused, and say so here.
+    const bool isRefusal =
+        g_error_matches(error, WEBKIT_POLICY_ERROR, WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE) ||
+        g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED);
+    if (self.phase_ == Phase::loading && !isRefusal) {
+        self.fail(RenderError::Kind::loadFailed,
+                  std::string("The web engine could not load the message: ") + error->message + ".");
+    }
+    return TRUE;   // no error page
+}
+
+void PagePrinter::processEnded(WebKitWebView*, WebKitWebProcessTerminationReason reason, gpointer data) noexcept {
+    static_cast<PagePrinter*>(data)->fail(RenderError::Kind::engineCrashed,
+                                          reason == WEBKIT_WEB_PROCESS_EXCEEDED_MEMORY_LIMIT
+                                              ? "The web engine ran out of memory on this message."
+                                              : "The web engine crashed on this message.");
+}
+
+void PagePrinter::evaluate(std::string_view script, std::function<void(PagePrinter&, GAsyncResult*)> take) {
+    webkit_web_view_evaluate_javascript(
+        view_->web(), script.data(), static_cast<gssize>(script.size()), isolatedWorld, nullptr, nullptr,
+        [](GObject*, GAsyncResult* result, gpointer data) noexcept {
+            const std::unique_ptr<PendingAnswer> answer(static_cast<PendingAnswer*>(data));
+            if (const auto printer = answer->printer.lock()) answer->take(*printer, result);
+        },
+        new PendingAnswer{weak_from_this(), std::move(take)});
+}
+
+void PagePrinter::measure() {
+    phase_ = Phase::measuring;
+    evaluate(pageScripts::prepareAndMeasure, [page = page_](PagePrinter& self, GAsyncResult* result) {
+        GError* error = nullptr;
+        const auto value =
+            GRef<JSCValue>::adopt(webkit_web_view_evaluate_javascript_finish(self.view_->web(), result, &error));
+        const GErrorPtr owned(error);
+        if (self.page_ != page || self.phase_ != Phase::measuring) return;
+        // Without an answer the engine's own shrinking must do.
+        self.measured(value && jsc_value_is_number(value.get()) ? jsc_value_to_double(value.get()) : 0);
+    });
+}
+
+void PagePrinter::measured(double contentWidth) {
+    const double widest = pageGeometry::printableWidth(paper_) * pageGeometry::mostPixelsPerPoint;
+    if (contentWidth > widest) {
+        enlargement_ = std::min(contentWidth / widest * 1.002, mostEnlargement);
+        view_->setPageMargins(pageGeometry::verticalMargin * enlargement_,
+                              pageGeometry::horizontalMargin * enlargement_);
+    }
+    startPrinting();
+}
+
+void PagePrinter::startPrinting() {
+    phase_ = Phase::printing;
+    limit_ = mainLoop::Timer(limitFor(limits_.print, limits_, html_->size()), [this] { tooSlow(limits_.print); });
+    const auto setup = filePrinter::pageSetup(paper_, enlargement_);
+    const auto settings = filePrinter::settingsFor(output_, setup.get());
+    if (!settings) return fail(RenderError::Kind::writeFailed, "This system's toolkit cannot print to a file.");
+    operation_ = GRef<WebKitPrintOperation>::adopt(webkit_print_operation_new(view_->web()));
+    webkit_print_operation_set_page_setup(operation_.get(), setup.get());
+    webkit_print_operation_set_print_settings(operation_.get(), settings.get());
+    onFinished_ = SignalHandler(operation_.get(), "finished", G_CALLBACK(operationFinished), this);
+    onFailed_ = SignalHandler(operation_.get(), "failed", G_CALLBACK(operationFailed), this);
+    const auto keptForTheCall = operation_;   // both signals may come before print() returns
+    webkit_print_operation_print(keptForTheCall.get());
+}
+
+void PagePrinter::operationFailed(WebKitPrintOperation*, GError* error, gpointer data) noexcept {
+    static_cast<PagePrinter*>(data)->failure_ = error->message;   // "finished" follows
+}
+
+void PagePrinter::operationFinished(WebKitPrintOperation*, gpointer data) noexcept {
+    static_cast<PagePrinter*>(data)->printFinished();
+}
+
+void PagePrinter::printFinished() {
+    if (phase_ != Phase::printing) return;
+    if (failure_) return fail(RenderError::Kind::writeFailed, "The PDF could not be printed: " + *failure_ + ".");
+    if (files::size(output_).value_or(0) > 0) return complete(PrintedPage{.scale = 1 / enlargement_});
+    limit_ = mainLoop::Timer(crashNews, [this] {
+        fail(RenderError::Kind::writeFailed, "The PDF could not be printed: the web engine wrote no file.");
+    });
+}
+
+void PagePrinter::tooSlow(std::chrono::milliseconds limit) {
+    const auto view = view_->web();
+    fail(RenderError::Kind::tooSlow, "Printing this message took longer than " +
+                                         inWords(limitFor(limit, limits_, html_->size())) + " and was stopped.");
+    webkit_web_view_terminate_web_process(view);
+}
+
+void PagePrinter::fail(RenderError::Kind kind, const std::string& reason) { complete(RenderError(kind, reason)); }
+
+// At most once for each page: whatever the engine reports afterwards meets the phase idle.
+void PagePrinter::complete(PrintOutcome outcome) {
+    if (phase_ == Phase::idle) return;
+    phase_ = Phase::idle;
+    html_ = nullptr;
+    onFinished_ = {};
+    onFailed_ = {};
+    operation_ = {};
+    limit_ = {};
+    std::exchange(done_, {})(std::move(outcome));
+}
+
+}   // namespace ostrel

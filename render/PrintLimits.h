@@ -1,0 +1,18 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+
+namespace ostrel {
+
+// How long one page may take before the engine's process is ended and the page counts as failed. On a slow machine with
+// two cores the longest honest pages took 16 s to print (1,442 sheets) and about 1 s for every 50 MB to load: the
+// limits leave more than ten times that, and still end a page that was made never to end.
+struct PrintLimits {
+    std::chrono::milliseconds load = std::chrono::minutes(1);
+    std::chrono::milliseconds print = std::chrono::minutes(4);
+    // Added to both for every megabyte of the page.
+    std::chrono::milliseconds perMegabyte = std::chrono::seconds(2);
+};
+
+}   // namespace ostrel
