@@ -1,5 +1,6 @@
 #include "platform/Time.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>

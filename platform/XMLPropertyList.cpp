@@ -1,6 +1,7 @@
 #include "platform/PropertyListReaders.h"
 #include "platform/Text.h"
 
+#include <algorithm>
 #include <charconv>
 #include <vector>
 
