@@ -42,6 +42,7 @@ private:
         if (at == text.size()) return;
         const char c = text[at];
         const char initial = c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c == '\xC5' ? 's' : c;   // long s
+        if (initial < 'a' || initial > 'z') return;
         const auto stands = [&](std::string_view name) {
             return name.front() == initial && html::wordAt(text, at, name) != npos;
         };

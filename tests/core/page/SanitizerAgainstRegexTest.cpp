@@ -2,7 +2,7 @@
 #include "platform/Text.h"
 #include "tests/core/page/RegexPipeline.h"
 
-#include <array>
+#include <algorithm>
 #include <cstdlib>
 #include <map>
 #include <random>
@@ -161,8 +161,16 @@ private:
         return bent("url") + "(" + space() + quoted(of(schemes) + "x") + space() + (once(5) ? "" : ")");
     }
 
+    // A tag inside another's name: removing it makes the other whole.
+    std::string split() {
+        std::string outer = tag(tagName());
+        const std::string inner = tagName();
+        return outer.insert(below(std::min<std::size_t>(outer.size(), 6)),
+                            once(2) ? tag(inner) : "<" + inner + "></" + inner + ">");
+    }
+
     std::string piece() {
-        switch (below(12)) {
+        switch (below(13)) {
             case 0:
             case 1:
                 return tag("img");
@@ -182,8 +190,10 @@ private:
             case 8:
                 return "<" + tagName().substr(0, below(5));
             case 9:
-                return space();
+                return split();
             case 10:
+                return space();
+            case 11:
                 return of(words());
             default:
                 return "text";
