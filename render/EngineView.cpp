@@ -13,7 +13,10 @@ namespace {
 
 // Ligatures turn "office" into a word that a search for "office" misses. On html alone the rule would not be inherited
 // past elements that set a font.
-constexpr std::string_view userStyles = "*{font-variant-ligatures:no-common-ligatures !important}";
+// A page without any height is no page to the print job.
+constexpr std::string_view userStyles =
+    "*{font-variant-ligatures:no-common-ligatures !important}"
+    "body{min-height:1px !important}";
 
 GRef<WebKitSettings> makeSettings() {
     const auto settings = GRef<WebKitSettings>::adopt(webkit_settings_new());
@@ -108,7 +111,8 @@ void EngineView::replaceUserStyles(const std::string& pageRule) {
 void EngineView::load(const std::string& html) {
     assert(mainLoop::isMainThread());
     // Not load_html, which ends the page at a NUL.
-    const GBytesPtr bytes(g_bytes_new(html.data(), html.size()));
+    const std::string_view page = html.empty() ? std::string_view("\n") : html;   // the engine refuses no bytes at all
+    const GBytesPtr bytes(g_bytes_new(page.data(), page.size()));
     webkit_web_view_load_bytes(view_.get(), bytes.get(), "text/html", "UTF-8", nullptr);
 }
 

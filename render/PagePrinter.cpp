@@ -5,6 +5,7 @@
 #include "render/OfflineRules.h"
 #include "render/PageGeometry.h"
 #include "render/PageScripts.h"
+#include "render/PrintedScale.h"
 
 #include <algorithm>
 #include <cassert>
@@ -21,6 +22,9 @@ constexpr const char* isolatedWorld = "ostrel";
 // Wider than any mail that a person laid out; beyond it the text would be too small to find on the sheet, and paper
 // sizes reach what PDF readers still open.
 constexpr double mostEnlargement = 100;
+
+// Tries to catch the whole width; then what there is must do.
+constexpr int mostAttempts = 4;
 
 // A print job that ends with no file was mostly cut short by the engine's process going down, which is reported apart.
 constexpr auto crashNews = 1s;
@@ -55,6 +59,7 @@ void PagePrinter::print(const std::string& html, std::filesystem::path output, D
     output_ = std::move(output);
     done_ = std::move(done);
     attempt_ = 0;
+    isSqueezed_ = false;
     enlargement_ = 1;
     failure_.reset();
     if (view_) return load();
@@ -84,7 +89,7 @@ void PagePrinter::load() {
     phase_ = Phase::loading;
     isCommitted_ = false;
     limit_ = mainLoop::Timer(limitFor(limits_.load, limits_, html_->size()), [this] { tooSlow(limits_.load); });
-    view_->setPageMargins(pageGeometry::verticalMargin, pageGeometry::horizontalMargin);
+    view_->setPageMargins(pageGeometry::verticalMargin, pageGeometry::horizontalMargin);   // mostly what it will be
     view_->load(*html_);
 }
 
@@ -93,7 +98,7 @@ void PagePrinter::loadChanged(WebKitWebView*, WebKitLoadEvent event, gpointer da
     if (self.phase_ != Phase::loading) return;
     // A navigation that the page before wanted and did not get also ends with "finished", but never commits.
     if (event == WEBKIT_LOAD_COMMITTED) self.isCommitted_ = true;
-    if (event == WEBKIT_LOAD_FINISHED && self.isCommitted_) self.measure();
+    if (event == WEBKIT_LOAD_FINISHED && self.isCommitted_) self.measure(pageScripts::prepareAndMeasure);
 }
 
 gboolean PagePrinter::loadFailed(WebKitWebView*, WebKitLoadEvent, const char*, GError* error, gpointer data) noexcept {
@@ -126,9 +131,9 @@ void PagePrinter::evaluate(std::string_view script, std::function<void(PagePrint
         new PendingAnswer{weak_from_this(), std::move(take)});
 }
 
-void PagePrinter::measure() {
+void PagePrinter::measure(std::string_view script) {
     phase_ = Phase::measuring;
-    evaluate(pageScripts::prepareAndMeasure, [page = page_](PagePrinter& self, GAsyncResult* result) {
+    evaluate(script, [page = page_](PagePrinter& self, GAsyncResult* result) {
         GError* error = nullptr;
         const auto value =
             GRef<JSCValue>::adopt(webkit_web_view_evaluate_javascript_finish(self.view_->web(), result, &error));
@@ -141,17 +146,20 @@ void PagePrinter::measure() {
 
 void PagePrinter::measured(double contentWidth) {
     const double widest = pageGeometry::printableWidth(paper_) * pageGeometry::mostPixelsPerPoint;
-    if (contentWidth > widest) {
-        enlargement_ = std::min(contentWidth / widest * 1.002, mostEnlargement);
-        view_->setPageMargins(pageGeometry::verticalMargin * enlargement_,
-                              pageGeometry::horizontalMargin * enlargement_);
-    }
+    if (contentWidth > widest * mostEnlargement && !isSqueezed_) return squeeze();
+    if (contentWidth > widest) enlargement_ = std::min(contentWidth / widest * 1.002, mostEnlargement);
     startPrinting();
+}
+
+void PagePrinter::squeeze() {
+    isSqueezed_ = true;
+    measure(pageScripts::squeezeAndMeasure);
 }
 
 void PagePrinter::startPrinting() {
     phase_ = Phase::printing;
     limit_ = mainLoop::Timer(limitFor(limits_.print, limits_, html_->size()), [this] { tooSlow(limits_.print); });
+    view_->setPageMargins(pageGeometry::verticalMargin * enlargement_, pageGeometry::horizontalMargin * enlargement_);
     const auto setup = filePrinter::pageSetup(paper_, enlargement_);
     const auto settings = filePrinter::settingsFor(output_, setup.get());
     if (!settings) return fail(RenderError::Kind::writeFailed, "This system's toolkit cannot print to a file.");
@@ -175,10 +183,32 @@ void PagePrinter::operationFinished(WebKitPrintOperation*, gpointer data) noexce
 void PagePrinter::printFinished() {
     if (phase_ != Phase::printing) return;
     if (failure_) return fail(RenderError::Kind::writeFailed, "The PDF could not be printed: " + *failure_ + ".");
-    if (files::size(output_).value_or(0) > 0) return complete(PrintedPage{.scale = 1 / enlargement_});
+    if (files::size(output_).value_or(0) > 0) {
+        if (mayLackItsRightEdge() && attempt_ < mostAttempts) return printWider();
+        return complete(PrintedPage{.scale = 1 / enlargement_});
+    }
     limit_ = mainLoop::Timer(crashNews, [this] {
         fail(RenderError::Kind::writeFailed, "The PDF could not be printed: the web engine wrote no file.");
     });
+}
+
+// At its limit the engine stops shrinking and leaves out what is wider still. The measured width has let the page
+// through, so something is where only the print's own layout finds it.
+bool PagePrinter::mayLackItsRightEdge() const {
+    const auto scale = printedScale(output_);
+    return scale && *scale * pageGeometry::mostPixelsPerPoint < 1.0006;
+}
+
+void PagePrinter::printWider() {
+    ++attempt_;
+    std::error_code ignored;
+    std::filesystem::remove(output_, ignored);
+    onFinished_ = {};
+    onFailed_ = {};
+    operation_ = {};
+    if (!isSqueezed_) return squeeze();
+    enlargement_ = std::min(enlargement_ * 2, mostEnlargement);
+    startPrinting();
 }
 
 void PagePrinter::tooSlow(std::chrono::milliseconds limit) {

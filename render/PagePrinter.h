@@ -44,10 +44,13 @@ private:
     void makeView(WebKitUserContentFilter* offlineRules);
     void load();
     void evaluate(std::string_view script, std::function<void(PagePrinter&, GAsyncResult*)> take);
-    void measure();
+    void measure(std::string_view script);
     void measured(double contentWidth);
+    void squeeze();
     void startPrinting();
     void printFinished();
+    bool mayLackItsRightEdge() const;
+    void printWider();
     void complete(PrintOutcome outcome);
     void fail(RenderError::Kind kind, const std::string& reason);
     void tooSlow(std::chrono::milliseconds limit);
@@ -70,6 +73,7 @@ private:
     std::filesystem::path output_;
     Done done_;
     bool isCommitted_ = false;
+    bool isSqueezed_ = false;
     double enlargement_ = 1;   // paper and margins against the real ones
     int attempt_ = 0;
     std::optional<std::string> failure_;   // the print job's own words

@@ -15,6 +15,12 @@ const std::string_view prepareAndMeasure = R"js((() => {
             return not ? 'all' : 'not all';
         }).join(',');
     };
+    const set = (box, name, value) => box.style.setProperty(name, value, 'important');
+    const unroll = box => {
+        const isCut = box.scrollHeight > box.clientHeight;
+        set(box, 'overflow', 'visible');
+        if (isCut) { set(box, 'height', 'auto'); set(box, 'max-height', 'none'); }
+    };
     const waiting = [...document.styleSheets];
     while (waiting.length) {
         const group = waiting.pop();
@@ -30,17 +36,31 @@ const std::string_view prepareAndMeasure = R"js((() => {
     }
     const root = document.documentElement, body = document.body;
     if (!root) return 0;
-    if (/overflow(-[xy])?\s*:\s*(auto|scroll)/i.test(root.outerHTML)) {
+    for (const box of [root, body]) {
+        if (!box) continue;
+        const style = getComputedStyle(box);
+        if (/fixed|absolute/.test(style.position)) set(box, 'position', 'relative');
+        if (style.overflowX + style.overflowY != 'visiblevisible') unroll(box);
+    }
+    if (/overflow(-[xy])?\s*:\s*(auto|scroll)|position\s*:\s*fixed/i.test(root.outerHTML)) {
         for (const box of root.getElementsByTagName('*')) {
             const style = getComputedStyle(box);
-            if (!/auto|scroll/.test(style.overflowX + style.overflowY)) continue;
-            const cutsHeight = box.scrollHeight > box.clientHeight;
-            box.style.setProperty('overflow', 'visible', 'important');
-            if (!cutsHeight) continue;
-            box.style.setProperty('height', 'auto', 'important');
-            box.style.setProperty('max-height', 'none', 'important');
+            if (style.position == 'fixed') set(box, 'position', 'absolute');
+            if (/auto|scroll/.test(style.overflowX + style.overflowY)) unroll(box);
         }
     }
+    return Math.max(root.scrollWidth, body ? body.scrollWidth : 0);
+})())js";
+
+const std::string_view squeezeAndMeasure = R"js((() => {
+    const root = document.documentElement, body = document.body;
+    if (!root) return 0;
+    root.style.setProperty('width', innerWidth + 'px', 'important');
+    const style = document.createElement('style');
+    style.textContent = `* { max-width: ${20 * innerWidth}px !important; min-width: 0 !important;
+        text-wrap-mode: wrap !important; }
+        table, td, th, col { width: auto !important; }`;   // no maximum narrows a table that names its width
+    root.append(style);
     return Math.max(root.scrollWidth, body ? body.scrollWidth : 0);
 })())js";
 

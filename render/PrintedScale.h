@@ -1,0 +1,12 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+
+namespace ostrel {
+
+// How many points the engine made of one CSS pixel on the first page of the file it printed; nothing when the file does
+// not tell.
+std::optional<double> printedScale(const std::filesystem::path& printed);
+
+}   // namespace ostrel
