@@ -1,0 +1,123 @@
+#include "render/pdf/PdfFinisher.h"
+
+#include "render/pdf/PdfContents.h"
+#include "render/pdf/PdfPages.h"
+#include "render/pdf/PdfStreams.h"
+
+#include <algorithm>
+#include <cctype>
+
+#include <qpdf/Buffer.hh>
+#include <qpdf/Pl_Flate.hh>
+#include <qpdf/QPDF.hh>
+#include <qpdf/QPDFPageDocumentHelper.hh>
+#include <qpdf/QPDFWriter.hh>
+
+namespace ostrel {
+
+PdfError::PdfError(const std::string& reason)
+    : std::runtime_error("The printed page is not a PDF that can be read: " + reason) {}
+
+struct PdfFinisher::Memory {};
+
+PdfFinisher::PdfFinisher() : memory_(std::make_unique<Memory>()) {}
+PdfFinisher::~PdfFinisher() = default;
+
+namespace {
+
+// Opens strictly: the engine writes no damaged files, and a mended one may have lost pages on the way.
+void open(QPDF& file, ByteView printed) {
+    file.setAttemptRecovery(false);
+    file.setSuppressWarnings(true);
+    const auto bytes = charsOf(printed);
+    file.processMemoryFile("printed page", bytes.data(), bytes.size());
+    auto count = file.getRoot().getKey("/Pages").getKey("/Count");
+    const auto pages = file.getAllPages().size();
+    if (pages == 0 || !count.isInteger() || count.getIntValue() != static_cast<long long>(pages))
+        throw std::runtime_error("pages are missing");
+}
+
+// "D:20240305090742Z" (ISO 32000-1 §7.9.4); nothing for years that have no four digits.
+std::optional<std::string> dateText(Instant when) {
+    auto iso = isoUTC(when);
+    if (iso.size() != std::string_view("2024-03-05T09:07:42Z").size() || iso[0] == '-') return std::nullopt;
+    std::erase_if(iso, [](char c) { return c == '-' || c == ':' || c == 'T'; });
+    return "D:" + iso;
+}
+
+void describe(QPDF& file, const FinishOptions& options) {
+    auto info = QPDFObjectHandle::newDictionary();
+    const auto put = [&](const char* key, const std::string& value) {
+        if (!value.empty()) info.replaceKey(key, QPDFObjectHandle::newUnicodeString(value));
+    };
+    put("/Title", options.title);
+    put("/Author", options.author);
+    put("/Creator", "Ostrel");
+    put("/Producer", "Ostrel");
+    if (options.created) put("/CreationDate", dateText(*options.created).value_or(""));
+    file.getTrailer().replaceKey("/Info", file.makeIndirectObject(info));
+
+    auto root = file.getRoot();
+    if (options.language && !options.language->empty())
+        root.replaceKey("/Lang", QPDFObjectHandle::newUnicodeString(*options.language));
+    if (!options.title.empty())
+        root.replaceKey("/ViewerPreferences", QPDFObjectHandle::parse("<< /DisplayDocTitle true >>"));
+}
+
+std::string written(QPDF& file) {
+    Pl_Flate::setCompressionLevel(9);
+    QPDFWriter writer(file);
+    writer.setOutputMemory();
+    writer.setObjectStreamMode(qpdf_o_generate);
+    writer.setDecodeLevel(qpdf_dl_none);   // streams are packed by then
+    writer.setDeterministicID(true);
+    writer.write();
+    const auto bytes = writer.getBufferSharedPointer();
+    return std::string(pdf::viewOf(*bytes));
+}
+
+void reduce(QPDF& file) {
+    for (auto& content : pdf::contentsOf(file)) {
+        const auto text = pdf::decoded(content.stream);
+        if (text) pdf::repack(content.stream, *text, zlib::Effort::thorough);
+    }
+}
+
+enum class Depth { everything, pagesOnly };
+
+PdfFinisher::Finished finished(ByteView printed, const FinishOptions& options, Depth depth) {
+    QPDF file;
+    open(file, printed);
+    PdfFinisher::Finished result;
+    result.report.pages = file.getAllPages().size();
+    result.report.links = pdf::layOutPages(file, options);
+    describe(file, options);
+    if (depth == Depth::everything) reduce(file);
+    result.pdf = written(file);
+    return result;
+}
+
+}   // namespace
+
+PdfFinisher::Finished PdfFinisher::finish(ByteView printed, const FinishOptions& options) {
+    try {
+        return finished(printed, options, Depth::everything);
+    } catch (const std::exception&) {
+        // Making it smaller is a comfort; the pages are what counts.
+    }
+    try {
+        return finished(printed, options, Depth::pagesOnly);
+    } catch (const std::exception& e) {
+        throw PdfError(e.what());
+    }
+}
+
+FinishReport PdfFinisher::finish(const std::filesystem::path& printed, const std::filesystem::path& finished,
+                                 const FinishOptions& options) {
+    const auto content = files::readWhole(printed);
+    const auto result = finish(content.view(), options);
+    files::writeAtomically(finished, bytesOf(result.pdf));
+    return result.report;
+}
+
+}   // namespace ostrel

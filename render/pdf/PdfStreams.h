@@ -1,0 +1,32 @@
+#pragma once
+
+#include "render/pdf/Deflate.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include <qpdf/QPDFObjectHandle.hh>
+
+// Streams of a PDF read and replaced whole.
+namespace ostrel::pdf {
+
+// Content and pictures that inflate beyond this stay as they are; the engine writes nothing near it.
+inline constexpr std::size_t streamLimit = std::size_t{512} << 20;
+
+// The stream's bytes with its filters undone. Nothing when a filter is not understood or its data are damaged.
+std::optional<std::string> decoded(QPDFObjectHandle stream, std::size_t expected = 0);
+
+// Gives the stream this content in place of its own. Kept as it was when that is shorter and says the same: content
+// must be what decoded() gave.
+void repack(QPDFObjectHandle stream, std::string_view content, zlib::Effort effort);
+
+// Replaces the stream's data with a finished zlib stream; parameters may be null.
+void replaceDeflated(QPDFObjectHandle stream, std::string packed,
+                     QPDFObjectHandle parameters = QPDFObjectHandle::newNull());
+
+// Views into the stream's stored bytes, filters still on; the buffer keeps them alive.
+std::shared_ptr<Buffer> stored(QPDFObjectHandle stream);
+std::string_view viewOf(const Buffer& buffer);
+
+}   // namespace ostrel::pdf
