@@ -79,7 +79,7 @@ TEST(MessageIDsTest, readsBackItsOwnList) {
 }
 
 TEST(MessageIDsTest, readsFieldsOfMegabytesInOnePass) {
-    constexpr std::size_t much = 2'000'000;
+    constexpr std::size_t much = 200'000;
     const auto repeated = [](const std::string& text) {
         std::string out;
         for (std::size_t i = 0; i < much; ++i) out += text;
