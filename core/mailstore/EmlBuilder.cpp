@@ -1,5 +1,6 @@
 #include "core/mailstore/EmlBuilder.h"
 
+#include "core/message/TransferEncoding.h"
 #include "platform/Text.h"
 
 #include <algorithm>
@@ -20,25 +21,11 @@ bool isASCII(std::string_view s) {
     return std::ranges::all_of(s, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
-std::string base64Line(std::string_view bytes) {
-    static constexpr std::string_view alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::string out;
-    for (std::size_t i = 0; i < bytes.size(); i += 3) {
-        const std::size_t count = std::min<std::size_t>(3, bytes.size() - i);
-        std::uint32_t group = 0;
-        for (std::size_t k = 0; k < 3; ++k) {
-            group = group << 8 | (k < count ? static_cast<unsigned char>(bytes[i + k]) : 0U);
-        }
-        for (std::size_t k = 0; k < 4; ++k) out += k <= count ? alphabet[group >> (18 - 6 * k) & 63] : '=';
-    }
-    return out;
-}
-
 std::string base64Lines(std::string_view bytes) {
     constexpr std::size_t bytesPerLine = lineLength / 4 * 3;
     std::string out;
     for (std::size_t i = 0; i < bytes.size(); i += bytesPerLine) {
-        out += base64Line(bytes.substr(i, bytesPerLine));
+        out += TransferEncoding::encodeBase64(bytesOf(bytes.substr(i, bytesPerLine)));
         out += "\r\n";
     }
     return out;
@@ -110,7 +97,7 @@ std::string encodedWords(std::string_view utf8) {
             end = next;
         }
         if (!out.empty()) out += "\r\n ";
-        out += "=?utf-8?B?" + base64Line(utf8.substr(start, end - start)) + "?=";
+        out += "=?utf-8?B?" + TransferEncoding::encodeBase64(bytesOf(utf8.substr(start, end - start))) + "?=";
         start = end;
     }
     return out;

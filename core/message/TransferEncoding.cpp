@@ -109,6 +109,21 @@ std::string base64(ByteView bytes) {
     return out;
 }
 
+std::string encodeBase64(ByteView bytes) {
+    static constexpr std::string_view alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string out((bytes.size() + 2) / 3 * 4, '=');
+    char* to = out.data();
+    for (std::size_t i = 0; i < bytes.size(); i += 3) {
+        const std::size_t count = std::min<std::size_t>(3, bytes.size() - i);
+        std::uint32_t group = 0;
+        for (std::size_t k = 0; k < 3; ++k)
+            group = group << 8 | (k < count ? std::to_integer<std::uint32_t>(bytes[i + k]) : 0U);
+        for (std::size_t k = 0; k <= count; ++k) to[k] = alphabet[group >> (18 - 6 * k) & 63];
+        to += 4;
+    }
+    return out;
+}
+
 std::string quotedPrintable(ByteView bytes, Underscore underscore) {
     const auto in = charsOf(bytes);
     const auto nextSpecial = [&](std::size_t from) {

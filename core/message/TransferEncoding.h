@@ -16,6 +16,9 @@ Bytes decode(const Bytes& body, std::optional<std::string_view> encoding);
 // Standard and URL-safe alphabets, even mixed; the first "=" ends it.
 std::string base64(ByteView bytes);
 
+// RFC 4648 section 4, with padding, on one line.
+std::string encodeBase64(ByteView bytes);
+
 enum class Underscore { literal, space };   // space: the Q encoding of RFC 2047 section 4.2
 std::string quotedPrintable(ByteView bytes, Underscore underscore);
 

@@ -1,6 +1,8 @@
 #include "core/page/ImageRewrite.h"
 
+#include "core/message/TransferEncoding.h"
 #include "core/page/HTMLMatchers.h"
+#include "core/page/MessageHTML.h"
 #include "platform/Files.h"
 #include "platform/Text.h"
 
@@ -116,23 +118,6 @@ std::string percentDecoded(std::string_view encoded) {
 
 std::uint64_t base64Length(std::uint64_t size) { return size / 3 * 4 + (size % 3 == 0 ? 0 : 4); }
 
-// RFC 4648 section 4, with padding, on one line.
-void appendBase64(std::string& out, std::string_view bytes) {
-    static constexpr std::string_view alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    const std::size_t start = out.size();
-    out.resize(start + base64Length(bytes.size()), '=');
-    char* to = out.data() + start;
-    for (std::size_t i = 0; i < bytes.size(); i += 3) {
-        const std::size_t count = std::min<std::size_t>(3, bytes.size() - i);
-        std::uint32_t group = 0;
-        for (std::size_t k = 0; k < 3; ++k) {
-            group = group << 8 | (k < count ? static_cast<unsigned char>(bytes[i + k]) : 0U);
-        }
-        for (std::size_t k = 0; k <= count; ++k) to[k] = alphabet[group >> (18 - 6 * k) & 63];
-        to += 4;
-    }
-}
-
 }   // namespace
 
 void ImageRewriter::rewrite(std::string& out, std::string_view tag) {
@@ -183,9 +168,8 @@ const std::optional<std::string>& ImageRewriter::uriOf(const MailAttachment& ima
     if (!size || base64Length(*size) > embeddedBytesLimit - embeddedBytes_) return uri;
     try {
         const Bytes bytes = image.data();
-        std::string made = "data:" + image.mimeType + ";base64,";
-        appendBase64(made, bytes.chars());
-        uri = std::move(made);
+        // The type is the sender's text: it must not end the attribute.
+        uri = "data:" + MessageHTML::escape(image.mimeType) + ";base64," + TransferEncoding::encodeBase64(bytes.view());
     } catch (const FileError&) {
         // Gone or not readable: like an image that was never there.
     }

@@ -124,7 +124,10 @@ TEST(Sanitizer, ReplacesForeignImages) {
 }
 
 TEST(Sanitizer, EmbedsTheImagesOfTheMessage) {
+    MailAttachment escaping = image(Bytes("a"));
+    escaping.mimeType = "image/x\"><link rel=dns-prefetch href=//x>";
     const Images images = {{"One@x", image(Bytes("ab"))},
+                           {"escaping", escaping},
                            {"caf\u00E9", image(Bytes("abc"))},
                            {"100%", image(Bytes("a"))},
                            {"empty", image(Bytes())},
@@ -142,6 +145,8 @@ TEST(Sanitizer, EmbedsTheImagesOfTheMessage) {
             {"every source of the tag", "<img src=cid:One@x SRC = 'b'>",
              "<img src=\"" + uri + "YWI=\" src=\"" + uri + "YWI=\">"},
             {"a quote that is not closed stays", "<img src=\"cid:One@x >", "<img src=\"" + uri + "YWI=\"\"cid:One@x >"},
+            {"a type made to end the attribute", "<img src=cid:escaping>",
+             "<img src=\"data:image/x&quot;&gt;&lt;link rel=dns-prefetch href=//x&gt;;base64,YQ==\">"},
             {"unknown", "<img src=cid:other>", box(""), 1},
             {"cut inside an escape", "<img src=cid:One%4>", box(""), 1},
             {"not UTF-8", "<img src=cid:caf%E9>", box(""), 1},

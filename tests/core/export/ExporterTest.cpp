@@ -1,0 +1,202 @@
+#include "core/export/Exporter.h"
+#include "core/mailstore/EmlBuilder.h"
+#include "platform/Files.h"
+#include "tests/platform/Surroundings.h"
+
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace ostrel {
+namespace {
+
+namespace fs = std::filesystem;
+
+// Writes the page itself where the PDF should be, or does what the test wants.
+class FakeRenderer : public PDFRendering {
+public:
+    void renderPDF(const std::string& html, const fs::path& destination, const DocumentInfo& info) override {
+        infos.push_back(info);
+        if (instead) instead(infos.size());
+        files::writeAtomically(destination, bytesOf(html));
+    }
+    std::vector<DocumentInfo> infos;
+    std::function<void(std::size_t call)> instead;
+};
+
+class ExporterTest : public testing::Test {
+protected:
+    ExporterTest() : settings_("Export") {
+        settings_.calendar = Calendar::utc();
+        settings_.dateText = [](Instant date) { return isoUTC(date); };
+        settings_.csvDate = [](Instant date) { return isoDateTime(date, Calendar::utc()); };
+    }
+
+    // A message file and its summary, minutes after an epoch of ours.
+    MessageSummary put(const std::string& subject, int minutes, const EmlBuilder& message) {
+        MessageSummary summary;
+        summary.url = mail_ / (std::to_string(++count_) + ".emlx");
+        summary.mailboxID = "INBOX.mbox";
+        summary.subject = subject;
+        summary.from = {{"Kim", "kim@x.org"}};
+        summary.date = Instant(std::chrono::minutes(28493700 + minutes));   // 2024-03-05 07:00 UTC
+        summary.messageID = std::to_string(count_) + "@x";
+        files::writeAtomically(summary.url, bytesOf(message.emlx(summary.date)));
+        return summary;
+    }
+    MessageSummary put(const std::string& subject, int minutes) {
+        return put(subject, minutes, EmlBuilder().header("Subject", subject).text("body of " + subject));
+    }
+
+    ExportResult run(const std::vector<MessageSummary>& messages) {
+        return Exporter::run(
+            messages, {{"INBOX.mbox", "Inbox"}}, out_.path(), settings_, renderer_,
+            [&](const ExportProgress& at) { progress_.push_back(at); }, cancel_.get_token());
+    }
+    // The last columns of each row: attachments, PDF, folder, conversation, Message-ID, note.
+    std::vector<std::string> indexTails(const ExportResult& result) const {
+        const Bytes bytes = files::readWhole(result.folder / "index.csv");
+        std::string_view rest = bytes.chars();
+        std::vector<std::string> tails;
+        while (!rest.empty()) {
+            const std::size_t end = rest.find("\r\n");
+            const std::string_view line = rest.substr(0, end);
+            const std::size_t mailbox = line.find(",Inbox,");
+            if (mailbox != std::string_view::npos) tails.emplace_back(line.substr(mailbox + 7));
+            rest.remove_prefix(end + 2);
+        }
+        return tails;
+    }
+    static std::vector<std::string> namesIn(const fs::path& folder) {
+        std::vector<std::string> names;
+        for (const fs::path& name : files::list(folder)) names.push_back(name);
+        return names;
+    }
+    static std::string content(const fs::path& file) { return std::string(files::readWhole(file).chars()); }
+
+    TemporaryFolder mail_, out_;
+    ExportSettings settings_;
+    FakeRenderer renderer_;
+    std::vector<ExportProgress> progress_;
+    std::stop_source cancel_;
+    int count_ = 0;
+};
+
+TEST_F(ExporterTest, MessagesBecomeFilesOldestFirst) {
+    const ExportResult result = run({put("Second", 5), put("First", 1),
+                                     put("First", 1,
+                                         EmlBuilder()
+                                             .text("x")
+                                             .attachment("a/b.txt", "text/plain", "A")
+                                             .attachment("A b.TXT", "text/plain", "B"))});
+    EXPECT_EQ(result, (ExportResult{out_ / "Export", 3, 2, {}, false}));
+    EXPECT_EQ(
+        namesIn(result.folder),
+        (std::vector<std::string>{"2024-03-05 0701 Kim - First (2)", "2024-03-05 0701 Kim - First (2).pdf",
+                                  "2024-03-05 0701 Kim - First.pdf", "2024-03-05 0705 Kim - Second.pdf", "index.csv"}));
+    EXPECT_EQ(content(result.folder / "2024-03-05 0701 Kim - First (2)" / "a b.txt"), "A");
+    EXPECT_EQ(content(result.folder / "2024-03-05 0701 Kim - First (2)" / "A b (2).TXT"), "B");
+    EXPECT_NE(
+        content(result.folder / "2024-03-05 0701 Kim - First (2).pdf").find("2024-03-05 0701 Kim - First (2)”</p>"),
+        std::string::npos);
+    EXPECT_EQ(
+        indexTails(result),
+        (std::vector<std::string>{"0,2024-03-05 0701 Kim - First.pdf,,C0001,2@x,",
+                                  "2,2024-03-05 0701 Kim - First (2).pdf,2024-03-05 0701 Kim - First (2),C0002,3@x,",
+                                  "0,2024-03-05 0705 Kim - Second.pdf,,C0003,1@x,"}));
+    EXPECT_EQ(progress_, (std::vector<ExportProgress>{{0, 3, "First"}, {1, 3, "First"}, {2, 3, "Second"}, {3, 3, ""}}));
+    EXPECT_EQ(renderer_.infos[0].title, "First");
+    EXPECT_EQ(run({}).folder, out_ / "Export (2)");
+}
+
+TEST_F(ExporterTest, OneBadMessageIsNotedAndTheRunGoesOn) {
+    const MessageSummary gone = put("Gone", 1), damaged = put("", 2), fails = put("Fails", 3), good = put("Good", 4);
+    fs::remove(gone.url);
+    files::writeAtomically(damaged.url, bytesOf("no message"));
+    renderer_.instead = [](std::size_t call) {
+        if (call == 1) throw RenderError(RenderError::Kind::engineCrashed, "The engine crashed.");
+    };
+    const ExportResult result = run({gone, damaged, fails, good});
+    EXPECT_EQ(result.exported, 1U);
+    ASSERT_EQ(result.failed.size(), 3U);
+    EXPECT_EQ(result.failed[0].name, "Gone");
+    EXPECT_NE(result.failed[0].reason.find("1.emlx"), std::string::npos) << result.failed[0].reason;
+    EXPECT_EQ(result.failed[1], (ExportResult::Failure{"2.emlx", "The file is not a mail message."}));
+    EXPECT_EQ(result.failed[2], (ExportResult::Failure{"Fails", "The engine crashed."}));
+    EXPECT_EQ(
+        indexTails(result),
+        (std::vector<std::string>{"0,,,C0001,1@x,Couldn’t be read", "0,,,C0002,2@x,Couldn’t be read",
+                                  "0,,,C0003,3@x,Couldn’t be read", "0,2024-03-05 0704 Kim - Good.pdf,,C0004,4@x,"}));
+}
+
+TEST_F(ExporterTest, AttachmentsThatCannotBeHadOrSaved) {
+    EmlBuilder stored;
+    stored.text("x").storedAttachment("gone.pdf", "application/pdf", 10).attachment("here.txt", "text/plain", "A");
+    const MessageSummary missing = put("Missing", 1, stored);
+    // A file stands where the attachment folder must be.
+    const MessageSummary blocked = put("Blocked", 2, EmlBuilder().text("x").attachment("a.txt", "text/plain", "A"));
+    renderer_.instead = [&](std::size_t call) {
+        if (call == 1) files::writeAtomically(out_ / "Export" / "2024-03-05 0702 Kim - Blocked", bytesOf("x"));
+    };
+    const ExportResult result = run({missing, blocked, put("Good", 3)});
+    EXPECT_EQ(result.attachments, 1U);
+    EXPECT_EQ(result.exported, 2U);
+    ASSERT_EQ(result.failed.size(), 1U);
+    EXPECT_EQ(indexTails(result)[0],
+              "1,2024-03-05 0701 Kim - Missing.pdf,2024-03-05 0701 Kim - Missing,C0001,1@x,"
+              "Attachments: not downloaded by Mail");
+    EXPECT_EQ(indexTails(result)[1], "0,,,C0002,2@x,Couldn’t be read");
+}
+
+TEST_F(ExporterTest, SwitchesLeaveThingsOut) {
+    const auto message = [&] { return put("A", 1, EmlBuilder().text("x").attachment("a.txt", "text/plain", "A")); };
+    settings_.attachments = false;
+    ExportResult result = run({message()});
+    EXPECT_EQ(namesIn(result.folder), (std::vector<std::string>{"2024-03-05 0701 Kim - A.pdf", "index.csv"}));
+    EXPECT_EQ(content(result.folder / "2024-03-05 0701 Kim - A.pdf").find("Saved in the folder"), std::string::npos);
+
+    settings_ = ExportSettings("No PDFs");
+    settings_.pdfs = settings_.csv = false;
+    settings_.calendar = Calendar::utc();
+    result = run({message()});
+    EXPECT_EQ(namesIn(result.folder), (std::vector<std::string>{"2024-03-05 0701 Kim - A"}));
+    EXPECT_EQ(result.exported, 1U);
+    EXPECT_EQ(result.attachments, 1U);
+}
+
+TEST_F(ExporterTest, CancellingKeepsWhatIsDone) {
+    std::vector<MessageSummary> messages;
+    for (int i = 1; i <= 10; ++i) messages.push_back(put("M" + std::to_string(i), i));
+    renderer_.instead = [&](std::size_t call) {
+        if (call == 3) cancel_.request_stop();
+    };
+    ExportResult result = run(messages);
+    EXPECT_TRUE(result.cancelled);
+    EXPECT_EQ(result.exported, 3U);
+    EXPECT_EQ(indexTails(result).size(), 3U) << "the message at hand is finished";
+    EXPECT_EQ(progress_.back(), (ExportProgress{2, 10, "M3"}));
+
+    cancel_ = std::stop_source();
+    renderer_.instead = [](std::size_t) { throw RenderCancelled(); };
+    result = run(messages);
+    EXPECT_TRUE(result.cancelled);
+    EXPECT_TRUE(result.failed.empty());
+    EXPECT_TRUE(indexTails(result).empty()) << "a message that the renderer gave up has no row";
+}
+
+TEST_F(ExporterTest, ADestinationThatVanishesIsReported) {
+    files::writeAtomically(out_ / "file", bytesOf("x"));
+    EXPECT_THROW(Exporter::run({}, {}, out_ / "file", settings_, renderer_, [](const ExportProgress&) {}, {}),
+                 FileError);
+
+    const MessageSummary first = put("First", 1), second = put("Second", 2);
+    renderer_.instead = [&](std::size_t) { fs::remove_all(out_ / "Export"); };
+    EXPECT_THROW(run({first, second}), FileError) << "the index cannot be written";
+    EXPECT_EQ(progress_.back().done, 2U) << "every message was tried";
+}
+
+}   // namespace
+}   // namespace ostrel
