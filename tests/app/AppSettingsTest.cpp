@@ -10,26 +10,21 @@ namespace {
 
 class AppSettingsTest : public testing::Test {
 protected:
-    AppSettingsTest() {
-        setenv("LC_ALL", "de_DE.UTF-8", 1);
-        std::string pattern = (std::filesystem::temp_directory_path() / "ostrel-settings-XXXXXX").string();
-        folder_ = mkdtemp(pattern.data());
-    }
-    ~AppSettingsTest() override { std::filesystem::remove_all(folder_); }
-
     AppSettings loaded(const std::string& stored) const {
         store().set("settings", stored);
         return AppSettings::load(store());
     }
-    SettingsStore store() const { return SettingsStore(folder_); }
+    SettingsStore store() const { return SettingsStore(folder_.path()); }
+
+    EnvironmentVariable german_{"LC_ALL", "de_DE.UTF-8"};
 
 private:
-    std::filesystem::path folder_;
+    TemporaryFolder folder_;
 };
 
 TEST_F(AppSettingsTest, DefaultsFollowTheLocale) {
     EXPECT_EQ(AppSettings::load(store()).paper, Paper::a4);
-    setenv("LC_ALL", "en_US.UTF-8", 1);
+    const EnvironmentVariable americanLocale("LC_ALL", "en_US.UTF-8");
     const AppSettings american = AppSettings::load(store());
     EXPECT_EQ(american.paper, Paper::letter);
     EXPECT_FALSE(american.onboardingDone);
