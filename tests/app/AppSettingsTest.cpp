@@ -1,7 +1,5 @@
 #include "app/AppSettings.h"
-
-#include <cstdlib>
-#include <filesystem>
+#include "tests/platform/Surroundings.h"
 
 #include <gtest/gtest.h>
 
