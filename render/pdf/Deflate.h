@@ -8,8 +8,8 @@
 // zlib streams (RFC 1950), whole buffers at a time.
 namespace ostrel::zlib {
 
-// thorough costs several times the time of quick and gives a few percent.
-enum class Effort { quick, good, thorough };
+// Beyond good, content that repeats itself (long tables) takes ten times the time for one percent.
+enum class Effort { quick, good };
 std::string deflate(std::string_view bytes, Effort effort);
 
 // Nothing when the stream is damaged or holds more than limit bytes. expected only saves time when it is right.

@@ -1,6 +1,8 @@
 #include "render/pdf/PdfFinisher.h"
 
+#include "render/pdf/FontSubsetter.h"
 #include "render/pdf/PdfContents.h"
+#include "render/pdf/PdfFonts.h"
 #include "render/pdf/PdfPages.h"
 #include "render/pdf/PdfStreams.h"
 
@@ -18,7 +20,9 @@ namespace ostrel {
 PdfError::PdfError(const std::string& reason)
     : std::runtime_error("The printed page is not a PDF that can be read: " + reason) {}
 
-struct PdfFinisher::Memory {};
+struct PdfFinisher::Memory {
+    FontSubsetter fonts;
+};
 
 PdfFinisher::PdfFinisher() : memory_(std::make_unique<Memory>()) {}
 PdfFinisher::~PdfFinisher() = default;
@@ -76,23 +80,29 @@ std::string written(QPDF& file) {
     return std::string(pdf::viewOf(*bytes));
 }
 
-void reduce(QPDF& file) {
+// Makes the file smaller without changing what it shows.
+void reduce(QPDF& file, FontSubsetter& fonts, FinishReport& report) {
+    pdf::GlyphUse use;
     for (auto& content : pdf::contentsOf(file)) {
         const auto text = pdf::decoded(content.stream);
-        if (text) pdf::repack(content.stream, *text, zlib::Effort::thorough);
+        if (!text) throw std::runtime_error("content cannot be decoded");
+        use.read(*text, content.resources);
+        pdf::repack(content.stream, *text, zlib::Effort::good);
     }
+    const auto counts = pdf::reduceFonts(file, use, fonts);
+    report.fontsReduced = counts.reduced;
+    report.fontsKept = counts.kept;
 }
 
-enum class Depth { everything, pagesOnly };
-
-PdfFinisher::Finished finished(ByteView printed, const FinishOptions& options, Depth depth) {
+// fonts: null to leave everything but the pages alone.
+PdfFinisher::Finished finished(ByteView printed, const FinishOptions& options, FontSubsetter* fonts) {
     QPDF file;
     open(file, printed);
     PdfFinisher::Finished result;
     result.report.pages = file.getAllPages().size();
     result.report.links = pdf::layOutPages(file, options);
     describe(file, options);
-    if (depth == Depth::everything) reduce(file);
+    if (fonts) reduce(file, *fonts, result.report);
     result.pdf = written(file);
     return result;
 }
@@ -101,12 +111,12 @@ PdfFinisher::Finished finished(ByteView printed, const FinishOptions& options, D
 
 PdfFinisher::Finished PdfFinisher::finish(ByteView printed, const FinishOptions& options) {
     try {
-        return finished(printed, options, Depth::everything);
+        return finished(printed, options, &memory_->fonts);
     } catch (const std::exception&) {
         // Making it smaller is a comfort; the pages are what counts.
     }
     try {
-        return finished(printed, options, Depth::pagesOnly);
+        return finished(printed, options, nullptr);
     } catch (const std::exception& e) {
         throw PdfError(e.what());
     }

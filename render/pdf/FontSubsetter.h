@@ -1,0 +1,38 @@
+#pragma once
+
+#include "render/pdf/PdfGlyphUse.h"
+
+#include <cstddef>
+#include <list>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace ostrel {
+
+// Cuts TrueType programs down to some of their glyphs. The engine embeds the same few installed fonts in every file,
+// packed into the same bytes each time, so the unpacked fonts of earlier calls are kept, within a fixed amount of
+// memory.
+class FontSubsetter {
+public:
+    FontSubsetter();
+    ~FontSubsetter();
+
+    struct Program {
+        std::string packed;             // a zlib stream
+        std::size_t unpackedSize = 0;   // bytes
+    };
+    // packed: the font as a zlib stream; size: what it says to unpack to, a hint. Glyphs keep their numbers and their
+    // outlines; hinting, layout and naming tables go. Nothing when the font is not understood or would not shrink.
+    std::optional<Program> subset(std::string_view packed, std::size_t size, const pdf::CodeSet& glyphs);
+
+private:
+    struct Face;
+    const Face& faceOf(std::string_view packed, std::size_t size);
+
+    std::list<std::unique_ptr<Face>> faces_;   // latest used first
+    std::size_t heldBytes_ = 0;
+};
+
+}   // namespace ostrel

@@ -1,0 +1,204 @@
+#include "render/pdf/PdfGlyphUse.h"
+
+#include <algorithm>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace ostrel::pdf {
+namespace {
+
+bool isSpace(char c) { return c == ' ' || c == '\n' || c == '\r' || c == '\t' || c == '\f' || c == '\0'; }
+bool isDelimiter(char c) { return std::string_view("()<>[]{}/%").find(c) != std::string_view::npos; }
+bool isRegular(char c) { return !isSpace(c) && !isDelimiter(c); }
+
+int hexDigit(char c) {
+    if (c >= '0' && c <= '9') return c - '0';
+    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+    return -1;
+}
+
+struct Token {
+    enum class Kind { string, name, word, other };   // word: a number or an operator
+    Kind kind;
+    std::string_view text;   // as written; for strings without their brackets
+    bool isHex = false;
+};
+
+// Cuts content into tokens (ISO 32000-1 §7.2, §7.3).
+class Tokens {
+public:
+    explicit Tokens(std::string_view content) : in_(content) {}
+
+    // Nothing at the end, and where the content breaks off within a string; then isBroken().
+    std::optional<Token> next() {
+        skipSpace();
+        if (at_ >= in_.size()) return std::nullopt;
+        const auto start = at_;
+        switch (const char c = in_[at_++]) {
+            case '(':
+                return literal();
+            case '/':
+                return Token{Token::Kind::name, regular()};
+            case '<':
+                if (at_ < in_.size() && in_[at_] != '<') return hex();
+                break;
+            default:
+                if (!isRegular(c)) break;
+                regular();
+                return Token{Token::Kind::word, in_.substr(start, at_ - start)};
+        }
+        return Token{Token::Kind::other, in_.substr(start, 1)};
+    }
+    bool isBroken() const { return broken_; }
+
+private:
+    void skipSpace() {
+        for (; at_ < in_.size(); ++at_) {
+            if (in_[at_] == '%')
+                at_ = std::min(in_.find_first_of("\r\n", at_), in_.size() - 1);
+            else if (!isSpace(in_[at_]))
+                return;
+        }
+    }
+    std::string_view regular() {
+        const auto start = at_;
+        while (at_ < in_.size() && isRegular(in_[at_])) ++at_;
+        return in_.substr(start, at_ - start);
+    }
+    std::optional<Token> literal() {
+        const auto start = at_;
+        for (int depth = 1; at_ < in_.size(); ++at_) {
+            if (in_[at_] == '\\')
+                ++at_;
+            else if (in_[at_] == '(')
+                ++depth;
+            else if (in_[at_] == ')' && --depth == 0)
+                return Token{Token::Kind::string, in_.substr(start, at_++ - start)};
+        }
+        return broken();
+    }
+    std::optional<Token> hex() {
+        const auto end = in_.find('>', at_);
+        if (end == std::string_view::npos) return broken();
+        const auto start = std::exchange(at_, end + 1);
+        return Token{Token::Kind::string, in_.substr(start, end - start), true};
+    }
+    std::optional<Token> broken() {
+        broken_ = true;
+        at_ = in_.size();
+        return std::nullopt;
+    }
+
+    std::string_view in_;
+    std::size_t at_ = 0;
+    bool broken_ = false;
+};
+
+std::string hexBytes(std::string_view digits) {
+    std::string bytes;
+    int high = -1;
+    for (const char c : digits) {
+        const int digit = hexDigit(c);
+        if (digit < 0) continue;
+        if (high < 0)
+            high = digit;
+        else
+            bytes += static_cast<char>(std::exchange(high, -1) * 16 + digit);
+    }
+    if (high >= 0) bytes += static_cast<char>(high * 16);
+    return bytes;
+}
+
+// Nothing for octal escapes and line ends, which the engine does not write.
+std::optional<std::string> literalBytes(std::string_view text) {
+    std::string bytes;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '\r') return std::nullopt;
+        if (text[i] != '\\') {
+            bytes += text[i];
+            continue;
+        }
+        static constexpr std::string_view escaped = "nrtbf()\\", meant = "\n\r\t\b\f()\\";
+        const auto which = ++i < text.size() ? escaped.find(text[i]) : std::string_view::npos;
+        if (which == std::string_view::npos) return std::nullopt;
+        bytes += meant[which];
+    }
+    return bytes;
+}
+
+bool isShow(std::string_view op) { return op == "Tj" || op == "TJ" || op == "'" || op == "\""; }
+
+}   // namespace
+
+void GlyphUse::read(std::string_view content, QPDFObjectHandle resources) {
+    // A font as the content sees it: not told, one whose codes do not matter, or one whose codes are collected.
+    struct Font {
+        bool isKnown = false;
+        CodeSet* codes = nullptr;
+    };
+    std::map<std::string, Font, std::less<>> known;
+    const auto fontNamed = [&](std::string_view name) {
+        if (const auto found = known.find(name); found != known.end()) return found->second;
+        auto font = resources.isDictionary() ? resources.getKey("/Font") : QPDFObjectHandle::newNull();
+        if (font.isDictionary()) font = font.getKey("/" + std::string(name));
+        Font result{font.isDictionary(), nullptr};
+        if (result.isKnown && font.isIndirect() && font.getKey("/Subtype").isNameAndEquals("/Type0"))
+            result.codes = &codes_[font.getObjGen()];
+        known.emplace(name, result);
+        return result;
+    };
+    const auto setsFont = [&](std::string_view state) {
+        auto states = resources.isDictionary() ? resources.getKey("/ExtGState") : QPDFObjectHandle::newNull();
+        if (states.isDictionary()) states = states.getKey("/" + std::string(state));
+        return !states.isDictionary() || states.hasKey("/Font");
+    };
+    const auto show = [&](const Font& font, const Token& text) {
+        if (!font.isKnown) complete_ = false;
+        if (!font.codes) return;
+        const auto bytes = text.isHex ? hexBytes(text.text) : literalBytes(text.text);
+        if (!bytes || bytes->size() % 2 != 0) {
+            complete_ = false;
+            return;
+        }
+        for (std::size_t i = 0; i < bytes->size(); i += 2)
+            font.codes->set(static_cast<unsigned char>((*bytes)[i]) * 256u +
+                            static_cast<unsigned char>((*bytes)[i + 1]));
+    };
+
+    Tokens tokens(content);
+    Font font;
+    std::vector<Font> saved;
+    std::vector<Token> strings;   // operands of the operator to come
+    std::string_view name;
+    while (complete_) {
+        const auto token = tokens.next();
+        if (!token) break;
+        if (token->kind == Token::Kind::string) strings.push_back(*token);
+        if (token->kind == Token::Kind::name) name = token->text;
+        if (token->kind != Token::Kind::word) continue;
+        const auto op = token->text;
+        const bool isNumber = (op[0] >= '0' && op[0] <= '9') || op[0] == '-' || op[0] == '.' || op[0] == '+';
+        if (isNumber) continue;
+        if (op == "Tf") {
+            font = fontNamed(name);
+        } else if (isShow(op)) {
+            for (const auto& text : strings) show(font, text);
+        } else if (op == "q") {
+            saved.push_back(font);
+        } else if (op == "Q") {
+            font = saved.empty() ? Font{} : saved.back();
+            if (!saved.empty()) saved.pop_back();
+        } else if (op == "gs") {
+            if (setsFont(name)) font = {};
+        } else if (op == "BI") {
+            complete_ = false;   // an inline image's bytes can look like anything
+        }
+        strings.clear();
+    }
+    if (tokens.isBroken()) complete_ = false;
+}
+
+}   // namespace ostrel::pdf

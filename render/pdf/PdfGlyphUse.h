@@ -1,0 +1,31 @@
+#pragma once
+
+#include <bitset>
+#include <map>
+#include <string_view>
+
+#include <qpdf/QPDFObjectHandle.hh>
+
+namespace ostrel::pdf {
+
+// Two-byte character codes; for the fonts of interest also glyph numbers.
+using CodeSet = std::bitset<0x10000>;
+
+// Learns from content which codes are shown in which font. What it cannot follow makes it say so, never guess.
+class GlyphUse {
+public:
+    // resources: what the content's names are looked up in, or null. Linear in the content.
+    void read(std::string_view content, QPDFObjectHandle resources);
+
+    // False when text may have been shown in a font that could not be told: then no font may lose a glyph.
+    bool isComplete() const { return complete_; }
+
+    // Composite fonts by object, with the codes shown. A font that was set but showed nothing has an empty set.
+    const std::map<QPDFObjGen, CodeSet>& codesOf() const { return codes_; }
+
+private:
+    std::map<QPDFObjGen, CodeSet> codes_;
+    bool complete_ = true;
+};
+
+}   // namespace ostrel::pdf
