@@ -3,6 +3,7 @@
 #include "render/pdf/FontSubsetter.h"
 #include "render/pdf/PdfContents.h"
 #include "render/pdf/PdfFonts.h"
+#include "render/pdf/PdfImages.h"
 #include "render/pdf/PdfPages.h"
 #include "render/pdf/PdfStreams.h"
 
@@ -81,7 +82,7 @@ std::string written(QPDF& file) {
 }
 
 // Makes the file smaller without changing what it shows.
-void reduce(QPDF& file, FontSubsetter& fonts, FinishReport& report) {
+void reduce(QPDF& file, std::string_view html, FontSubsetter& fonts, FinishReport& report) {
     pdf::GlyphUse use;
     for (auto& content : pdf::contentsOf(file)) {
         const auto text = pdf::decoded(content.stream);
@@ -92,6 +93,7 @@ void reduce(QPDF& file, FontSubsetter& fonts, FinishReport& report) {
     const auto counts = pdf::reduceFonts(file, use, fonts);
     report.fontsReduced = counts.reduced;
     report.fontsKept = counts.kept;
+    report.jpegsRestored = pdf::packImages(file, html);
 }
 
 // fonts: null to leave everything but the pages alone.
@@ -102,7 +104,7 @@ PdfFinisher::Finished finished(ByteView printed, const FinishOptions& options, F
     result.report.pages = file.getAllPages().size();
     result.report.links = pdf::layOutPages(file, options);
     describe(file, options);
-    if (fonts) reduce(file, *fonts, result.report);
+    if (fonts) reduce(file, options.html, *fonts, result.report);
     result.pdf = written(file);
     return result;
 }

@@ -1,0 +1,183 @@
+#include "render/pdf/PdfImages.h"
+
+#include "core/message/TransferEncoding.h"
+#include "platform/Bytes.h"
+#include "render/pdf/Jpeg.h"
+#include "render/pdf/PdfStreams.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace ostrel::pdf {
+namespace {
+
+constexpr std::size_t mostPixels = std::size_t{1} << 27;
+
+// A picture as the engine embeds it: 8 bits a channel, packed without a predictor.
+struct Picture {
+    ImageSize size;
+    std::size_t channels = 0;
+    std::size_t rowBytes() const { return size.width * channels; }
+    std::size_t bytes() const { return rowBytes() * size.height; }
+};
+
+std::size_t channelsOf(QPDFObjectHandle colorSpace) {
+    if (colorSpace.isNameAndEquals("/DeviceRGB")) return 3;
+    if (colorSpace.isNameAndEquals("/DeviceGray")) return 1;
+    if (!colorSpace.isArray() || colorSpace.getArrayNItems() != 2 ||
+        !colorSpace.getArrayItem(0).isNameAndEquals("/ICCBased") || !colorSpace.getArrayItem(1).isStream())
+        return 0;
+    auto channels = colorSpace.getArrayItem(1).getDict().getKey("/N");
+    return channels.isInteger() && channels.getIntValue() == 3 ? 3 : 0;
+}
+
+std::optional<Picture> understood(QPDFObjectHandle dict) {
+    auto width = dict.getKey("/Width"), height = dict.getKey("/Height"), bits = dict.getKey("/BitsPerComponent");
+    if (!dict.getKey("/Subtype").isNameAndEquals("/Image") || !dict.getKey("/Filter").isNameAndEquals("/FlateDecode") ||
+        dict.hasKey("/DecodeParms") || dict.hasKey("/Decode") || dict.hasKey("/Mask") || !width.isInteger() ||
+        !height.isInteger() || !bits.isInteger() || bits.getIntValue() != 8)
+        return std::nullopt;
+    const auto w = width.getIntValue(), h = height.getIntValue();
+    const Picture picture{{static_cast<std::size_t>(w), static_cast<std::size_t>(h)},
+                          channelsOf(dict.getKey("/ColorSpace"))};
+    if (w <= 0 || h <= 0 || picture.channels == 0 || picture.size.width > mostPixels / picture.size.height)
+        return std::nullopt;
+    return picture;
+}
+
+// The photographs that the page carries, decoded from base64 when first asked for.
+class Originals {
+public:
+    explicit Originals(std::string_view html) : html_(html) {}
+
+    const std::string* matching(const ImageSize& size, std::string_view pixels) {
+        if (!isRead_) read();
+        const auto matches = [&](const Original& o) { return o.size == size && jpeg::decodesTo(o.file, pixels); };
+        const auto found = std::ranges::find_if(originals_, matches);
+        return found == originals_.end() ? nullptr : &found->file;
+    }
+
+private:
+    struct Original {
+        ImageSize size;
+        std::string file;
+    };
+    void read() {
+        isRead_ = true;
+        for (const auto payload : jpegPayloads(html_)) {
+            const auto file = jpeg::withoutMetadata(TransferEncoding::base64(bytesOf(payload)));
+            if (const auto size = jpeg::size(file)) originals_.push_back({*size, file});
+        }
+    }
+
+    std::string_view html_;
+    bool isRead_ = false;
+    std::vector<Original> originals_;
+};
+
+unsigned char paeth(int left, int up, int upLeft) {
+    const int estimate = left + up - upLeft;
+    const int a = std::abs(estimate - left), b = std::abs(estimate - up), c = std::abs(estimate - upLeft);
+    return static_cast<unsigned char>(a <= b && a <= c ? left : b <= c ? up : upLeft);
+}
+
+enum Filter : unsigned char { none, sub, up, average, paethFilter };   // numbers of PNG 1.2 §6
+
+void filterRow(Filter filter, const unsigned char* row, const unsigned char* above, std::size_t count,
+               std::size_t channels, unsigned char* out) {
+    for (std::size_t i = 0; i < count; ++i) {
+        const int left = i < channels ? 0 : row[i - channels], upLeft = i < channels ? 0 : above[i - channels];
+        int guess = 0;
+        switch (filter) {
+            case none:
+                break;
+            case sub:
+                guess = left;
+                break;
+            case up:
+                guess = above[i];
+                break;
+            case average:
+                guess = (left + above[i]) / 2;
+                break;
+            case paethFilter:
+                guess = paeth(left, above[i], upLeft);
+                break;
+        }
+        out[i] = static_cast<unsigned char>(row[i] - guess);
+    }
+}
+
+// Rows as differences from their surroundings, each with the filter that leaves the smallest ones (PNG 1.2 §9.6).
+std::string predicted(std::string_view pixels, std::size_t rowBytes, std::size_t channels) {
+    const auto rows = pixels.size() / rowBytes;
+    const auto* in = reinterpret_cast<const unsigned char*>(pixels.data());
+    const std::vector<unsigned char> blank(rowBytes);
+    std::vector<unsigned char> tried(rowBytes), best(rowBytes);
+    std::string out;
+    out.reserve(pixels.size() + rows);
+    for (std::size_t y = 0; y < rows; ++y) {
+        const auto* const row = in + y * rowBytes;
+        const auto* const above = y ? row - rowBytes : blank.data();
+        std::size_t least = SIZE_MAX;
+        Filter chosen = none;
+        for (const auto filter : {none, sub, up, average, paethFilter}) {
+            filterRow(filter, row, above, rowBytes, channels, tried.data());
+            std::size_t sum = 0;
+            for (const auto byte : tried) sum += byte < 128 ? byte : 256u - byte;
+            if (sum >= least) continue;
+            least = sum;
+            chosen = filter;
+            best.swap(tried);
+        }
+        out += static_cast<char>(chosen);
+        out.append(reinterpret_cast<const char*>(best.data()), rowBytes);
+    }
+    return out;
+}
+
+QPDFObjectHandle predictorParameters(const Picture& picture) {
+    auto parameters = QPDFObjectHandle::parse("<< /Predictor 15 >>");
+    parameters.replaceKey("/Colors", QPDFObjectHandle::newInteger(static_cast<long long>(picture.channels)));
+    parameters.replaceKey("/Columns", QPDFObjectHandle::newInteger(static_cast<long long>(picture.size.width)));
+    return parameters;
+}
+
+// Drawings pack better as they are, photographs as differences; a strip from the middle tells which this is.
+bool isBetterPredicted(std::string_view pixels, const Picture& picture) {
+    const auto rows = std::clamp<std::size_t>((std::size_t{1} << 17) / picture.rowBytes(), 1, picture.size.height);
+    const auto strip = pixels.substr((picture.size.height - rows) / 2 * picture.rowBytes(), rows * picture.rowBytes());
+    return zlib::deflate(predicted(strip, picture.rowBytes(), picture.channels), zlib::Effort::quick).size() <
+           zlib::deflate(strip, zlib::Effort::quick).size();
+}
+
+}   // namespace
+
+std::size_t packImages(QPDF& file, std::string_view html) {
+    Originals originals(html);
+    std::size_t restored = 0;
+    for (auto image : file.getAllObjects()) {
+        if (!image.isStream()) continue;
+        const auto picture = understood(image.getDict());
+        if (!picture) continue;
+        const auto pixels = decoded(image, picture->bytes());
+        if (!pixels || pixels->size() != picture->bytes()) continue;
+        const auto storedBytes = stored(image)->getSize();
+        const auto* const original = picture->channels == 3 ? originals.matching(picture->size, *pixels) : nullptr;
+        if (original && original->size() < storedBytes) {
+            image.replaceStreamData(*original, QPDFObjectHandle::newName("/DCTDecode"), QPDFObjectHandle::newNull());
+            ++restored;
+        } else if (isBetterPredicted(*pixels, *picture)) {
+            auto packed = zlib::deflate(predicted(*pixels, picture->rowBytes(), picture->channels), zlib::Effort::good);
+            if (packed.size() < storedBytes) replaceDeflated(image, std::move(packed), predictorParameters(*picture));
+        } else {
+            repack(image, *pixels, zlib::Effort::good);
+        }
+    }
+    return restored;
+}
+
+}   // namespace ostrel::pdf
