@@ -7,6 +7,7 @@
 #include <cmath>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 namespace ostrel {
 namespace {
@@ -113,22 +114,25 @@ void EngineView::load(const std::string& html) {
     // Not load_html, which ends the page at a NUL.
     const std::string_view page = html.empty() ? std::string_view("\n") : html;   // the engine refuses no bytes at all
     const GBytesPtr bytes(g_bytes_new(page.data(), page.size()));
+    isOurOwnLoad_ = true;
     webkit_web_view_load_bytes(view_.get(), bytes.get(), "text/html", "UTF-8", nullptr);
 }
 
 gboolean EngineView::decidePolicy(WebKitWebView*, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type,
                                   gpointer data) noexcept {
     if (type == WEBKIT_POLICY_DECISION_TYPE_RESPONSE) return FALSE;
-    const auto opensOutside = static_cast<EngineView*>(data)->opensOutside_;
+    auto& self = *static_cast<EngineView*>(data);
     WebKitNavigationAction* action =
         webkit_navigation_policy_decision_get_navigation_action(WEBKIT_NAVIGATION_POLICY_DECISION(decision));
     const char* uri = webkit_uri_request_get_uri(webkit_navigation_action_get_request(action));
     const std::string url = uri ? uri : "";
     const bool isClick = webkit_navigation_action_get_navigation_type(action) == WEBKIT_NAVIGATION_TYPE_LINK_CLICKED;
-    const auto answer = navigationPolicy(url, isClick, opensOutside ? OpenLinks::yes : OpenLinks::no);
-    if (answer.opensOutside) opensOutside(url);
-    // A new window is never made, not even an empty one.
-    if (answer.isAllowed && type == WEBKIT_POLICY_DECISION_TYPE_NAVIGATION_ACTION) {
+    const auto answer = navigationPolicy(url, isClick, self.opensOutside_ ? OpenLinks::yes : OpenLinks::no);
+    if (answer.opensOutside) self.opensOutside_(url);
+    // A page may not leave itself for an empty one either (a refresh to about:blank or about:srcdoc), nor get a new
+    // window. That leaves frames without content, which no cleaned mail has.
+    const bool isPage = std::exchange(self.isOurOwnLoad_, false);
+    if (answer.isAllowed && isPage && type == WEBKIT_POLICY_DECISION_TYPE_NAVIGATION_ACTION) {
         webkit_policy_decision_use(decision);
     } else {
         webkit_policy_decision_ignore(decision);

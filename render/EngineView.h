@@ -37,6 +37,7 @@ private:
     GRef<WebKitWebView> view_;
     LinkOpener opensOutside_;
     std::string pageRule_;
+    bool isOurOwnLoad_ = false;   // until the engine has asked about it
     SignalHandler policy_;
 };
 

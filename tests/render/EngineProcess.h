@@ -1,0 +1,9 @@
+#pragma once
+
+namespace ostrel {
+
+// Waits until the web process of this program works on a page, then kills it. Gives up when there is none for long;
+// false then.
+bool killBusyWebProcess();
+
+}   // namespace ostrel

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace ostrel {
+
+// A word on a page as pdftotext sees it: the box in points from the page's top left corner.
+struct PrintedWord {
+    std::string text;
+    double left = 0, top = 0, right = 0, bottom = 0;
+};
+
+struct PrintedSheet {
+    double width = 0, height = 0;
+    std::vector<PrintedWord> words;
+};
+
+std::vector<PrintedSheet> readSheets(const std::filesystem::path& pdf);
+std::string readText(const std::filesystem::path& pdf);
+std::size_t countImages(const std::filesystem::path& pdf);
+std::optional<PrintedWord> find(const std::vector<PrintedSheet>& sheets, std::string_view word);
+
+}   // namespace ostrel

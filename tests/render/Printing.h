@@ -1,0 +1,54 @@
+#pragma once
+
+#include "platform/Files.h"
+#include "render/TemporaryFolder.h"
+#include "render/WebPDFRenderer.h"
+#include "tests/render/PrintedPdf.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace ostrel {
+
+// A renderer and a folder to print into.
+class Printing : public testing::Test {
+protected:
+    // Prints to a fresh file and gives its path.
+    std::filesystem::path print(const std::string& html, WebPDFRenderer& with) {
+        const auto path = folder.path() / ("page " + std::to_string(++printed_) + ".pdf");
+        with.renderPDF(html, path, {});
+        return path;
+    }
+    std::filesystem::path print(const std::string& html) { return print(html, renderer); }
+
+    // The kind of error that printing ends with; nothing when it succeeds.
+    static std::optional<RenderError::Kind> failure(WebPDFRenderer& with, const std::string& html,
+                                                    const std::filesystem::path& to) {
+        try {
+            with.renderPDF(html, to, {});
+            return std::nullopt;
+        } catch (const RenderError& error) {
+            EXPECT_FALSE(std::string(error.what()).empty());
+            return error.kind;
+        }
+    }
+
+    // Takes the engine seconds to print, hardly any to load.
+    static std::string hundredsOfSheets() {
+        std::string html = "<!DOCTYPE html>";
+        for (int i = 0; i < 20'000; ++i) html += "<p>Paragraph " + std::to_string(i) + " with office words</p>";
+        return html;
+    }
+
+    TemporaryFolder folder{"ostrel-test-"};
+    WebPDFRenderer renderer{Paper::a4};
+
+private:
+    int printed_ = 0;
+};
+
+}   // namespace ostrel

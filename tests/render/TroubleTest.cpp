@@ -1,0 +1,60 @@
+#include "tests/render/EngineProcess.h"
+#include "tests/render/Printing.h"
+
+#include <chrono>
+#include <future>
+#include <memory>
+#include <stop_token>
+
+namespace ostrel {
+namespace {
+
+using namespace std::chrono_literals;
+using Kind = RenderError::Kind;
+
+TEST_F(Printing, OutlivesACrashOfTheWebProcess) {
+    print("<p>starts the process");
+    auto killed = std::async(std::launch::async, killBusyWebProcess);
+    const auto lost = folder.path() / "lost.pdf";
+    EXPECT_EQ(failure(renderer, hundredsOfSheets(), lost), Kind::engineCrashed);
+    EXPECT_TRUE(killed.get());
+    EXPECT_FALSE(files::exists(lost));
+    EXPECT_EQ(readText(print("<p>next")), "next\n\n\f");
+}
+
+TEST_F(Printing, GivesUpAPageThatTakesTooLong) {
+    WebPDFRenderer hurried(Paper::a4, {}, {.load = 60s, .print = 1s, .perMegabyte = 0s});
+    const auto lost = folder.path() / "lost.pdf";
+    EXPECT_EQ(failure(hurried, hundredsOfSheets(), lost), Kind::tooSlow);
+    EXPECT_FALSE(files::exists(lost));
+    EXPECT_EQ(readText(print("<p>next", hurried)), "next\n\n\f");
+}
+
+TEST_F(Printing, LeavesNothingWhereItCannotWrite) {
+    files::createFolders(folder.path() / "taken.pdf");
+    for (const char* name : {"no such folder/page.pdf", "taken.pdf"}) {
+        EXPECT_EQ(failure(renderer, "<p>text", folder.path() / name), Kind::writeFailed) << name;
+    }
+    EXPECT_EQ(files::list(folder.path()).size(), 1u);
+    EXPECT_EQ(readText(print("<p>next")), "next\n\n\f");
+}
+
+TEST_F(Printing, BeginsNoPageOnceCancelled) {
+    std::stop_source stop;
+    WebPDFRenderer cancellable(Paper::a4, stop.get_token());
+    print("<p>before", cancellable);
+    stop.request_stop();
+    EXPECT_THROW(print("<p>after", cancellable), RenderCancelled);
+    EXPECT_EQ(files::list(folder.path()).size(), 1u);
+}
+
+TEST_F(Printing, MayGoAwayOnAnyThreadAndWhileOthersPrint) {
+    { WebPDFRenderer unused(Paper::letter); }
+    auto other = std::make_unique<WebPDFRenderer>(Paper::letter);
+    print("<p>one", *other);
+    other.reset();
+    EXPECT_EQ(readText(print("<p>two")), "two\n\n\f");
+}
+
+}   // namespace
+}   // namespace ostrel
