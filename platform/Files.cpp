@@ -110,23 +110,16 @@ std::vector<FolderEntry> entriesOf(const std::filesystem::path& folder, int flag
     return entries;
 }
 
-struct Amount {
-    std::size_t limit;      // bytes to append at most
-    std::size_t expected;   // how many there probably are
-};
-
-// Appends what the descriptor gives, up to the limit or the end. The file may be growing or shrinking under us.
-void appendFrom(int descriptor, const std::filesystem::path& path, std::string& out, Amount amount) {
+// Appends what the descriptor still gives. expected is how many bytes there probably are; the file may be growing or
+// shrinking under us.
+void appendFrom(int descriptor, const std::filesystem::path& path, std::string& out, std::size_t expected) {
     constexpr std::size_t smallestStep = 4096;
     std::size_t filled = out.size();
-    const std::size_t end = amount.limit < std::string::npos - filled ? filled + amount.limit : std::string::npos;
-    std::size_t step = std::max(amount.expected, smallestStep);
-    while (filled < end) {
-        const std::size_t wanted = std::min(end - filled, step);
-        if (wanted > files::readLimitBytes || filled > files::readLimitBytes - wanted)
+    for (std::size_t step = std::max(expected, smallestStep);; step = filled) {   // then as much again
+        if (step > files::readLimitBytes || filled > files::readLimitBytes - step)
             throw FileError::reading(path, std::make_error_code(std::errc::file_too_large));
-        out.resize(filled + wanted);
-        const std::size_t stepEnd = filled + wanted;
+        const std::size_t stepEnd = filled + step;
+        out.resize(stepEnd);
         while (filled < stepEnd) {
             const ssize_t count =
                 files::uninterrupted([&] { return ::read(descriptor, out.data() + filled, stepEnd - filled); });
@@ -134,8 +127,23 @@ void appendFrom(int descriptor, const std::filesystem::path& path, std::string& 
             if (count == 0) return out.resize(filled);
             filled += static_cast<std::size_t>(count);
         }
-        step = filled;   // as much again
     }
+}
+
+struct OpenFile {
+    files::Descriptor descriptor;
+    struct stat status;
+};
+
+// A named pipe called *.emlx must not hold us up, so the open does not wait, and only regular files are read.
+OpenFile openRegularFile(const std::filesystem::path& path) {
+    OpenFile file{openQuietly(path, O_NONBLOCK), {}};
+    if (!file.descriptor.isOpen() || ::fstat(file.descriptor.number(), &file.status) != 0)
+        throw FileError::reading(path, files::lastError());
+    if (S_ISDIR(file.status.st_mode)) throw FileError::reading(path, std::make_error_code(std::errc::is_a_directory));
+    if (!S_ISREG(file.status.st_mode))
+        throw FileError::reading(path, std::make_error_code(std::errc::operation_not_supported));
+    return file;
 }
 
 }   // namespace
@@ -157,38 +165,35 @@ std::string displayText(const std::filesystem::path& path) { return text::toVali
 
 namespace files {
 
-// A named pipe called *.emlx must not hold us up, so the open does not wait, and only regular files are read.
-Descriptor openForReading(const std::filesystem::path& path) {
-    Descriptor descriptor = openQuietly(path, O_NONBLOCK);
-    struct stat status {};
-    if (!descriptor.isOpen() || ::fstat(descriptor.number(), &status) != 0) throw FileError::reading(path, lastError());
-    if (S_ISDIR(status.st_mode)) throw FileError::reading(path, std::make_error_code(std::errc::is_a_directory));
-    if (!S_ISREG(status.st_mode))
-        throw FileError::reading(path, std::make_error_code(std::errc::operation_not_supported));
-    return descriptor;
-}
+Descriptor openForReading(const std::filesystem::path& path) { return openRegularFile(path).descriptor; }
 
-ReadHandle::ReadHandle(const std::filesystem::path& path) : path_(path), descriptor_(openForReading(path).release()) {}
+ReadHandle::ReadHandle(const std::filesystem::path& path) : path_(path.native()) {
+    OpenFile file = openRegularFile(path);
+    descriptor_ = file.descriptor.release();
+    size_ = static_cast<std::uint64_t>(file.status.st_size);
+    modified_ = instantOf(file.status.st_mtim);
+}
 
 ReadHandle::~ReadHandle() { ::close(descriptor_); }
 
-void ReadHandle::read(std::string& out, std::size_t limit) const {
-    appendFrom(descriptor_, path_, out, {.limit = limit, .expected = limit});
+std::size_t ReadHandle::read(std::span<char> buffer) const {
+    std::size_t filled = 0;
+    // At the known end no further call is made to hear of it: a scan reads a hundred thousand files.
+    while (filled < buffer.size() && (filled == 0 || filled != size_)) {
+        const ssize_t count =
+            uninterrupted([&] { return ::read(descriptor_, buffer.data() + filled, buffer.size() - filled); });
+        if (count < 0) throw FileError::reading(path_, lastError());
+        if (count == 0) break;
+        filled += static_cast<std::size_t>(count);
+    }
+    return filled;
 }
 
 void ReadHandle::readToEnd(std::string& out) const {
-    // One allocation for the size the file has now; the byte more finds the end without another.
-    struct stat status {};
+    // One allocation for the size the file had; the byte more finds the end without another.
     const off_t position = ::lseek(descriptor_, 0, SEEK_CUR);
-    const bool isKnown = position >= 0 && ::fstat(descriptor_, &status) == 0 && status.st_size > position;
-    const std::size_t expected = isKnown ? static_cast<std::size_t>(status.st_size - position) + 1 : 0;
-    appendFrom(descriptor_, path_, out, {.limit = std::string::npos, .expected = expected});
-}
-
-std::optional<Instant> ReadHandle::modificationDate() const {
-    struct stat status {};
-    if (::fstat(descriptor_, &status) != 0) return std::nullopt;
-    return instantOf(status.st_mtim);
+    const bool isKnown = position >= 0 && size_ > static_cast<std::uint64_t>(position);
+    appendFrom(descriptor_, path_, out, isKnown ? size_ - static_cast<std::uint64_t>(position) + 1 : 0);
 }
 
 Bytes readWhole(const std::filesystem::path& path) {

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <functional>
 #include <optional>
+#include <span>
 #include <stdexcept>
 #include <string>
 #include <system_error>
@@ -54,15 +55,19 @@ public:
     ReadHandle& operator=(const ReadHandle&) = delete;
     ~ReadHandle();
 
-    // Appends up to limit further bytes to out; fewer only at the end of the file. Throws FileError.
-    void read(std::string& out, std::size_t limit) const;
+    // Fills the buffer from the start of the file on and returns how many bytes there are, fewer only at the end that
+    // the file had when it was opened. Throws FileError.
+    std::size_t read(std::span<char> buffer) const;
+    // Appends the rest of the file to out. Throws FileError.
     void readToEnd(std::string& out) const;
-    // The modification date; nothing when the system gives none.
-    std::optional<Instant> modificationDate() const;
+    // The modification date when the file was opened; nothing when the system gave none.
+    std::optional<Instant> modificationDate() const { return modified_; }
 
 private:
-    std::filesystem::path path_;
+    std::string path_;   // a path is several times as dear to copy
     int descriptor_;
+    std::uint64_t size_;   // when it was opened, like the next
+    std::optional<Instant> modified_;
 };
 
 // The names in a folder, hidden ones included, "." and ".." not, sorted by their bytes. Throws FileError.

@@ -5,6 +5,7 @@
 #include "platform/Text.h"
 
 #include <algorithm>
+#include <array>
 
 namespace ostrel::Emlx {
 
@@ -32,6 +33,12 @@ FirstLine firstLine(std::string_view file) {
 std::optional<long long> countIn(std::string_view trimmed) {
     long long count = 0;
     return text::parseInteger(trimmed, count) ? std::optional(count) : std::nullopt;
+}
+
+// The last component, as a view: a scan asks for every file.
+std::string_view nameOf(const std::filesystem::path& file) {
+    const std::string_view path = file.native();
+    return path.substr(path.rfind('/') + 1);
 }
 
 bool isBlankFile(std::string_view bytes) { return bytes.find_first_not_of(" \t\n\r") == std::string_view::npos; }
@@ -98,19 +105,20 @@ Container container(const Bytes& file) {
 
 Head readHead(const std::filesystem::path& file) {
     const files::ReadHandle handle(file);
-    std::string read;
-    handle.read(read, headLimit);
-    if (read.empty()) throw ReadError(ReadError::Kind::empty);
+    // On the stack, because to allocate and clear so much for each file would take a scan longer than reading it.
+    std::array<char, headLimit> buffer;
+    const std::string_view start(buffer.data(), handle.read(buffer));
+    if (start.empty()) throw ReadError(ReadError::Kind::empty);
 
-    ByteView head = headOf(read);
-    HeaderBodySplit split = splitHeaderAndBody(head);
-    const bool isComplete = split.bodyStart < head.size() || read.size() < headLimit;
-    if (!isComplete) {
-        handle.readToEnd(read);
-        head = headOf(read);
-        split = splitHeaderAndBody(head);
-    }
-    return {headersOf(head, split), handle.modificationDate()};
+    const ByteView head = headOf(start);
+    const HeaderBodySplit split = splitHeaderAndBody(head);
+    const bool isComplete = split.bodyStart < head.size() || start.size() < headLimit;
+    if (isComplete) return {headersOf(head, split), handle.modificationDate()};
+
+    std::string whole(start);
+    handle.readToEnd(whole);
+    const ByteView longHead = headOf(whole);
+    return {headersOf(longHead, splitHeaderAndBody(longHead)), handle.modificationDate()};
 }
 
 Headers readHeaders(const std::filesystem::path& file) { return readHead(file).headers; }
@@ -124,13 +132,11 @@ MailMessage read(const std::filesystem::path& file) {
 }
 
 std::string number(const std::filesystem::path& file) {
-    const std::string name = file.filename();
-    return name.substr(0, name.find('.'));
+    const std::string_view name = nameOf(file);
+    return std::string(name.substr(0, name.find('.')));
 }
 
-bool isPartial(const std::filesystem::path& file) {
-    return text::lowerASCII(file.filename().native()).ends_with(".partial.emlx");
-}
+bool isPartial(const std::filesystem::path& file) { return text::lowerASCII(nameOf(file)).ends_with(".partial.emlx"); }
 
 std::filesystem::path attachmentsFolder(const std::filesystem::path& file) {
     return file.parent_path().parent_path() / "Attachments" / number(file);

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <map>
+#include <numeric>
 #include <string_view>
 #include <unordered_map>
 
@@ -80,10 +81,28 @@ Mailbox mailboxOf(std::string_view relativeFolder) {
     return mailbox;
 }
 
-MessageSummary summaryOf(const fs::path& file, const Emlx::Head& head) {
-    const auto addresses = [&](std::string_view name) {
-        return MailAddress::list(head.headers.first(name).value_or(""));
+// Address lists read before: in a mail store the same few people write to each other all the time, and to read an
+// address costs more than to read a file's head.
+class KnownAddresses {
+public:
+    std::vector<MailAddress> list(std::string_view value) {
+        if (value.size() > longest) return MailAddress::list(value);
+        if (const auto known = lists_.find(value); known != lists_.end()) return known->second;
+        if (lists_.size() == most) lists_.clear();
+        return lists_.emplace(value, MailAddress::list(value)).first->second;
+    }
+
+private:
+    // Bounds on memory: what is longer is a list that seldom comes twice; what comes in such numbers are strangers.
+    static constexpr std::size_t longest = 256, most = 20000;
+    struct Hash : std::hash<std::string_view> {
+        using is_transparent = void;
     };
+    std::unordered_map<std::string, std::vector<MailAddress>, Hash, std::equal_to<>> lists_;
+};
+
+MessageSummary summaryOf(const fs::path& file, const Emlx::Head& head, KnownAddresses& known) {
+    const auto addresses = [&](std::string_view name) { return known.list(head.headers.first(name).value_or("")); };
     const auto identifiers = [&](std::string_view name) {
         return MessageIDs::list(head.headers.first(name).value_or(""));
     };
@@ -105,6 +124,17 @@ MessageSummary summaryOf(const fs::path& file, const Emlx::Head& head) {
     return summary;
 }
 
+// Messages of one date keep their order.
+std::vector<MessageSummary> newestFirst(std::vector<MessageSummary> messages) {
+    std::vector<std::size_t> order(messages.size());   // sorted in their place: a summary is dear to move
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    std::ranges::stable_sort(order, std::greater{}, [&](std::size_t i) { return messages[i].date; });
+    std::vector<MessageSummary> sorted;
+    sorted.reserve(messages.size());
+    for (const std::size_t i : order) sorted.push_back(std::move(messages[i]));
+    return sorted;
+}
+
 // What one walk has found so far.
 class Scan {
 public:
@@ -112,7 +142,7 @@ public:
 
     void add(const fs::path& file) {
         try {
-            MessageSummary summary = summaryOf(file, Emlx::readHead(file));
+            MessageSummary summary = summaryOf(file, Emlx::readHead(file), knownAddresses_);
             Mailbox& mailbox = mailboxFor(file);
             summary.mailboxID = mailbox.id;
             index_.messages.push_back(std::move(summary));
@@ -127,7 +157,7 @@ public:
     std::size_t count() const { return index_.messages.size(); }
 
     MailIndex finish(const std::string& onMyMac) {
-        std::ranges::stable_sort(index_.messages, std::greater{}, &MessageSummary::date);
+        index_.messages = newestFirst(std::move(index_.messages));
         index_.accounts = accounts(onMyMac);
         index_.root = root_;
         return std::move(index_);
@@ -201,6 +231,7 @@ private:
     fs::path root_;
     MailIndex index_;
     std::map<std::string, Mailbox> mailboxes_;   // by id; nodes stay where they are
+    KnownAddresses knownAddresses_;
     Mailbox* lastMailbox_ = nullptr;
     std::string lastFolder_;
 };
