@@ -5,6 +5,7 @@
 #include "render/pdf/PdfFonts.h"
 #include "render/pdf/PdfImages.h"
 #include "render/pdf/PdfPages.h"
+#include "render/pdf/PdfSharing.h"
 #include "render/pdf/PdfStreams.h"
 
 #include <algorithm>
@@ -94,6 +95,7 @@ void reduce(QPDF& file, std::string_view html, FontSubsetter& fonts, FinishRepor
     report.fontsReduced = counts.reduced;
     report.fontsKept = counts.kept;
     report.jpegsRestored = pdf::packImages(file, html);
+    pdf::shareTwins(file);
 }
 
 // fonts: null to leave everything but the pages alone.
