@@ -8,6 +8,7 @@
 #include "platform/LocaleFormat.h"
 
 #include <algorithm>
+#include <new>
 #include <optional>
 
 namespace ostrel {
@@ -29,7 +30,10 @@ std::vector<std::string> namesIn(const fs::path& folder) {
 }
 
 fs::path makeExportFolder(const fs::path& destination, const std::string& wishedName) {
-    const fs::path folder = destination / FileNamer(namesIn(destination)).unique(wishedName, "");
+    FileNamer names(namesIn(destination));
+    fs::path folder;
+    do folder = destination / names.unique(wishedName, "");
+    while (files::exists(folder));   // its names could not be listed, or the disk takes two names for one
     files::createFolders(folder);
     return folder;
 }
@@ -54,10 +58,10 @@ public:
             ++result_.exported;
         } catch (const RenderCancelled&) {
             throw;
+        } catch (const std::bad_alloc&) {
+            noteFailure(summary, row, "There is not enough memory for this message.");
         } catch (const std::exception& error) {
-            const std::string name = summary.subject.empty() ? displayText(summary.url.filename()) : summary.subject;
-            result_.failed.push_back({name, error.what()});
-            row.note = settings_.labels.unreadable;
+            noteFailure(summary, row, error.what());
         }
         rows_.push_back(std::move(row));
     }
@@ -92,11 +96,29 @@ private:
         return row;
     }
 
-    void exportParts(const MessageSummary& summary, const std::string& base, CSVIndex::Row& row) {
-        const MailMessage message = Emlx::read(summary.url);
-        if (settings_.attachments && std::ranges::any_of(message.attachments, &MailAttachment::isAvailable)) {
-            saveAttachments(message, base, row);
+    void noteFailure(const MessageSummary& summary, CSVIndex::Row& row, const char* reason) {
+        const std::string name = summary.subject.empty() ? displayText(summary.url.filename()) : summary.subject;
+        result_.failed.push_back({name, reason});
+        row.note = settings_.labels.unreadable;
+    }
+
+    // A name that nothing on the disk bears. "Scan.pdf" as a subject wants for its folder what the PDF of "Scan" is
+    // called; and some disks take two names for one that we tell apart.
+    std::string freeName(const std::string& wished, bool needsFolder) {
+        std::string name = wished;
+        while ((needsFolder && files::exists(result_.folder / name)) ||
+               (settings_.pdfs && files::exists(result_.folder / (name + ".pdf")))) {
+            name = names_.unique(wished, "");
         }
+        return name;
+    }
+
+    void exportParts(const MessageSummary& summary, const std::string& wishedName, CSVIndex::Row& row) {
+        const MailMessage message = Emlx::read(summary.url);
+        const bool savesAttachments =
+            settings_.attachments && std::ranges::any_of(message.attachments, &MailAttachment::isAvailable);
+        const std::string base = freeName(wishedName, savesAttachments);
+        if (savesAttachments) saveAttachments(message, base, row);
         if (!std::ranges::all_of(message.attachments, &MailAttachment::isAvailable)) {
             row.note = settings_.labels.attachments + ": " + settings_.labels.missing;
         }
@@ -109,7 +131,9 @@ private:
         FileNamer names;
         for (const MailAttachment& attachment : message.attachments) {
             if (!attachment.isAvailable()) continue;
-            const fs::path target = folder / names.uniqueFileName(attachment.filename);
+            fs::path target;
+            do target = folder / names.uniqueFileName(attachment.filename);
+            while (files::exists(target));
             if (const auto* file = std::get_if<fs::path>(&attachment.source)) {
                 files::copyAtomically(*file, target);
             } else {

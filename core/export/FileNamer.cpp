@@ -12,7 +12,8 @@ constexpr std::size_t duplicateSuffixBytes = 6;   // " (2)" up to " (999)" witho
 constexpr std::size_t senderBytes = 40;
 constexpr std::size_t subjectBytes = 100;
 constexpr std::size_t longestExtension = 12;         // characters; a longer tail after a dot is part of the name
-constexpr std::size_t longestExtensionBytes = 100;   // twelve characters of many code points would leave no room
+constexpr std::size_t longestExtensionBytes = 165;   // twelve characters can have any size: leave room for "Untitled"
+constexpr std::size_t extensionLookBytes = 4096;     // nobody's twelve characters are longer
 constexpr std::string_view untitled = "Untitled";
 constexpr std::size_t npos = std::string_view::npos;
 
@@ -114,7 +115,7 @@ std::string FileNamer::uniqueFileName(std::string_view fileName) {
     const bool isInLastComponent = dot != npos && (slash == npos || dot > slash);
     if (isInLastComponent && dot > 0) {
         const std::string_view extension = path.substr(dot + 1);
-        const std::size_t length = text::graphemeLengths(extension.substr(0, longestExtensionBytes + 1)).size();
+        const std::size_t length = text::graphemeLengths(extension.substr(0, extensionLookBytes)).size();
         if (length > 0 && length <= longestExtension) return unique(path.substr(0, dot), extension);
     }
     return unique(fileName, "");

@@ -3,12 +3,15 @@
 #include "platform/Files.h"
 #include "tests/platform/Surroundings.h"
 
+#include <csignal>
 #include <filesystem>
 #include <functional>
+#include <new>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 namespace ostrel {
 namespace {
@@ -25,6 +28,26 @@ public:
     }
     std::vector<DocumentInfo> infos;
     std::function<void(std::size_t call)> instead;
+};
+
+// While this lives, no file can grow larger: as on a disk that is nearly full, and also for root.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
+        ::getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit limit = {.rlim_cur = bytes, .rlim_max = before_.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+    ~FileSizeLimit() {
+        ::setrlimit(RLIMIT_FSIZE, &before_);
+        std::signal(SIGXFSZ, handler_);
+    }
+
+private:
+    rlimit before_ = {};
+    void (*handler_)(int);
 };
 
 class ExporterTest : public testing::Test {
@@ -113,42 +136,62 @@ TEST_F(ExporterTest, MessagesBecomeFilesOldestFirst) {
 }
 
 TEST_F(ExporterTest, OneBadMessageIsNotedAndTheRunGoesOn) {
-    const MessageSummary gone = put("Gone", 1), damaged = put("", 2), fails = put("Fails", 3), good = put("Good", 4);
+    const MessageSummary gone = put("Gone", 1), damaged = put("", 2), fails = put("Fails", 3), huge = put("Huge", 4),
+                         good = put("Good", 5);
     fs::remove(gone.url);
     files::writeAtomically(damaged.url, bytesOf("no message"));
     renderer_.instead = [](std::size_t call) {
         if (call == 1) throw RenderError(RenderError::Kind::engineCrashed, "The engine crashed.");
+        if (call == 2) throw std::bad_alloc();
     };
-    const ExportResult result = run({gone, damaged, fails, good});
+    const ExportResult result = run({gone, damaged, fails, huge, good});
     EXPECT_EQ(result.exported, 1U);
-    ASSERT_EQ(result.failed.size(), 3U);
+    ASSERT_EQ(result.failed.size(), 4U);
     EXPECT_EQ(result.failed[0].name, "Gone");
     EXPECT_NE(result.failed[0].reason.find("1.emlx"), std::string::npos) << result.failed[0].reason;
     EXPECT_EQ(result.failed[1], (ExportResult::Failure{"2.emlx", "The file is not a mail message."}));
     EXPECT_EQ(result.failed[2], (ExportResult::Failure{"Fails", "The engine crashed."}));
-    EXPECT_EQ(
-        indexTails(result),
-        (std::vector<std::string>{"0,,,C0001,1@x,Couldn’t be read", "0,,,C0002,2@x,Couldn’t be read",
-                                  "0,,,C0003,3@x,Couldn’t be read", "0,2024-03-05 0704 Kim - Good.pdf,,C0004,4@x,"}));
+    EXPECT_EQ(result.failed[3], (ExportResult::Failure{"Huge", "There is not enough memory for this message."}));
+    EXPECT_EQ(indexTails(result),
+              (std::vector<std::string>{"0,,,C0001,1@x,Couldn’t be read", "0,,,C0002,2@x,Couldn’t be read",
+                                        "0,,,C0003,3@x,Couldn’t be read", "0,,,C0004,4@x,Couldn’t be read",
+                                        "0,2024-03-05 0705 Kim - Good.pdf,,C0005,5@x,"}));
 }
 
 TEST_F(ExporterTest, AttachmentsThatCannotBeHadOrSaved) {
     EmlBuilder stored;
     stored.text("x").storedAttachment("gone.pdf", "application/pdf", 10).attachment("here.txt", "text/plain", "A");
     const MessageSummary missing = put("Missing", 1, stored);
-    // A file stands where the attachment folder must be.
-    const MessageSummary blocked = put("Blocked", 2, EmlBuilder().text("x").attachment("a.txt", "text/plain", "A"));
-    renderer_.instead = [&](std::size_t call) {
-        if (call == 1) files::writeAtomically(out_ / "Export" / "2024-03-05 0702 Kim - Blocked", bytesOf("x"));
-    };
-    const ExportResult result = run({missing, blocked, put("Good", 3)});
-    EXPECT_EQ(result.attachments, 1U);
+    // Of its two attachments the second does not fit the disk, nor would a page as large.
+    const MessageSummary tooLarge = put("Too large", 2,
+                                        EmlBuilder()
+                                            .text("x")
+                                            .attachment("a.txt", "text/plain", "A")
+                                            .attachment("b.bin", "application/zip", std::string(300000, 'b')));
+    const FileSizeLimit limit(200000);
+    const ExportResult result = run({missing, tooLarge, put("Good", 3)});
+    EXPECT_EQ(result.attachments, 2U) << "what was saved counts and stays";
     EXPECT_EQ(result.exported, 2U);
     ASSERT_EQ(result.failed.size(), 1U);
-    EXPECT_EQ(indexTails(result)[0],
-              "1,2024-03-05 0701 Kim - Missing.pdf,2024-03-05 0701 Kim - Missing,C0001,1@x,"
-              "Attachments: not downloaded by Mail");
-    EXPECT_EQ(indexTails(result)[1], "0,,,C0002,2@x,Couldn’t be read");
+    EXPECT_NE(result.failed[0].reason.find("b.bin"), std::string::npos) << result.failed[0].reason;
+    EXPECT_EQ(
+        indexTails(result),
+        (std::vector<std::string>{"1,2024-03-05 0701 Kim - Missing.pdf,2024-03-05 0701 Kim - Missing,C0001,1@x,"
+                                  "Attachments: not downloaded by Mail",
+                                  "1,,,C0002,2@x,Couldn’t be read", "0,2024-03-05 0703 Kim - Good.pdf,,C0003,3@x,"}));
+    EXPECT_EQ(namesIn(result.folder / "2024-03-05 0702 Kim - Too large"), std::vector<std::string>{"a.txt"});
+}
+
+TEST_F(ExporterTest, NoNameStandsInTheWayOfAnother) {
+    const EmlBuilder withFile = EmlBuilder().text("x").attachment("a.txt", "text/plain", "A");
+    const ExportResult result =
+        run({put("Scan", 1), put("Scan.pdf", 1, withFile), put("Plan.pdf", 2, withFile), put("Plan", 2)});
+    EXPECT_EQ(result.exported, 4U) << "the folder of one is called like the PDF of the other";
+    EXPECT_EQ(namesIn(result.folder),
+              (std::vector<std::string>{"2024-03-05 0701 Kim - Scan.pdf", "2024-03-05 0701 Kim - Scan.pdf (2)",
+                                        "2024-03-05 0701 Kim - Scan.pdf (2).pdf", "2024-03-05 0702 Kim - Plan (2).pdf",
+                                        "2024-03-05 0702 Kim - Plan.pdf", "2024-03-05 0702 Kim - Plan.pdf.pdf",
+                                        "index.csv"}));
 }
 
 TEST_F(ExporterTest, SwitchesLeaveThingsOut) {

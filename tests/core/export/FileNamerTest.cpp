@@ -83,12 +83,18 @@ TEST(FileNamerTest, WholeFileNamesKeepTheirExtension) {
         {"the last of two", "data.tar.gz", "data.tar.gz", "data.tar (2).gz"},
         {"twelve characters", "a.extension123", "a.extension123", "a (2).extension123"},
         {"thirteen are none", "a.extension1234", "a.extension1234", "a.extension1234 (2)"},
+        {"twelve characters of many marks", "a." + repeated("e\u0301\u0302\u0303\u0304\u0305", 12),
+         "a." + repeated("e\u0301\u0302\u0303\u0304\u0305", 12),
+         "a (2)." + repeated("e\u0301\u0302\u0303\u0304\u0305", 12)},
         {"hidden", ".bashrc", "bashrc", "bashrc (2)"},
         {"none", "README", "README", "README (2)"},
         {"empty", "", "Untitled", "Untitled (2)"},
         {"a dot at the end", "name.", "name", "name (2)"},
         {"a path cannot lead out", "../../etc/passwd.txt", "etc passwd.txt", "etc passwd (2).txt"},
         {"a dot in a folder is no extension", "a.b/c", "a.b c", "a.b c (2)"},
+        {"a slash at the end", "a.txt/", "a.txt", "a (2).txt"},
+        {"nothing but dots", "..", "Untitled", "Untitled (2)"},
+        {"an extension that is not safe", "a.t?t", "a.t t", "a (2).t t"},
     };
     for (const auto& row : rows) {
         FileNamer names;
