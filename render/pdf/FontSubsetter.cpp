@@ -45,12 +45,13 @@ bool isPlainTrueType(hb_face_t* face) {
 void dropOtherTables(hb_face_t* face, hb_subset_input_t* input) {
     std::array<hb_tag_t, 64> tags;
     auto* const dropped = hb_subset_input_set(input, HB_SUBSET_SETS_DROP_TABLE_TAG);
-    for (unsigned start = 0;; start += tags.size()) {
-        unsigned count = tags.size();
+    constexpr unsigned room = tags.size();
+    for (unsigned start = 0;; start += room) {
+        unsigned count = room;
         hb_face_get_table_tags(face, start, &count, tags.data());
         for (unsigned i = 0; i < count; ++i)
             if (std::ranges::find(neededTables, tags[i]) == neededTables.end()) hb_set_add(dropped, tags[i]);
-        if (count < tags.size()) return;
+        if (count < room) return;
     }
 }
 

@@ -21,16 +21,16 @@ struct LinkArea {
     std::string url;   // http, https or mailto; areas with anything else are dropped
 };
 
-struct FinishOptions {
+struct FinishOptions {   // every field has an initialiser, so that callers may name only some
     double widthPoints = 595, heightPoints = 842;   // the paper that every page ends up on
     double scale = 1;                               // final size over printed size; 1: printed on the paper itself
-    std::string title, author;                      // UTF-8; empty: the entry is left out
-    std::optional<Instant> created;                 // the message's date
-    std::optional<std::string> language;            // BCP 47
-    std::vector<LinkArea> links;
+    std::string title{}, author{};                  // UTF-8; empty: the entry is left out
+    std::optional<Instant> created{};               // the message's date
+    std::optional<std::string> language{};          // BCP 47
+    std::vector<LinkArea> links{};
     // The page that was printed. JPEGs in its data: addresses replace what the engine made of them, pixel for pixel.
     // Must live for the call.
-    std::string_view html;
+    std::string_view html{};
 };
 
 // What became of the file. Nothing in it is an error: what could not be made smaller was kept as the engine wrote it.

@@ -112,19 +112,28 @@ std::string hexBytes(std::string_view digits) {
     return bytes;
 }
 
-// Nothing for octal escapes and line ends, which the engine does not write.
-std::optional<std::string> literalBytes(std::string_view text) {
+// ISO 32000-1 §7.3.4.2
+std::string literalBytes(std::string_view text) {
+    const auto isOctal = [&](std::size_t at) { return at < text.size() && text[at] >= '0' && text[at] <= '7'; };
     std::string bytes;
     for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == '\r') return std::nullopt;
-        if (text[i] != '\\') {
+        const bool isEscaped = text[i] == '\\';
+        if (isEscaped && ++i == text.size()) break;
+        const bool isLineEnd = text[i] == '\r' || text[i] == '\n';
+        if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n') ++i;
+        if (isLineEnd) {
+            if (!isEscaped) bytes += '\n';
+        } else if (!isEscaped) {
             bytes += text[i];
-            continue;
+        } else if (isOctal(i)) {
+            int code = text[i] - '0';
+            for (int digits = 1; digits < 3 && isOctal(i + 1); ++digits) code = code * 8 + (text[++i] - '0');
+            bytes += static_cast<char>(code & 0xFF);
+        } else {
+            static constexpr std::string_view escaped = "nrtbf", meant = "\n\r\t\b\f";
+            const auto which = escaped.find(text[i]);
+            bytes += which == std::string_view::npos ? text[i] : meant[which];
         }
-        static constexpr std::string_view escaped = "nrtbf()\\", meant = "\n\r\t\b\f()\\";
-        const auto which = ++i < text.size() ? escaped.find(text[i]) : std::string_view::npos;
-        if (which == std::string_view::npos) return std::nullopt;
-        bytes += meant[which];
     }
     return bytes;
 }
@@ -159,13 +168,12 @@ void GlyphUse::read(std::string_view content, QPDFObjectHandle resources) {
         if (!font.isKnown) complete_ = false;
         if (!font.codes) return;
         const auto bytes = text.isHex ? hexBytes(text.text) : literalBytes(text.text);
-        if (!bytes || bytes->size() % 2 != 0) {
+        if (bytes.size() % 2 != 0) {
             complete_ = false;
             return;
         }
-        for (std::size_t i = 0; i < bytes->size(); i += 2)
-            font.codes->set(static_cast<unsigned char>((*bytes)[i]) * 256u +
-                            static_cast<unsigned char>((*bytes)[i + 1]));
+        for (std::size_t i = 0; i < bytes.size(); i += 2)
+            font.codes->set(static_cast<unsigned char>(bytes[i]) * 256u + static_cast<unsigned char>(bytes[i + 1]));
     };
 
     Tokens tokens(content);

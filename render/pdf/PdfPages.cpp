@@ -94,11 +94,18 @@ std::string contentOf(QPDFPageObjectHelper& page) {
     return all;
 }
 
+// The operator that applies the matrix to what follows. The matrix would round itself to five digits.
+std::string transform(const QPDFMatrix& m) {
+    std::string text;
+    for (const double value : {m.a, m.b, m.c, m.d, m.e, m.f}) text += QUtil::double_to_string(value, 7) + ' ';
+    return text + "cm\n";
+}
+
 void place(QPDF& file, QPDFPageObjectHelper& page, const Placement& placement, ScaledPatterns& patterns) {
     auto dict = page.getObjectHandle();
     if (!placement.isIdentity()) {
         auto content = contentOf(page);
-        content.insert(0, placement.matrix().unparse() + " cm\n");
+        content.insert(0, transform(placement.matrix()));
         dict.replaceKey("/Contents", QPDFObjectHandle::newStream(&file, content));
         if (auto resources = dict.getKey("/Resources"); resources.isDictionary()) {
             resources = resources.shallowCopy();
