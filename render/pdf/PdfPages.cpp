@@ -22,7 +22,7 @@ using Rectangle = QPDFObjectHandle::Rectangle;   // corners in points, y upwards
 class Placement {
 public:
     Placement(const Rectangle& printed, const FinishOptions& options)
-        : matrix_(options.scale, 0, 0, options.scale, -printed.llx * options.scale,
+        : matrix_(options.scale, 0, 0, options.scale, 0 - printed.llx * options.scale,
                   options.heightPoints - printed.ury * options.scale),
           printed_(printed),
           paper_(0, 0, options.widthPoints, options.heightPoints) {}
