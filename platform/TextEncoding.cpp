@@ -262,6 +262,28 @@ UConverter* openConverter(const std::string& name) {
     return (kept[name] = std::move(converter)).get();
 }
 
+// Some of the library's tables come from IBM's mainframes and turn three control characters around: byte 1A gives
+// U+001C, 1C gives U+007F, 7F gives U+001A. Nobody else reads those encodings so. They are single bytes in all of them.
+bool turnsControlsAround(UConverter* converter) {
+    const std::string_view bytes = "\x1A\x1C\x7F";
+    std::array<UChar, 4> units{};
+    UErrorCode status = U_ZERO_ERROR;
+    ucnv_toUChars(converter, units.data(), units.size(), bytes.data(), static_cast<std::int32_t>(bytes.size()),
+                  &status);
+    return U_SUCCESS(status) && units[0] == 0x1C && units[1] == 0x7F && units[2] == 0x1A;
+}
+
+void turnControlsBack(std::string& text) {
+    for (char& c : text) {
+        if (c == '\x1C')
+            c = '\x1A';
+        else if (c == '\x7F')
+            c = '\x1C';
+        else if (c == '\x1A')
+            c = '\x7F';
+    }
+}
+
 std::optional<std::string> decodeByICU(const std::string& name, std::string_view bytes) {
     UConverter* converter = openConverter(name);
     if (converter == nullptr) return std::nullopt;
@@ -278,6 +300,8 @@ std::optional<std::string> decodeByICU(const std::string& name, std::string_view
         if (!output.append(units.data(), target - units.data())) return std::nullopt;
     }
     if (U_FAILURE(status) || !output.isComplete()) return std::nullopt;
+    const bool holdsControls = output.out.find_first_of("\x1A\x1C\x7F") != std::string::npos;
+    if (holdsControls && turnsControlsAround(converter)) turnControlsBack(output.out);
     return std::move(output.out);
 }
 

@@ -188,13 +188,15 @@ private:
     }
 
     void endAngle() {
+        // Who quotes a name has put its comma inside.
+        const bool isQuoted = !phrase_.empty() && phrase_.front().kind == Kind::quoted;
         auto name = spellPhrase(phrase_);
         auto email = spellAddress(angle_);
         phrase_.clear();
         angle_.clear();
         groupColon_.reset();
         isInAngle_ = false;
-        joinLooseNames(name);
+        if (!isQuoted) joinLooseNames(name);
         add({std::move(name), std::move(email)});
     }
 
@@ -245,7 +247,10 @@ private:
     // At a separator: what stands outside of brackets.
     void endPiece() {
         const bool lacksClose = isInAngle_ && !angle_.empty();
-        if (lacksClose) phrase_.insert(phrase_.end(), angle_.begin(), angle_.end());
+        if (lacksClose) {
+            angle_.front().isAfterBlank = true;   // the bracket divides like a blank
+            phrase_.insert(phrase_.end(), angle_.begin(), angle_.end());
+        }
         isInAngle_ = false;
         auto rest = Tokens(phrase_);
         const bool isGroup = groupColon_ && (*groupColon_ + 1 == rest.size() || (!lacksClose && hasAt(rest)));

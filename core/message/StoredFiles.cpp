@@ -13,6 +13,16 @@ bool isFolderItself(const std::filesystem::path& path) {
     return std::filesystem::is_directory(std::filesystem::symlink_status(path, ignored));
 }
 
+// A regular file of the folder, perhaps by a link that stays inside it.
+bool isFileOf(const std::filesystem::path& folder, const std::filesystem::path& path) {
+    if (files::isRegularFile(path)) return true;
+    std::error_code failed;
+    const auto target = std::filesystem::canonical(path, failed);
+    if (failed || !files::isRegularFile(target)) return false;
+    const auto inside = std::filesystem::canonical(folder, failed) / "";
+    return !failed && target.native().starts_with(inside.native());
+}
+
 }   // namespace
 
 std::optional<std::filesystem::path> StoredFiles::find(const std::string& partNumber, const std::string& filename) {
@@ -38,7 +48,7 @@ std::optional<std::filesystem::path> StoredFiles::inPartFolder(const std::string
     const auto named = std::ranges::find(names, filename, [](const auto& name) { return name.native(); });
     if (named == names.end() && names.size() != 1) return std::nullopt;
     auto path = folder / (named != names.end() ? *named : names.front());
-    if (!files::isRegularFile(path)) return std::nullopt;
+    if (!isFileOf(*folder_, path)) return std::nullopt;
     return path;
 }
 
@@ -47,7 +57,7 @@ void StoredFiles::indexByName() {
     try {
         files::walk(*folder_, files::Hidden::include, [this](const files::Entry& entry) {
             std::string name(entry.name);
-            if (!entry.isFolder && !byName_->contains(name) && files::isRegularFile(entry.path)) {
+            if (!entry.isFolder && !byName_->contains(name) && isFileOf(*folder_, entry.path)) {
                 byName_->emplace(std::move(name), entry.path);
             }
             return files::Walk::on;

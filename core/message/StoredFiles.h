@@ -9,7 +9,7 @@ namespace ostrel {
 
 // The folder in which Mail keeps the attachments of one message outside its file: a subfolder per part number, holding
 // the file under the name that the message gives it. Looked into, never written. Only regular files are ever handed
-// out, and no link is followed: what a mail or a copied store names must not reach outside the folder.
+// out, and no link is followed out of the folder: what a mail or a copied store names must not reach outside.
 class StoredFiles {
 public:
     // Nothing is read yet. Without a folder nothing is ever found.

@@ -38,6 +38,7 @@ TEST(TextEncoding, decodesWhatMailCarries) {
         {"Mac", "macintosh", "\x8E\xD5", "é’"},
         {"Japanese with a vendor's circled one", "Shift_JIS", "\x87\x40\x93\xFA\xB1", "①日ｱ"},
         {"half a Japanese character", "shift_jis", "\x93", {}},
+        {"control characters stay themselves in tables from mainframes", "shift_jis", "a\x1A\x1C\x7F", "a\x1A\x1C\x7F"},
         {"seven-bit Japanese", "ISO-2022-JP", "\x1B$BF|K\\\x1B(B!", "日本!"},
         {"circled one and half-width kana in it", "iso-2022-jp", "\x1B$B-!\x1B(I1\x1B(B", "①ｱ"},
         {"a vendor's name of it", "cp50221", "\x1B$BF|\x1B(B", "日"},

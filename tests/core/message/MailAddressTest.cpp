@@ -32,6 +32,8 @@ TEST(MailAddressTest, readsTheFormsOfTheStandard) {
         {"name", "Kim Lee <kim@x.org>", {{"Kim Lee", "kim@x.org"}}},
         {"brackets alone", "<kim@x.org>", {{"", "kim@x.org"}}},
         {"quoted", "\"Lee, Kim\" <kim@x.org>", {{"Lee, Kim", "kim@x.org"}}},
+        {"a quoted name is whole", "nobody, \"Kim Lee\" <kim@x.org>", {{"nobody", ""}, {"Kim Lee", "kim@x.org"}}},
+        {"brackets that hold no address and never close", "John Doe <nobody", {{"John Doe nobody", ""}}},
         {"escapes", R"("Kim \"K\" \\ Lee" <kim@x.org>)", {{R"(Kim "K" \ Lee)", "kim@x.org"}}},
         {"quoted and not", "\"Kim\" Lee <kim@x.org>", {{"Kim Lee", "kim@x.org"}}},
         {"folded", "Kim\r\n Lee\r\n\t<kim@x.org>,\r\n ann@x.org", {{"Kim Lee", "kim@x.org"}, {"", "ann@x.org"}}},

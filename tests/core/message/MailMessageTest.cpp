@@ -316,6 +316,7 @@ TEST_F(StoredFilesTest, LookUp) {
     write("../outside.pdf");
     link("10/link.pdf", "../../../outside.pdf");
     link("11", "../");
+    link("12/inside.pdf", "../3/only.pdf");
     const struct {
         const char* why;
         const char *number, *name, *expected;
@@ -331,7 +332,8 @@ TEST_F(StoredFilesTest, LookUp) {
         {"a folder is no file, even of that name", "6", "x.pdf", "4/x.pdf"},
         {"a folder is no only file", "7", "none", "-"},
         {"a folder counts as an entry", "9", "none", "-"},
-        {"a link is no file", "10", "link.pdf", "-"},
+        {"no link leads out", "10", "link.pdf", "-"},
+        {"a link inside the folder is as good as its file", "12", "inside.pdf", "12/inside.pdf"},
         {"a link is no part folder", "11", "outside.pdf", "-"},
         {"names cannot climb", "8", "../2/a.pdf", "-"},
         {"nor name folders", "8", "..", "-"},
