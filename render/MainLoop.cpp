@@ -2,8 +2,10 @@
 
 #include "render/GRef.h"
 
+#include <array>
 #include <cassert>
 #include <csignal>
+#include <cstdint>
 #include <exception>
 #include <memory>
 #include <stdexcept>
@@ -11,6 +13,7 @@
 #include <utility>
 
 #include <glib-unix.h>
+#include <sys/eventfd.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
 
@@ -27,10 +30,24 @@ gboolean runTask(gpointer data) noexcept {
 
 void deleteTask(gpointer data) { delete static_cast<Task*>(data); }
 
+// Where a thread that began before ours blocked the signals notes that one came to it; the allocator of the engine's
+// library starts such a thread before main.
+int noticedElsewhere = -1;
+
+void noteInterrupt(int) {
+    const std::uint64_t one = 1;
+    [[maybe_unused]] const ssize_t written = write(noticedElsewhere, &one, sizeof one);
+}
+
 gboolean takeInterrupt(gint descriptor, GIOCondition, gpointer data) noexcept {
-    signalfd_siginfo received;
-    if (read(descriptor, &received, sizeof received) > 0) (*static_cast<Task*>(data))();
+    std::array<char, sizeof(signalfd_siginfo)> received;
+    if (read(descriptor, received.data(), received.size()) > 0) (*static_cast<Task*>(data))();
     return G_SOURCE_CONTINUE;
+}
+
+void watch(int descriptor, const Task& handler) {
+    if (descriptor < 0) throw std::runtime_error("This system gives no way to notice an interrupt.");
+    g_unix_fd_add_full(G_PRIORITY_DEFAULT, descriptor, G_IO_IN, takeInterrupt, new Task(handler), deleteTask);
 }
 
 }   // namespace
@@ -59,7 +76,7 @@ void runBeside(const Task& work) {
     if (failure) std::rethrow_exception(failure);
 }
 
-void onInterrupt(Task handler) {
+void onInterrupt(const Task& handler) {
     assert(isMainThread());
     // Blocked signals stay blocked in the programs we start, so a Ctrl-C meant for us does not kill the web process
     // in the middle of a page; a handler would have left them the default.
@@ -67,10 +84,12 @@ void onInterrupt(Task handler) {
     sigemptyset(&signals);
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&signals, signal);
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-    const int descriptor = signalfd(-1, &signals, SFD_NONBLOCK | SFD_CLOEXEC);
-    if (descriptor < 0) throw std::runtime_error("This system gives no way to notice an interrupt.");
-    g_unix_fd_add_full(G_PRIORITY_DEFAULT, descriptor, G_IO_IN, takeInterrupt, new Task(std::move(handler)),
-                       deleteTask);
+    watch(signalfd(-1, &signals, SFD_NONBLOCK | SFD_CLOEXEC), handler);
+    watch(noticedElsewhere = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC), handler);
+    struct sigaction note {};
+    note.sa_handler = noteInterrupt;
+    note.sa_flags = SA_RESTART;
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaction(signal, &note, nullptr);
 }
 
 Timer::Timer(std::chrono::milliseconds delay, Task task) {

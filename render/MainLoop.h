@@ -18,7 +18,7 @@ void runBeside(const std::function<void()>& work);
 
 // From now on an interrupt, a hang-up or a request to terminate calls the handler on the main thread instead of ending
 // the program, and programs started afterwards (the engine's among them) do not see it. Once, before the first thread.
-void onInterrupt(std::function<void()> handler);
+void onInterrupt(const std::function<void()>& handler);
 
 // Calls the task once on the main thread after the delay, unless destroyed before. Main thread only.
 class Timer {

@@ -62,10 +62,11 @@ void PagePrinter::print(const std::string& html, std::filesystem::path output, D
     isSqueezed_ = false;
     enlargement_ = 1;
     failure_.reset();
+    limit_ = mainLoop::Timer(limitFor(limits_.load, limits_, html_->size()), [this] { tooSlow(limits_.load); });
     if (view_) return load();
     withOfflineRules([weak = weak_from_this()](WebKitUserContentFilter* rules) {
         const auto self = weak.lock();
-        if (!self) return;
+        if (!self || self->phase_ != Phase::preparing) return;
         self->makeView(rules);
         self->load();
     });
@@ -88,7 +89,6 @@ void PagePrinter::makeView(WebKitUserContentFilter* rules) {
 void PagePrinter::load() {
     phase_ = Phase::loading;
     isCommitted_ = false;
-    limit_ = mainLoop::Timer(limitFor(limits_.load, limits_, html_->size()), [this] { tooSlow(limits_.load); });
     view_->setPageMargins(pageGeometry::verticalMargin, pageGeometry::horizontalMargin);   // mostly what it will be
     view_->load(*html_);
 }
@@ -115,6 +115,7 @@ gboolean PagePrinter::loadFailed(WebKitWebView*, WebKitLoadEvent, const char*, G
 }
 
 void PagePrinter::processEnded(WebKitWebView*, WebKitWebProcessTerminationReason reason, gpointer data) noexcept {
+    if (reason == WEBKIT_WEB_PROCESS_TERMINATED_BY_API) return;   // by tooSlow, which has told
     static_cast<PagePrinter*>(data)->fail(RenderError::Kind::engineCrashed,
                                           reason == WEBKIT_WEB_PROCESS_EXCEEDED_MEMORY_LIMIT
                                               ? "The web engine ran out of memory on this message."
@@ -212,10 +213,9 @@ void PagePrinter::printWider() {
 }
 
 void PagePrinter::tooSlow(std::chrono::milliseconds limit) {
-    const auto view = view_->web();
     fail(RenderError::Kind::tooSlow, "Printing this message took longer than " +
                                          inWords(limitFor(limit, limits_, html_->size())) + " and was stopped.");
-    webkit_web_view_terminate_web_process(view);
+    if (view_) webkit_web_view_terminate_web_process(view_->web());
 }
 
 void PagePrinter::fail(RenderError::Kind kind, const std::string& reason) { complete(RenderError(kind, reason)); }
