@@ -176,24 +176,25 @@ ReadHandle::ReadHandle(const std::filesystem::path& path) : path_(path.native())
 
 ReadHandle::~ReadHandle() { ::close(descriptor_); }
 
-std::size_t ReadHandle::read(std::span<char> buffer) const {
+std::size_t ReadHandle::read(std::span<char> buffer) {
     std::size_t filled = 0;
-    // At the known end no further call is made to hear of it: a scan reads a hundred thousand files.
-    while (filled < buffer.size() && (filled == 0 || filled != size_)) {
+    while (filled < buffer.size()) {
         const ssize_t count =
             uninterrupted([&] { return ::read(descriptor_, buffer.data() + filled, buffer.size() - filled); });
         if (count < 0) throw FileError::reading(path_, lastError());
-        if (count == 0) break;
         filled += static_cast<std::size_t>(count);
+        position_ += static_cast<std::uint64_t>(count);
+        // At the known end no further call is made to hear of it: a scan reads a hundred thousand files.
+        if (count == 0 || position_ == size_) break;
     }
     return filled;
 }
 
-void ReadHandle::readToEnd(std::string& out) const {
+void ReadHandle::readToEnd(std::string& out) {
+    const std::size_t before = out.size();
     // One allocation for the size the file had; the byte more finds the end without another.
-    const off_t position = ::lseek(descriptor_, 0, SEEK_CUR);
-    const bool isKnown = position >= 0 && size_ > static_cast<std::uint64_t>(position);
-    appendFrom(descriptor_, path_, out, isKnown ? size_ - static_cast<std::uint64_t>(position) + 1 : 0);
+    appendFrom(descriptor_, path_, out, size_ > position_ ? size_ - position_ + 1 : 0);
+    position_ += out.size() - before;
 }
 
 Bytes readWhole(const std::filesystem::path& path) {

@@ -55,17 +55,18 @@ public:
     ReadHandle& operator=(const ReadHandle&) = delete;
     ~ReadHandle();
 
-    // Fills the buffer from the start of the file on and returns how many bytes there are, fewer only at the end that
-    // the file had when it was opened. Throws FileError.
-    std::size_t read(std::span<char> buffer) const;
+    // Fills the buffer with the next bytes and returns how many there are, fewer only at the end that the file had when
+    // it was opened. Throws FileError.
+    std::size_t read(std::span<char> buffer);
     // Appends the rest of the file to out. Throws FileError.
-    void readToEnd(std::string& out) const;
+    void readToEnd(std::string& out);
     // The modification date when the file was opened; nothing when the system gave none.
     std::optional<Instant> modificationDate() const { return modified_; }
 
 private:
     std::string path_;   // a path is several times as dear to copy
     int descriptor_;
+    std::uint64_t position_ = 0;
     std::uint64_t size_;   // when it was opened, like the next
     std::optional<Instant> modified_;
 };

@@ -13,6 +13,7 @@ namespace {
 
 constexpr std::size_t countLineLimit = 24;   // a longer first line is no count line
 constexpr std::size_t headLimit = 65536;
+constexpr std::size_t usualHead = 16384;   // few heads are longer, and most files are: the rest need not be copied
 constexpr std::size_t firstLineLimit = 1000;
 
 // The first line, which may hold the message's length.
@@ -50,17 +51,47 @@ void readBookkeeping(ByteView bytes, Container& container) {
     container.flags = list->integer("flags");
 }
 
-// The header block in what was read of a file; the head reader skips any number in the first line, whatever its value.
-ByteView headOf(std::string_view read) {
-    const FirstLine line = firstLine(read);
-    const std::string decoded = text::toValidUTF8(line.text);
-    const bool isCount = countIn(text::trimBlanks(decoded)).has_value();
-    return bytesOf(isCount ? read.substr(line.messageStart(read.size())) : read);
-}
+// The head in what was read of a file so far. The number in the first line is skipped, whatever its value.
+struct FoundHead {
+    explicit FoundHead(std::string_view read) {
+        const FirstLine line = firstLine(read);
+        const std::string decoded = text::toValidUTF8(line.text);
+        const bool isCount = countIn(text::trimBlanks(decoded)).has_value();
+        head = bytesOf(isCount ? read.substr(line.messageStart(read.size())) : read);
+        split = splitHeaderAndBody(head);
+    }
+    ByteView header() const { return head.first(split.headerSize); }
+    bool isEnded() const { return split.bodyStart < head.size(); }
+    // Whether the first line that is not empty lies inside the header block, so that none follows that could matter.
+    bool holdsFirstLine() const { return charsOf(header()).find_first_not_of("\r\n") != std::string_view::npos; }
 
-Headers headersOf(ByteView head, const HeaderBodySplit& split) {
-    if (!looksLikeMessage(head)) throw ReadError(ReadError::Kind::notAMessage);
-    return Headers::parse(head.first(split.headerSize));
+    ByteView head;
+    HeaderBodySplit split;
+};
+
+// Reads the head of a file and hands the header block to parse; the block is gone afterwards.
+template <typename Parse>
+Head readHeadWith(const std::filesystem::path& file, Parse parse) {
+    const auto parsed = [&](const FoundHead& found) {
+        if (!looksLikeMessage(found.head)) throw ReadError(ReadError::Kind::notAMessage);
+        return parse(found.header());
+    };
+    files::ReadHandle handle(file);
+    // On the stack, because to allocate and clear so much for each file would take a scan longer than reading it.
+    std::array<char, headLimit> buffer;
+    const std::span<char> room(buffer);
+    std::size_t size = handle.read(room.first(usualHead));
+    if (size == 0) throw ReadError(ReadError::Kind::empty);
+    FoundHead found({buffer.data(), size});
+    if (size == usualHead && !(found.isEnded() && found.holdsFirstLine())) {
+        size += handle.read(room.subspan(usualHead));
+        found = FoundHead({buffer.data(), size});
+    }
+    if (found.isEnded() || size < headLimit) return {parsed(found), handle.modificationDate()};
+
+    std::string whole(buffer.data(), size);
+    handle.readToEnd(whole);
+    return {parsed(FoundHead(whole)), handle.modificationDate()};
 }
 
 }   // namespace
@@ -103,25 +134,11 @@ Container container(const Bytes& file) {
     return result;
 }
 
-Head readHead(const std::filesystem::path& file) {
-    const files::ReadHandle handle(file);
-    // On the stack, because to allocate and clear so much for each file would take a scan longer than reading it.
-    std::array<char, headLimit> buffer;
-    const std::string_view start(buffer.data(), handle.read(buffer));
-    if (start.empty()) throw ReadError(ReadError::Kind::empty);
-
-    const ByteView head = headOf(start);
-    const HeaderBodySplit split = splitHeaderAndBody(head);
-    const bool isComplete = split.bodyStart < head.size() || start.size() < headLimit;
-    if (isComplete) return {headersOf(head, split), handle.modificationDate()};
-
-    std::string whole(start);
-    handle.readToEnd(whole);
-    const ByteView longHead = headOf(whole);
-    return {headersOf(longHead, splitHeaderAndBody(longHead)), handle.modificationDate()};
+Head readHead(const std::filesystem::path& file, std::span<const std::string_view> names) {
+    return readHeadWith(file, [&](ByteView block) { return Headers::parseOnly(block, names); });
 }
 
-Headers readHeaders(const std::filesystem::path& file) { return readHead(file).headers; }
+Headers readHeaders(const std::filesystem::path& file) { return readHeadWith(file, &Headers::parse).headers; }
 
 MailMessage read(const std::filesystem::path& file) {
     const Container stored = container(files::readWhole(file));

@@ -8,8 +8,10 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <span>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 // Message container files of the Apple Mail store:
 //
@@ -40,9 +42,10 @@ struct Head {
     Headers headers;
     std::optional<Instant> modified;   // the file's modification date
 };
-// The header fields of a message file, reading its first 64 KiB only unless the header block is longer. Throws
-// ReadError, FileError.
-Head readHead(const std::filesystem::path& file);
+// The header fields of these names of a message file, reading its first 64 KiB only unless the header block is longer.
+// Throws ReadError, FileError.
+Head readHead(const std::filesystem::path& file, std::span<const std::string_view> names);
+// The same, all fields.
 Headers readHeaders(const std::filesystem::path& file);
 
 // The whole message. A message without a date takes the date received. Throws ReadError, FileError.

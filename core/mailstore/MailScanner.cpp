@@ -28,6 +28,10 @@ constexpr std::string_view localAccount = "Mailboxes";   // the folder of mailbo
 constexpr std::array<std::string_view, 9> rankedMailboxes = {
     "inbox", "drafts", "sent", "sent messages", "sent mail", "archive", "junk", "trash", "deleted messages"};
 
+// What a summary is made of.
+constexpr std::array<std::string_view, 9> summaryFields = {
+    "From", "To", "Cc", "Subject", "Date", "Message-ID", "In-Reply-To", "References", "Content-Type"};
+
 std::size_t rank(const std::string& mailboxName) {
     return static_cast<std::size_t>(std::ranges::find(rankedMailboxes, text::lower(mailboxName)) -
                                     rankedMailboxes.begin());
@@ -142,7 +146,7 @@ public:
 
     void add(const fs::path& file) {
         try {
-            MessageSummary summary = summaryOf(file, Emlx::readHead(file), knownAddresses_);
+            MessageSummary summary = summaryOf(file, Emlx::readHead(file, summaryFields), knownAddresses_);
             Mailbox& mailbox = mailboxFor(file);
             summary.mailboxID = mailbox.id;
             index_.messages.push_back(std::move(summary));

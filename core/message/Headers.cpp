@@ -14,10 +14,11 @@ bool isASCII(char c) { return static_cast<unsigned char>(c) < 128; }
 char lowerASCII(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
 bool equalIgnoringCase(std::string_view a, std::string_view b) {
-    const auto [inA, inB] = std::ranges::mismatch(a, b, {}, lowerASCII, lowerASCII);
-    if (inA == a.end() || inB == b.end()) return inA == a.end() && inB == b.end();
+    std::size_t same = 0;
+    while (same < std::min(a.size(), b.size()) && lowerASCII(a[same]) == lowerASCII(b[same])) ++same;
+    if (same == a.size() || same == b.size()) return a.size() == b.size();
     // Every pair of names that matters ends here, without an allocation.
-    if (isASCII(*inA) && isASCII(*inB)) return false;
+    if (isASCII(a[same]) && isASCII(b[same])) return false;
     // Lower-casing makes no text more than three times as long or as short.
     if (a.size() > 3 * b.size() || b.size() > 3 * a.size()) return false;
     return text::lower(a) == text::lower(b);
@@ -26,6 +27,9 @@ bool equalIgnoringCase(std::string_view a, std::string_view b) {
 // Takes the lines of a header block and puts fields together from them (RFC 5322 section 2.2.3).
 class FieldBuilder {
 public:
+    // Without names every field is taken.
+    explicit FieldBuilder(std::optional<std::span<const std::string_view>> names) : names_(names) {}
+
     void addLine(std::string_view line) {
         if (line.ends_with('\r')) line.remove_suffix(1);
         if (line.empty()) return;
@@ -47,12 +51,17 @@ private:
         const auto colon = line.find(':');
         if (colon == line.npos) return;
         const auto name = text::trimBlanks(line.substr(0, colon));
-        if (name.empty() || name.find(' ') != name.npos) return;
+        if (name.empty() || name.find(' ') != name.npos || !isWanted(name)) return;
         // The blanks at the end stay for now: they belong to the value if it is continued.
         auto value = line.substr(colon + 1);
         value.remove_prefix(std::min(value.find_first_not_of(" \t"), value.size()));
         fields_.push_back({std::string(name), std::string(value)});
         isOpen_ = true;
+    }
+
+    bool isWanted(std::string_view name) const {
+        const auto isIt = [&](std::string_view wanted) { return equalIgnoringCase(name, wanted); };
+        return !names_ || std::ranges::any_of(*names_, isIt);
     }
 
     void addContinuation(std::string_view line) {
@@ -71,16 +80,14 @@ private:
         value = std::string(trimmed);
     }
 
+    std::optional<std::span<const std::string_view>> names_;
     std::vector<HeaderField> fields_;
     bool isOpen_ = false;   // the last field may still be continued
 };
 
-}   // namespace
-
-Headers Headers::parse(ByteView headerBytes) {
+Headers parseFields(ByteView headerBytes, FieldBuilder builder) {
     const auto block = Charset::decode(headerBytes, "utf-8");
     const std::string_view text = block;
-    FieldBuilder builder;
     for (std::size_t start = 0; start < text.size();) {
         const auto lineFeed = std::min(text.find('\n', start), text.size());
         auto line = text.substr(start, lineFeed - start);
@@ -90,6 +97,14 @@ Headers Headers::parse(ByteView headerBytes) {
         start = lineFeed + 1;
     }
     return {builder.finish()};
+}
+
+}   // namespace
+
+Headers Headers::parse(ByteView headerBytes) { return parseFields(headerBytes, FieldBuilder(std::nullopt)); }
+
+Headers Headers::parseOnly(ByteView headerBytes, std::span<const std::string_view> names) {
+    return parseFields(headerBytes, FieldBuilder(names));
 }
 
 std::optional<std::string_view> Headers::first(std::string_view name) const {

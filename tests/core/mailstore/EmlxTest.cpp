@@ -168,6 +168,13 @@ TEST(Emlx, readsTheHeadOfAFile) {
         {"nothing", "", Kind::empty},
         {"only blanks", "  \r\n", Kind::notAMessage},
         {"no message", "5\nhello world\n\n", Kind::notAMessage},
+        {"header fills a quarter of the first read", headOfSize(16384) + "body", longField(16384)},
+        {"header ends one byte after the quarter", headOfSize(16385) + "body", longField(16385)},
+        {"a message begins behind 20,000 line feeds", std::string(20000, '\n') + "A: b", Fields{}},
+        {"nothing in 64 KiB of line feeds", std::string(65536, '\n') + "A: b", Kind::notAMessage},
+        {"a colon behind the quarter spoils the separator line", std::string(16379, '\n') + "From kim 10:00",
+         Kind::notAMessage},
+        {"also behind an odd line break", "\r\r\n" + std::string(16376, '\n') + "From kim 10:00", Kind::notAMessage},
         {"header fills the first read", headOfSize(65536), longField(65536)},
         {"header ends one byte later", headOfSize(65537), longField(65537)},
         {"header ends one byte earlier, more follows", headOfSize(65535) + "body", longField(65535)},
@@ -185,7 +192,7 @@ TEST(Emlx, refusesWhatIsNoFile) {
     ASSERT_EQ(::mkfifo((folder / "pipe.emlx").c_str(), 0600), 0);
     files::createFolders(folder / "folder.emlx");
     for (const char* name : {"pipe.emlx", "folder.emlx", "missing.emlx"}) {
-        EXPECT_THROW(Emlx::readHead(folder / name), FileError) << name;
+        EXPECT_THROW(Emlx::readHeaders(folder / name), FileError) << name;
         EXPECT_THROW(Emlx::read(folder / name), FileError) << name;
     }
 }
