@@ -147,15 +147,20 @@ void GlyphUse::read(std::string_view content, QPDFObjectHandle resources) {
     struct Font {
         bool isKnown = false;
         CodeSet* codes = nullptr;
+        std::size_t bytesPerCode = 1;
     };
     std::map<std::string, Font, std::less<>> known;
     const auto fontNamed = [&](std::string_view name) {
         if (const auto found = known.find(name); found != known.end()) return found->second;
         auto font = resources.isDictionary() ? resources.getKey("/Font") : QPDFObjectHandle::newNull();
         if (font.isDictionary()) font = font.getKey("/" + std::string(name));
-        Font result{font.isDictionary(), nullptr};
-        if (result.isKnown && font.isIndirect() && font.getKey("/Subtype").isNameAndEquals("/Type0"))
-            result.codes = &codes_[font.getObjGen()];
+        Font result{font.isDictionary()};
+        if (result.isKnown && font.isIndirect()) {
+            auto kind = font.getKey("/Subtype");
+            const bool isComposite = kind.isNameAndEquals("/Type0");
+            if (isComposite || kind.isNameAndEquals("/Type3")) result.codes = &codes_[font.getObjGen()];
+            if (isComposite) result.bytesPerCode = 2;
+        }
         known.emplace(name, result);
         return result;
     };
@@ -168,12 +173,16 @@ void GlyphUse::read(std::string_view content, QPDFObjectHandle resources) {
         if (!font.isKnown) complete_ = false;
         if (!font.codes) return;
         const auto bytes = text.isHex ? hexBytes(text.text) : literalBytes(text.text);
-        if (bytes.size() % 2 != 0) {
+        if (bytes.size() % font.bytesPerCode != 0) {
             complete_ = false;
             return;
         }
-        for (std::size_t i = 0; i < bytes.size(); i += 2)
-            font.codes->set(static_cast<unsigned char>(bytes[i]) * 256u + static_cast<unsigned char>(bytes[i + 1]));
+        for (std::size_t i = 0; i < bytes.size(); i += font.bytesPerCode) {
+            std::size_t code = 0;
+            for (std::size_t k = 0; k < font.bytesPerCode; ++k)
+                code = code * 256 + static_cast<unsigned char>(bytes[i + k]);
+            font.codes->set(code);
+        }
     };
 
     Tokens tokens(content);

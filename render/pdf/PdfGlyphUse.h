@@ -8,7 +8,7 @@
 
 namespace ostrel::pdf {
 
-// Two-byte character codes; for the fonts of interest also glyph numbers.
+// Character codes; of composite fonts they have two bytes and, for those of interest, are glyph numbers.
 using CodeSet = std::bitset<0x10000>;
 
 // Learns from content which codes are shown in which font. What it cannot follow makes it say so, never guess.
@@ -20,7 +20,8 @@ public:
     // False when text may have been shown in a font that could not be told: then no font may lose a glyph.
     bool isComplete() const { return complete_; }
 
-    // Composite fonts by object, with the codes shown. A font that was set but showed nothing has an empty set.
+    // Composite and Type 3 fonts by object, with the codes shown. A font that was set but showed nothing has an empty
+    // set.
     const std::map<QPDFObjGen, CodeSet>& codesOf() const { return codes_; }
 
 private:

@@ -158,6 +158,33 @@ TEST(PdfFinisher, LeavesFontsWholeWhoseUseItCannotTell) {
     EXPECT_EQ(test::plainData(descendant.getKey("/FontDescriptor").getKey("/FontFile2")), *program);
 }
 
+// A Type 3 font that draws one code and says what it means.
+std::string drawnFont(SamplePdf& pdf, int code, const std::string& text) {
+    const auto hex = [](int value) {
+        return std::string(1, "0123456789ABCDEF"[value / 16]) + "0123456789ABCDEF"[value % 16];
+    };
+    auto glyph = pdf.stream("<< >>", "9 0 0 0 9 9 d1 0 0 9 9 re f");
+    auto meaning = pdf.stream("<< >>", "1 beginbfchar\n<" + hex(code) + "> <" + text + ">\nendbfchar\n");
+    return ref(
+        pdf.object("<< /Type /Font /Subtype /Type3 /FontBBox [0 0 9 9] /FontMatrix [.1 0 0 .1 0 0] /FirstChar 0 "
+                   "/LastChar 0 /Widths [9] /CharProcs << /g " +
+                   ref(glyph) + " >> /Encoding << /Differences [" + std::to_string(code) + " /g] >> /ToUnicode " +
+                   ref(meaning) + " >>"));
+}
+
+TEST(PdfFinisher, FontsShareTheirTextsUnlessOneCodeMeansTwoThings) {
+    SamplePdf pdf;
+    const auto fonts = "/A " + drawnFont(pdf, 1, "4E00") + " /B " + drawnFont(pdf, 2, "4E01") + " /C " +
+                       drawnFont(pdf, 1, "4E02") + " /D " + drawnFont(pdf, 3, "4E03");
+    pdf.page("/A 9 Tf <01> Tj /B 9 Tf (\\2) Tj /C 9 Tf <01> Tj", "<< /Font << " + fonts + " >> >>");
+    OpenedPdf finished(finish(pdf.bytes()).pdf);
+    const auto texts = [&](const char* font) { return finished.resource(0, "/Font", font).getKey("/ToUnicode"); };
+    EXPECT_EQ(texts("/A").getObjGen(), texts("/B").getObjGen());
+    EXPECT_NE(test::plainData(texts("/A")).find("<01> <4E00>\n<02> <4E01>"), std::string::npos);
+    EXPECT_NE(test::plainData(texts("/C")).find("<01> <4E02>"), std::string::npos);
+    EXPECT_NE(test::plainData(texts("/D")).find("<03> <4E03>"), std::string::npos) << "shows nothing, is left alone";
+}
+
 const std::string imageEntries = "<< /Type /XObject /Subtype /Image /BitsPerComponent 8 /ColorSpace /DeviceRGB";
 
 TEST(PdfFinisher, PutsPhotographsBackAndKeepsEveryPixelOfTheOthers) {
