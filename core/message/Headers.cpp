@@ -60,8 +60,12 @@ private:
     }
 
     bool isWanted(std::string_view name) const {
-        const auto isIt = [&](std::string_view wanted) { return equalIgnoringCase(name, wanted); };
-        return !names_ || std::ranges::any_of(*names_, isIt);
+        if (!names_) return true;
+        // Most names are refused by their length, which only other scripts could make misleading.
+        const bool isPlain = text::asciiPrefix(name) == name.size();
+        return std::ranges::any_of(*names_, [&](std::string_view wanted) {
+            return (!isPlain || name.size() == wanted.size()) && equalIgnoringCase(name, wanted);
+        });
     }
 
     void addContinuation(std::string_view line) {

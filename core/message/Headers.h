@@ -25,7 +25,8 @@ struct Headers {
     // Never fails; lines that cannot be a field are dropped. The whole block has one charset: UTF-8 when it is valid
     // UTF-8, otherwise Windows-1252.
     static Headers parse(ByteView headerBytes);
-    // The same without the fields of other names, letter case ignored: most of a block is of no use to a list.
+    // The same without the fields of other names, letter case ignored: most of a block is of no use to a list. The
+    // names asked for are ASCII.
     static Headers parseOnly(ByteView headerBytes, std::span<const std::string_view> names);
 
     // The raw value of the first field of that name, letter case ignored; the view lives as long as this object.

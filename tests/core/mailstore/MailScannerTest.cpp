@@ -87,6 +87,37 @@ TEST_F(MailScannerTest, OnlyMessagesOfTheNewestStoreAreListed) {
     EXPECT_EQ(index.unreadable, 4U) << "damaged, empty, a folder, a pipe";
 }
 
+TEST_F(MailScannerTest, TheNewestStoreHasTheLargestNumber) {
+    const struct {
+        const char* why;
+        std::vector<std::string> folders;
+        std::string expected;
+    } rows[] = {
+        {"by value, not by text", {"V2", "V10", "V9"}, "V10"},
+        {"a sign is part of a number", {"V-3", "V+4", "V3"}, "V+4"},
+        {"the first of equals", {"V10", "V+10", "V010"}, "V+10"},
+        {"negative numbers only", {"V-3", "V-2"}, "V-2"},
+        {"beyond 64 bits is no number", {"V9223372036854775808", "V9"}, "V9"},
+        {"no numbers", {"V", "Vx", "V2a", "v11", "V 1", "AV1"}, ""},
+    };
+    for (const auto& row : rows) {
+        const TemporaryFolder own;
+        for (const std::string& name : row.folders) fs::create_directory(own / name);
+        EXPECT_EQ(MailScanner::dataRoot(own.path()), row.expected.empty() ? own.path() : own / row.expected) << row.why;
+    }
+    EXPECT_EQ(MailScanner::dataRoot(root_ / "none"), root_ / "none");
+}
+
+TEST_F(MailScannerTest, LinksLeadToFilesNotIntoFolders) {
+    putMessage("A/INBOX.mbox/1.emlx");
+    fs::create_symlink(root_ / "A/INBOX.mbox/1.emlx", root_ / "A/INBOX.mbox/2.emlx");
+    fs::create_symlink(root_ / "nowhere", root_ / "A/INBOX.mbox/3.emlx");
+    fs::create_directory_symlink(root_ / "A", root_ / "A/INBOX.mbox/loop.emlx");
+    const MailIndex index = scan();
+    EXPECT_EQ(index.messages.size(), 2U);
+    EXPECT_EQ(index.unreadable, 2U);
+}
+
 TEST_F(MailScannerTest, ASummaryHoldsWhatTheListShows) {
     put("A/INBOX.mbox/Messages/1.emlx", EmlBuilder()
                                             .header("From", "Größe Åse <ase@x.org>, kim@x.org")

@@ -68,6 +68,16 @@ TEST(HeadersTest, LinesBecomeFields) {
     for (const auto& row : rows) EXPECT_EQ(parse(row.input).fields, row.expected) << row.why;
 }
 
+TEST(HeadersTest, OtherFieldsCanBeLeftOut) {
+    constexpr std::string_view names[] = {"Subject", "K-To"};
+    const auto parsed = Headers::parseOnly(
+        bytesOf("A: b\n c\nsUBJECT: d\n e\nTo: f\n g\n\xE2\x84\xAA-To: h\nSubject : i\n j\nbad line\n k\nSubjects: l"),
+        names);
+    EXPECT_EQ(parsed.fields, (Fields{{"sUBJECT", "d e"}, {"\xE2\x84\xAA-To", "h"}, {"Subject", "i j"}}))
+        << "the folds of the others go with them";
+    EXPECT_TRUE(Headers::parseOnly(bytesOf("Subject: a"), {}).fields.empty());
+}
+
 TEST(HeadersTest, TheBlockHasOneCharset) {
     EXPECT_EQ(parse("X: \xC3\xA9").fields, (Fields{{"X", "é"}}));
     EXPECT_EQ(parse("X: \xE9").fields, (Fields{{"X", "é"}}));
