@@ -2,7 +2,6 @@
 
 #include <csetjmp>
 #include <cstdio>
-#include <cstring>
 #include <memory>
 #include <set>
 
@@ -50,16 +49,14 @@ bool readsHeader(Decoder& decoder, std::string_view file) {
 }
 
 // No object with a destructor may live in here: longjmp passes it by.
-bool decodesInto(Decoder& decoder, unsigned char* row, const char* pixels) {
+bool decodeInto(Decoder& decoder, char* pixels) {
     if (setjmp(decoder.failed)) return false;
     auto& state = decoder.state;
     state.out_color_space = JCS_RGB;
     jpeg_start_decompress(&state);
-    const std::size_t rowBytes = std::size_t{state.output_width} * 3;
     while (state.output_scanline < state.output_height) {
-        const char* const expected = pixels + state.output_scanline * rowBytes;
+        auto* row = reinterpret_cast<JSAMPROW>(pixels) + std::size_t{state.output_scanline} * state.output_width * 3;
         jpeg_read_scanlines(&state, &row, 1);
-        if (std::memcmp(row, expected, rowBytes) != 0) return false;
     }
     jpeg_finish_decompress(&state);
     return decoder.errors.num_warnings == 0;
@@ -91,13 +88,12 @@ std::optional<ImageSize> size(std::string_view file) {
     return ImageSize{decoder.state.image_width, decoder.state.image_height};
 }
 
-bool decodesTo(std::string_view file, std::string_view pixels) {
+std::optional<std::string> decodedPixels(std::string_view file) {
     Decoder decoder;
-    if (!readsHeader(decoder, file)) return false;
-    const std::size_t rowBytes = std::size_t{decoder.state.image_width} * 3;
-    if (pixels.size() != rowBytes * decoder.state.image_height) return false;
-    std::string row(rowBytes, '\0');
-    return decodesInto(decoder, reinterpret_cast<unsigned char*>(row.data()), pixels.data());
+    if (!readsHeader(decoder, file)) return std::nullopt;
+    std::string pixels(std::size_t{decoder.state.image_width} * 3 * decoder.state.image_height, '\0');
+    if (!decodeInto(decoder, pixels.data())) return std::nullopt;
+    return pixels;
 }
 
 // marker := FF type [length(2) content]; the scans run from SOS to EOI

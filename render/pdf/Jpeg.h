@@ -21,8 +21,8 @@ namespace jpeg {
 // Nothing when it is no JPEG whose colours every PDF viewer takes the same way: 8 bits, YCbCr, Huffman-coded.
 std::optional<ImageSize> size(std::string_view file);
 
-// True when the whole file decodes without a complaint to exactly these pixels, 3 bytes each, rows from the top.
-bool decodesTo(std::string_view file, std::string_view pixels);
+// The pixels, 3 bytes each, rows from the top. Nothing unless the whole file decodes without a complaint.
+std::optional<std::string> decodedPixels(std::string_view file);
 
 // The file without camera data, previews, profiles and what follows the image; it decodes to the same pixels.
 std::string withoutMetadata(std::string_view file);

@@ -66,22 +66,19 @@ private:
     std::map<QPDFObjGen, std::size_t> counts_;
 };
 
+using Objects = std::map<QPDFObjGen, QPDFObjectHandle>;
+
 // Fonts that show glyphs of one program.
 struct Family {
-    std::vector<QPDFObjectHandle> programs, descriptors, descendants;   // without repetition
+    Objects programs, descriptors, descendants;
     CodeSet glyphs;
 };
 
-void addOnce(std::vector<QPDFObjectHandle>& all, QPDFObjectHandle object) {
-    const auto same = [&](QPDFObjectHandle other) { return other.getObjGen() == object.getObjGen(); };
-    if (std::ranges::none_of(all, same)) all.push_back(object);
-}
-
 // True when every way to the family's programs leads through fonts whose use we know.
 bool isClosed(const Family& family, const std::map<QPDFObjGen, std::size_t>& parents, const References& references) {
-    const auto known = [&](QPDFObjectHandle object) {
-        const auto found = parents.find(object.getObjGen());
-        return found != parents.end() && found->second == references.of(object);
+    const auto known = [&](const auto& entry) {
+        const auto found = parents.find(entry.first);
+        return found != parents.end() && found->second == references.of(entry.second);
     };
     return std::ranges::all_of(family.programs, known) && std::ranges::all_of(family.descriptors, known) &&
            std::ranges::all_of(family.descendants, known);
@@ -136,8 +133,8 @@ QPDFObjectHandle arrayOf(const Widths& widths) {
 // One width table for all fonts of the family, so that they become one; unless they disagree about a glyph.
 void shareWidths(Family& family, const std::map<QPDFObjGen, CodeSet>& glyphsOf) {
     Widths all;
-    for (auto& descendant : family.descendants) {
-        const auto& glyphs = glyphsOf.at(descendant.getObjGen());
+    for (auto& [id, descendant] : family.descendants) {
+        const auto& glyphs = glyphsOf.at(id);
         auto own = widthsOf(descendant, glyphs);
         auto standard = descendant.getKey("/DW");
         if (!own || !standard.isNumber()) return;
@@ -148,12 +145,12 @@ void shareWidths(Family& family, const std::map<QPDFObjGen, CodeSet>& glyphsOf) 
             if (!isNew && known->second.unparse() != width.unparse()) return;
         }
     }
-    auto standard = family.descendants.front().getKey("/DW");
+    auto standard = family.descendants.begin()->second.getKey("/DW");
     std::erase_if(all, [standardText = standard.unparse()](const auto& entry) {
         auto width = entry.second;
         return width.unparse() == standardText;
     });
-    for (auto& descendant : family.descendants) {
+    for (auto& [id, descendant] : family.descendants) {
         descendant.replaceKey("/DW", standard);
         descendant.replaceKey("/W", arrayOf(all));
     }
@@ -175,9 +172,9 @@ FontCounts reduceFonts(QPDF& file, const GlyphUse& use, FontSubsetter& subsetter
         if (!font) continue;
         const auto bytes = stored(font->program);
         auto& family = families[std::string(viewOf(*bytes))];
-        addOnce(family.programs, font->program);
-        addOnce(family.descriptors, font->descriptor);
-        addOnce(family.descendants, font->descendant);
+        family.programs.emplace(font->program.getObjGen(), font->program);
+        family.descriptors.emplace(font->descriptor.getObjGen(), font->descriptor);
+        family.descendants.emplace(font->descendant.getObjGen(), font->descendant);
         family.glyphs |= codes;
         glyphsOf[font->descendant.getObjGen()] |= codes;
         link(type0, font->descendant);
@@ -188,7 +185,8 @@ FontCounts reduceFonts(QPDF& file, const GlyphUse& use, FontSubsetter& subsetter
     FontCounts counts;
     const References references(file);
     for (auto& [bytes, family] : families) {
-        auto length = family.programs.front().getDict().getKey("/Length1");
+        auto program = family.programs.begin()->second;
+        auto length = program.getDict().getKey("/Length1");
         const auto size = length.isInteger() ? std::max<long long>(length.getIntValue(), 0) : 0;
         std::optional<FontSubsetter::Program> reduced;
         if (use.isComplete() && isClosed(family, parents, references))
@@ -198,11 +196,10 @@ FontCounts reduceFonts(QPDF& file, const GlyphUse& use, FontSubsetter& subsetter
             continue;
         }
         ++counts.reduced;
-        auto program = family.programs.front();
         replaceDeflated(program, reduced->packed);
         program.getDict().replaceKey("/Length1",
                                      QPDFObjectHandle::newInteger(static_cast<long long>(reduced->unpackedSize)));
-        for (auto& descriptor : family.descriptors) descriptor.replaceKey("/FontFile2", program);
+        for (auto& [id, descriptor] : family.descriptors) descriptor.replaceKey("/FontFile2", program);
         shareWidths(family, glyphsOf);
     }
     return counts;

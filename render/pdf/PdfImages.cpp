@@ -7,14 +7,18 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <functional>
+#include <map>
 #include <optional>
 #include <string>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace ostrel::pdf {
 namespace {
 
-constexpr std::size_t mostPixels = std::size_t{1} << 27;
+constexpr std::size_t mostPixels = std::size_t{1} << 26;   // 200 MB unpacked; larger ones stay as they are
 
 // A picture as the engine embeds it: 8 bits a channel, packed without a predictor.
 struct Picture {
@@ -48,34 +52,42 @@ std::optional<Picture> understood(QPDFObjectHandle dict) {
     return picture;
 }
 
-// The photographs that the page carries, decoded from base64 when first asked for.
+// The photographs that the page carries, decoded when a picture of their size comes up, and then once: a page can have
+// thousands of one size.
 class Originals {
 public:
     explicit Originals(std::string_view html) : html_(html) {}
 
     const std::string* matching(const ImageSize& size, std::string_view pixels) {
         if (!isRead_) read();
-        const auto matches = [&](const Original& o) { return o.size == size && jpeg::decodesTo(o.file, pixels); };
-        const auto found = std::ranges::find_if(originals_, matches);
-        return found == originals_.end() ? nullptr : &found->file;
+        const auto group = bySize_.find({size.width, size.height});
+        if (group == bySize_.end()) return nullptr;
+        auto& [files, byPixels] = group->second;
+        for (; !files.empty(); files.pop_back())
+            if (const auto decodedFile = jpeg::decodedPixels(files.back()))
+                byPixels.emplace(std::hash<std::string>()(*decodedFile), std::move(files.back()));
+        const auto found = byPixels.find(std::hash<std::string_view>()(pixels));
+        const bool isSame = found != byPixels.end() && jpeg::decodedPixels(found->second) == pixels;
+        return isSame ? &found->second : nullptr;
     }
 
 private:
-    struct Original {
-        ImageSize size;
-        std::string file;
+    struct Group {
+        std::vector<std::string> files;   // not yet decoded
+        std::unordered_map<std::size_t, std::string> byPixels;
     };
     void read() {
         isRead_ = true;
         for (const auto payload : jpegPayloads(html_)) {
-            const auto file = jpeg::withoutMetadata(TransferEncoding::base64(bytesOf(payload)));
-            if (const auto size = jpeg::size(file)) originals_.push_back({*size, file});
+            auto file = jpeg::withoutMetadata(TransferEncoding::base64(bytesOf(payload)));
+            if (const auto size = jpeg::size(file))
+                bySize_[{size->width, size->height}].files.push_back(std::move(file));
         }
     }
 
     std::string_view html_;
     bool isRead_ = false;
-    std::vector<Original> originals_;
+    std::map<std::pair<std::size_t, std::size_t>, Group> bySize_;
 };
 
 unsigned char paeth(int left, int up, int upLeft) {

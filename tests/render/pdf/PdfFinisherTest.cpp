@@ -241,5 +241,23 @@ TEST(PdfFinisher, DamageIsOneKindOfErrorAndNeverALostPage) {
     }
 }
 
+TEST(PdfFinisher, WritesAWholeFileOrNone) {
+    const auto folder = std::filesystem::path(testing::TempDir()) / "PdfFinisherTest";
+    std::filesystem::remove_all(folder);
+    files::createFolders(folder);
+    SamplePdf pdf;
+    pdf.page("0 0 9 9 re f");
+    files::writeAtomically(folder / "printed.pdf", bytesOf(pdf.bytes()));
+    files::writeAtomically(folder / "damaged.pdf", bytesOf("%PDF-1.4 and no more"));
+
+    EXPECT_EQ(PdfFinisher().finish(folder / "printed.pdf", folder / "done.pdf", {}).pages, 1u);
+    EXPECT_EQ(files::readWhole(folder / "done.pdf").chars(), finish(pdf.bytes()).pdf);
+    EXPECT_THROW(PdfFinisher().finish(folder / "damaged.pdf", folder / "no.pdf", {}), PdfError);
+    EXPECT_THROW(PdfFinisher().finish(folder / "missing.pdf", folder / "no.pdf", {}), FileError);
+    EXPECT_THROW(PdfFinisher().finish(folder / "printed.pdf", folder / "nowhere" / "no.pdf", {}), FileError);
+    EXPECT_EQ(files::list(folder).size(), 3u);
+    std::filesystem::remove_all(folder);
+}
+
 }   // namespace
 }   // namespace ostrel
