@@ -139,83 +139,97 @@ std::string literalBytes(std::string_view text) {
 }
 
 bool isShow(std::string_view op) { return op == "Tj" || op == "TJ" || op == "'" || op == "\""; }
+bool isNumber(std::string_view word) {
+    return std::string_view("0123456789+-.").find(word[0]) != std::string_view::npos;
+}
+
+// A font as content sees it. By itself: one that could not be told.
+struct Font {
+    bool isKnown = false;
+    CodeSet* codes = nullptr;   // null: its codes do not matter
+    std::size_t bytesPerCode = 1;
+};
+
+// Follows the font through one stream of content (ISO 32000-1 §8.4, §9.4).
+class Reader {
+public:
+    Reader(QPDFObjectHandle resources, std::map<QPDFObjGen, CodeSet>& codes) : resources_(resources), codes_(codes) {}
+
+    // False as soon as text may be shown in a font that cannot be told.
+    bool read(std::string_view content) {
+        Tokens tokens(content);
+        std::vector<Token> strings;   // operands of the operator to come
+        std::string_view name;
+        while (const auto token = tokens.next()) {
+            if (token->kind == Token::Kind::string) strings.push_back(*token);
+            if (token->kind == Token::Kind::name) name = token->text;
+            if (token->kind != Token::Kind::word || isNumber(token->text)) continue;
+            if (!apply(token->text, name, strings)) return false;
+            strings.clear();
+        }
+        return !tokens.isBroken();
+    }
+
+private:
+    bool apply(std::string_view op, std::string_view name, const std::vector<Token>& strings) {
+        if (op == "Tf") {
+            font_ = fontNamed(name);
+        } else if (isShow(op)) {
+            return std::ranges::all_of(strings, [&](const Token& text) { return show(text); });
+        } else if (op == "q") {
+            saved_.push_back(font_);
+        } else if (op == "Q") {
+            font_ = saved_.empty() ? Font{} : saved_.back();
+            if (!saved_.empty()) saved_.pop_back();
+        } else if (op == "gs") {
+            auto state = resource("/ExtGState", name);
+            if (!state.isDictionary() || state.hasKey("/Font")) font_ = {};
+        }
+        return op != "BI";   // an inline image's bytes can look like anything
+    }
+
+    bool show(const Token& text) {
+        if (!font_.isKnown || !font_.codes) return font_.isKnown;
+        const auto bytes = text.isHex ? hexBytes(text.text) : literalBytes(text.text);
+        if (bytes.size() % font_.bytesPerCode != 0) return false;
+        for (std::size_t i = 0; i < bytes.size(); i += font_.bytesPerCode) {
+            std::size_t code = 0;
+            for (std::size_t k = 0; k < font_.bytesPerCode; ++k)
+                code = code * 256 + static_cast<unsigned char>(bytes[i + k]);
+            font_.codes->set(code);
+        }
+        return true;
+    }
+
+    Font fontNamed(std::string_view name) {
+        if (const auto found = fonts_.find(name); found != fonts_.end()) return found->second;
+        auto dict = resource("/Font", name);
+        Font font{dict.isDictionary()};
+        if (font.isKnown && dict.isIndirect()) {
+            auto kind = dict.getKey("/Subtype");
+            const bool isComposite = kind.isNameAndEquals("/Type0");
+            if (isComposite || kind.isNameAndEquals("/Type3")) font.codes = &codes_[dict.getObjGen()];
+            if (isComposite) font.bytesPerCode = 2;
+        }
+        return fonts_.emplace(name, font).first->second;
+    }
+
+    QPDFObjectHandle resource(const char* kind, std::string_view name) {
+        auto all = resources_.isDictionary() ? resources_.getKey(kind) : QPDFObjectHandle::newNull();
+        return all.isDictionary() ? all.getKey("/" + std::string(name)) : QPDFObjectHandle::newNull();
+    }
+
+    QPDFObjectHandle resources_;
+    std::map<QPDFObjGen, CodeSet>& codes_;
+    std::map<std::string, Font, std::less<>> fonts_;
+    Font font_;
+    std::vector<Font> saved_;
+};
 
 }   // namespace
 
 void GlyphUse::read(std::string_view content, QPDFObjectHandle resources) {
-    // A font as the content sees it: not told, one whose codes do not matter, or one whose codes are collected.
-    struct Font {
-        bool isKnown = false;
-        CodeSet* codes = nullptr;
-        std::size_t bytesPerCode = 1;
-    };
-    std::map<std::string, Font, std::less<>> known;
-    const auto fontNamed = [&](std::string_view name) {
-        if (const auto found = known.find(name); found != known.end()) return found->second;
-        auto font = resources.isDictionary() ? resources.getKey("/Font") : QPDFObjectHandle::newNull();
-        if (font.isDictionary()) font = font.getKey("/" + std::string(name));
-        Font result{font.isDictionary()};
-        if (result.isKnown && font.isIndirect()) {
-            auto kind = font.getKey("/Subtype");
-            const bool isComposite = kind.isNameAndEquals("/Type0");
-            if (isComposite || kind.isNameAndEquals("/Type3")) result.codes = &codes_[font.getObjGen()];
-            if (isComposite) result.bytesPerCode = 2;
-        }
-        known.emplace(name, result);
-        return result;
-    };
-    const auto setsFont = [&](std::string_view state) {
-        auto states = resources.isDictionary() ? resources.getKey("/ExtGState") : QPDFObjectHandle::newNull();
-        if (states.isDictionary()) states = states.getKey("/" + std::string(state));
-        return !states.isDictionary() || states.hasKey("/Font");
-    };
-    const auto show = [&](const Font& font, const Token& text) {
-        if (!font.isKnown) complete_ = false;
-        if (!font.codes) return;
-        const auto bytes = text.isHex ? hexBytes(text.text) : literalBytes(text.text);
-        if (bytes.size() % font.bytesPerCode != 0) {
-            complete_ = false;
-            return;
-        }
-        for (std::size_t i = 0; i < bytes.size(); i += font.bytesPerCode) {
-            std::size_t code = 0;
-            for (std::size_t k = 0; k < font.bytesPerCode; ++k)
-                code = code * 256 + static_cast<unsigned char>(bytes[i + k]);
-            font.codes->set(code);
-        }
-    };
-
-    Tokens tokens(content);
-    Font font;
-    std::vector<Font> saved;
-    std::vector<Token> strings;   // operands of the operator to come
-    std::string_view name;
-    while (complete_) {
-        const auto token = tokens.next();
-        if (!token) break;
-        if (token->kind == Token::Kind::string) strings.push_back(*token);
-        if (token->kind == Token::Kind::name) name = token->text;
-        if (token->kind != Token::Kind::word) continue;
-        const auto op = token->text;
-        const bool isNumber = (op[0] >= '0' && op[0] <= '9') || op[0] == '-' || op[0] == '.' || op[0] == '+';
-        if (isNumber) continue;
-        if (op == "Tf") {
-            font = fontNamed(name);
-        } else if (isShow(op)) {
-            for (const auto& text : strings) show(font, text);
-        } else if (op == "q") {
-            saved.push_back(font);
-        } else if (op == "Q") {
-            font = saved.empty() ? Font{} : saved.back();
-            if (!saved.empty()) saved.pop_back();
-        } else if (op == "gs") {
-            if (setsFont(name)) font = {};
-        } else if (op == "BI") {
-            complete_ = false;   // an inline image's bytes can look like anything
-        }
-        strings.clear();
-    }
-    if (tokens.isBroken()) complete_ = false;
+    if (complete_) complete_ = Reader(resources, codes_).read(content);
 }
 
 }   // namespace ostrel::pdf
