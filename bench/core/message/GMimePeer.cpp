@@ -1,7 +1,7 @@
 // The same messages through GMime: parse, decode every text to UTF-8 and every attachment to bytes, read subject,
 // addresses and date.
 
-#include "bench/core/message/SampleMessages.h"
+#include "bench/core/message/ParseInputs.h"
 
 #include <benchmark/benchmark.h>
 #include <gmime/gmime.h>
@@ -27,28 +27,38 @@ void decodePart(GMimeObject*, GMimeObject* object, void* total) {
     }
 }
 
-void gmime(benchmark::State& state, const std::string& message) {
-    g_mime_init();
-    for (auto _ : state) {
-        GMimeStream* stream = g_mime_stream_mem_new_with_buffer(message.data(), message.size());
-        GMimeParser* parser = g_mime_parser_new_with_stream(stream);
-        GMimeMessage* parsed = g_mime_parser_construct_message(parser, nullptr);
+std::size_t readWithGMime(const Bytes& message) {
+    GMimeStream* stream = g_mime_stream_mem_new_with_buffer(message.chars().data(), message.size());
+    GMimeParser* parser = g_mime_parser_new_with_stream(stream);
+    std::size_t size = 0;
+    if (GMimeMessage* parsed = g_mime_parser_construct_message(parser, nullptr)) {
         benchmark::DoNotOptimize(g_mime_message_get_subject(parsed));
-        benchmark::DoNotOptimize(internet_address_list_length(g_mime_message_get_from(parsed)));
-        benchmark::DoNotOptimize(internet_address_list_length(g_mime_message_get_to(parsed)));
+        for (InternetAddressList* list : {g_mime_message_get_from(parsed), g_mime_message_get_to(parsed),
+                                          g_mime_message_get_cc(parsed), g_mime_message_get_reply_to(parsed)})
+            benchmark::DoNotOptimize(internet_address_list_length(list));
         benchmark::DoNotOptimize(g_mime_message_get_date(parsed));
-        std::size_t size = 0;
+        benchmark::DoNotOptimize(g_mime_message_get_message_id(parsed));
         g_mime_message_foreach(parsed, decodePart, &size);
-        benchmark::DoNotOptimize(size);
         g_object_unref(parsed);
-        g_object_unref(parser);
-        g_object_unref(stream);
     }
-    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * message.size()));
+    g_object_unref(parser);
+    g_object_unref(stream);
+    return size;
 }
-BENCHMARK_CAPTURE(gmime, shortText, bench::shortText());
-BENCHMARK_CAPTURE(gmime, newsletter, bench::newsletter());
-BENCHMARK_CAPTURE(gmime, attachment5MB, bench::withAttachment(5 << 20));
-BENCHMARK_CAPTURE(gmime, parts10000, bench::manyParts(10'000));
+
+void gmime(benchmark::State& state, const bench::ParseInput& input) {
+    g_mime_init();
+    const std::vector<Bytes> messages = input.messages();
+    for (auto _ : state) {
+        for (const Bytes& message : messages) benchmark::DoNotOptimize(readWithGMime(message));
+    }
+    state.SetBytesProcessed(state.iterations() * bench::totalSize(messages));
+}
+
+const bool registered = [] {
+    for (const bench::ParseInput& input : bench::parseInputs)
+        benchmark::RegisterBenchmark(("parse/" + std::string(input.name) + "/gmime").c_str(), gmime, input);
+    return true;
+}();
 
 }   // namespace

@@ -1,8 +1,12 @@
 #pragma once
 
-#include <string>
+#include "bench/Inputs.h"
+#include "platform/Bytes.h"
 
-// Messages as they arrive, for measuring: 40 header fields with Received lines, encoded words and long recipients.
+#include <string>
+#include <vector>
+
+// Messages as they arrive: 40 header fields with Received lines, encoded words and long recipients.
 namespace ostrel::bench {
 
 inline std::string headers() {
@@ -73,6 +77,26 @@ inline std::string manyParts(int count) {
                   ".png\"\r\nContent-Transfer-Encoding: base64\r\n\r\niVBORw0KGgo=\r\n";
     }
     return result + "--=_b--\r\n";
+}
+
+inline std::vector<Bytes> one(const std::string& message) { return {Bytes(message)}; }
+
+struct ParseInput {
+    const char* name;
+    std::vector<Bytes> (*messages)();
+};
+inline constexpr ParseInput parseInputs[] = {
+    {"sample messages", [] { return storedMessages(); }},
+    {"short text", [] { return one(shortText()); }},
+    {"newsletter", [] { return one(newsletter()); }},
+    {"attachment of 5 MB", [] { return one(withAttachment(5 << 20)); }},
+    {"10,000 parts", [] { return one(manyParts(10'000)); }},
+};
+
+inline std::int64_t totalSize(const std::vector<Bytes>& messages) {
+    std::int64_t size = 0;
+    for (const Bytes& message : messages) size += static_cast<std::int64_t>(message.size());
+    return size;
 }
 
 }   // namespace ostrel::bench

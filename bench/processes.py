@@ -1,0 +1,44 @@
+"""What a program and all the programs it started use, from /proc."""
+import os
+import pathlib
+
+TICKS_PER_SECOND = os.sysconf("SC_CLK_TCK")
+
+
+def _stat(pid):
+    """The fields behind the name: state, parent, ... (proc(5)), or None when the process has gone."""
+    try:
+        text = pathlib.Path(f"/proc/{pid}/stat").read_text()
+    except OSError:
+        return None
+    return text[text.rindex(")") + 2:].split()
+
+
+class ProcessTree:
+    def __init__(self, root):
+        self._seen = {root}   # whoever was once a descendant stays one when its parent ends
+
+    def _living(self):
+        stats = {int(name): stat for name in os.listdir("/proc") if name.isdigit() and (stat := _stat(name))}
+        grown = True
+        while grown:
+            children = {pid for pid, stat in stats.items() if int(stat[1]) in self._seen} - self._seen
+            self._seen |= children
+            grown = bool(children)
+        return {pid: stats[pid] for pid in self._seen if pid in stats}
+
+    def memory(self):
+        """Bytes of all together; what they share counts once (the sum of proportional set sizes)."""
+        total = 0
+        for pid in self._living():
+            try:
+                for line in pathlib.Path(f"/proc/{pid}/smaps_rollup").read_text().splitlines():
+                    if line.startswith("Pss:"):
+                        total += int(line.split()[1]) * 1024
+            except OSError:
+                pass   # ended meanwhile
+        return total
+
+    def processor_seconds(self):
+        """Used so far by the living ones and by their children that have ended."""
+        return sum(sum(map(int, stat[11:15])) for stat in self._living().values()) / TICKS_PER_SECOND
