@@ -1,5 +1,6 @@
 #include "render/HeadlessEngine.h"
 
+#include "render/EngineSandbox.h"
 #include "render/MainLoop.h"
 #include "render/PrivateDisplay.h"
 
@@ -27,6 +28,7 @@ void doWithoutDesktopServices() {
 HeadlessEngine::HeadlessEngine() {
     assert(mainLoop::isMainThread());
     doWithoutDesktopServices();
+    isSandboxed_ = engineSandbox::allowOrDoWithout();
     if (PrivateDisplay::isNeeded()) display_ = std::make_unique<PrivateDisplay>();
     if (!gtk_init_check()) throw std::runtime_error("The display cannot be used.");
 }

@@ -17,7 +17,11 @@ public:
     HeadlessEngine& operator=(const HeadlessEngine&) = delete;
     ~HeadlessEngine();
 
+    // False where the system allows the engine no sandbox. Page scripts are off and nothing is loaded all the same.
+    bool isSandboxed() const { return isSandboxed_; }
+
 private:
+    bool isSandboxed_ = false;
     std::unique_ptr<PrivateDisplay> display_;
 };
 

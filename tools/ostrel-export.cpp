@@ -88,6 +88,8 @@ int main(int argc, char** argv) {
         std::stop_source cancel;
         mainLoop::onInterrupt([&cancel] { cancel.request_stop(); });
         const HeadlessEngine engine;
+        if (!engine.isSandboxed())
+            std::cerr << "The web engine runs without its sandbox: this system does not allow one.\n";
         ExitStatus status = couldNotRun;
         mainLoop::runBeside([&] { status = exportFolder(argv[1], argv[2], cancel.get_token()); });
         return status;
