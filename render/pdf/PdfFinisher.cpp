@@ -7,6 +7,7 @@
 #include "render/pdf/PdfPages.h"
 #include "render/pdf/PdfSharing.h"
 #include "render/pdf/PdfStreams.h"
+#include "render/pdf/PdfTextMaps.h"
 #include "render/pdf/PdfType3Fonts.h"
 
 #include <algorithm>
@@ -93,6 +94,7 @@ void reduce(QPDF& file, std::string_view html, FontSubsetter& fonts, FinishRepor
         pdf::repack(content.stream, *text, zlib::Effort::good);
     }
     const auto counts = pdf::reduceFonts(file, use, fonts);
+    pdf::makeTextTyped(file);
     pdf::shareTextTables(file, use);
     report.fontsReduced = counts.reduced;
     report.fontsKept = counts.kept;

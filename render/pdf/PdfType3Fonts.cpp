@@ -39,10 +39,10 @@ private:
 std::optional<TextTable> textsOf(QPDFObjectHandle font, const CodeSet& shown) {
     auto toUnicode = font.getKey("/ToUnicode");
     const auto cmap = toUnicode.isStream() ? decoded(toUnicode) : std::nullopt;
-    auto texts = cmap ? parseToUnicode(*cmap) : std::nullopt;
-    if (!texts) return std::nullopt;
-    std::erase_if(*texts, [&](const auto& entry) { return !shown.test(static_cast<std::size_t>(entry.first)); });
-    return TextTable{shown, std::move(*texts), {font}};
+    auto map = cmap ? parseToUnicode(*cmap) : std::nullopt;
+    if (!map || map->codeBytes != 1) return std::nullopt;
+    std::erase_if(map->texts, [&](const auto& entry) { return !shown.test(static_cast<std::size_t>(entry.first)); });
+    return TextTable{shown, std::move(map->texts), {font}};
 }
 
 }   // namespace
@@ -64,7 +64,7 @@ void shareTextTables(QPDF& file, const GlyphUse& use) {
     for (auto& table : tables) {
         if (table.fonts.size() < 2) continue;   // nothing gained
         auto toUnicode = QPDFObjectHandle::newStream(&file);
-        replaceDeflated(toUnicode, zlib::deflate(makeToUnicode(table.texts), zlib::Effort::good));
+        replaceDeflated(toUnicode, zlib::deflate(makeToUnicode({1, table.texts}), zlib::Effort::good));
         for (auto& font : table.fonts) font.replaceKey("/ToUnicode", toUnicode);
     }
 }

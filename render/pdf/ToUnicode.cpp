@@ -1,5 +1,7 @@
 #include "render/pdf/ToUnicode.h"
 
+#include "render/pdf/TypedText.h"
+
 #include <algorithm>
 #include <charconv>
 #include <vector>
@@ -42,24 +44,42 @@ std::optional<std::vector<std::string_view>> hexStrings(std::string_view line) {
     return strings;
 }
 
-bool addRange(CodeTexts& texts, std::string_view first, std::string_view last, std::string_view text) {
+bool addRange(ToUnicode& map, std::string_view first, std::string_view last, std::string_view text) {
     const auto from = hexNumber(first), to = hexNumber(last);
-    if (first.size() != 2 || last.size() != 2 || !from || !to || *from > *to || text.size() % 4 != 0) return false;
+    const std::size_t digits = 2 * map.codeBytes;
+    if (first.size() != digits || last.size() != digits || !from || !to || *from > *to || text.size() % 4 != 0)
+        return false;
     if (*from == *to) {
-        texts[static_cast<int>(*from)] = text;
+        map.texts[static_cast<int>(*from)] = text;
         return true;
     }
     const auto start = hexNumber(text);   // only the last byte may count up
-    if (text.size() != 4 || !start || (*start & 0xFF) + (*to - *from) > 0xFF) return false;
-    for (auto code = *from; code <= *to; ++code) texts[static_cast<int>(code)] = hexDigits(*start + code - *from, 4);
+    const auto length = *to - *from;
+    if (text.size() != 4 || !start || (*start & 0xFF) + length > 0xFF || (*from & 0xFF) + length > 0xFF) return false;
+    for (auto code = *from; code <= *to; ++code)
+        map.texts[static_cast<int>(code)] = hexDigits(*start + code - *from, 4);
     return true;
+}
+
+// "<00> <FF>" or "<0000> <FFFF>"
+bool takeCodeSpace(ToUnicode& map, const std::vector<std::string_view>& strings) {
+    if (strings.size() != 2 || strings[0].size() != strings[1].size()) return false;
+    map.codeBytes = strings[0].size() / 2;
+    return (strings[0] == "00" || strings[0] == "0000") && hexNumber(strings[1]).has_value();
+}
+
+std::u16string unitsOf(std::string_view hex) {
+    std::u16string units;
+    for (std::size_t at = 0; at + 4 <= hex.size(); at += 4)
+        units += static_cast<char16_t>(hexNumber(hex.substr(at, 4)).value_or(0));
+    return units;
 }
 
 }   // namespace
 
-std::optional<CodeTexts> parseToUnicode(std::string_view cmap) {
+std::optional<ToUnicode> parseToUnicode(std::string_view cmap) {
     enum class Section { none, codeSpace, characters, ranges } section = Section::none;
-    CodeTexts texts;
+    ToUnicode map;
     while (!cmap.empty()) {
         const auto line = cmap.substr(0, cmap.find('\n'));
         cmap.remove_prefix(std::min(line.size() + 1, cmap.size()));
@@ -77,33 +97,47 @@ std::optional<CodeTexts> parseToUnicode(std::string_view cmap) {
             const auto strings = hexStrings(line);
             if (!strings) return std::nullopt;
             const auto& s = *strings;
-            const bool isFine = section == Section::codeSpace    ? s.size() == 2 && s[0] == "00" && s[1].size() == 2
-                                : section == Section::characters ? s.size() == 2 && addRange(texts, s[0], s[0], s[1])
-                                                                 : s.size() == 3 && addRange(texts, s[0], s[1], s[2]);
+            const bool isFine = section == Section::codeSpace    ? takeCodeSpace(map, s)
+                                : section == Section::characters ? s.size() == 2 && addRange(map, s[0], s[0], s[1])
+                                                                 : s.size() == 3 && addRange(map, s[0], s[1], s[2]);
             if (!isFine) return std::nullopt;
         }
     }
-    return texts;
+    return map;
 }
 
-std::string makeToUnicode(const CodeTexts& texts) {
+std::string makeToUnicode(const ToUnicode& map) {
     std::string cmap =
         "/CIDInit /ProcSet findresource begin\n12 dict begin\nbegincmap\n"
         "/CIDSystemInfo\n<< /Registry (Adobe)\n/Ordering (UCS)\n/Supplement 0\n>> def\n"
-        "/CMapName /Adobe-Identity-UCS def\n/CMapType 2 def\n"
-        "1 begincodespacerange\n<00> <FF>\nendcodespacerange\n";
+        "/CMapName /Adobe-Identity-UCS def\n/CMapType 2 def\n1 begincodespacerange\n";
+    const std::size_t digits = 2 * map.codeBytes;
+    cmap += "<" + std::string(digits, '0') + "> <" + std::string(digits, 'F') + ">\nendcodespacerange\n";
     constexpr std::size_t most = 100;   // in one list
-    std::size_t left = texts.size(), inList = 0;
-    for (const auto& [code, text] : texts) {
+    std::size_t left = map.texts.size(), inList = 0;
+    for (const auto& [code, text] : map.texts) {
         if (inList == 0) {
             inList = std::min(left, most);
             left -= inList;
             cmap += std::to_string(inList) + " beginbfchar\n";
         }
-        cmap += "<" + hexDigits(static_cast<unsigned>(code), 2) + "> <" + text + ">\n";
+        cmap += "<" + hexDigits(static_cast<unsigned>(code), digits) + "> <" + text + ">\n";
         if (--inList == 0) cmap += "endbfchar\n";
     }
     return cmap + "endcmap\nCMapName currentdict /CMap defineresource pop\nend\nend";
+}
+
+bool makeTyped(ToUnicode& map) {
+    bool isChanged = false;
+    for (auto& [code, text] : map.texts) {
+        const auto units = unitsOf(text);
+        const auto typed = asTyped(units);
+        if (typed == units) continue;
+        isChanged = true;
+        text.clear();
+        for (const char16_t unit : typed) text += hexDigits(unit, 4);
+    }
+    return isChanged;
 }
 
 }   // namespace ostrel::pdf

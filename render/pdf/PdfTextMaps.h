@@ -1,0 +1,11 @@
+#pragma once
+
+#include <qpdf/QPDF.hh>
+
+namespace ostrel::pdf {
+
+// Makes every font say what its glyphs mean in the characters that people type (see asTyped), so that a search finds
+// them. What the pages show stays as it is; tables that are not understood too.
+void makeTextTyped(QPDF& file);
+
+}   // namespace ostrel::pdf
