@@ -69,10 +69,10 @@ std::optional<struct stat> statusOf(const std::filesystem::path& path, int flags
 }
 
 // O_NOATIME is for the owner of a file only; the mail store may belong to someone else.
-files::Descriptor openQuietly(const std::filesystem::path& path, int flags) {
+files::Descriptor openQuietly(const char* path, int flags, int folder = AT_FDCWD) {
     flags |= O_RDONLY | O_CLOEXEC | O_NOCTTY;
-    int number = files::uninterrupted([&] { return ::open(path.c_str(), flags | O_NOATIME); });
-    if (number < 0 && errno == EPERM) number = files::uninterrupted([&] { return ::open(path.c_str(), flags); });
+    int number = files::uninterrupted([&] { return ::openat(folder, path, flags | O_NOATIME); });
+    if (number < 0 && errno == EPERM) number = files::uninterrupted([&] { return ::openat(folder, path, flags); });
     return files::Descriptor(number);
 }
 
@@ -87,12 +87,19 @@ bool isFolderEntry(const dirent& entry, int folder) {
     return ::fstatat(folder, entry.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(status.st_mode);
 }
 
-// A folder's entries in byte order. With O_NOFOLLOW in flags a link to a folder is refused. Throws FileError.
-std::vector<FolderEntry> entriesOf(const std::filesystem::path& folder, int flags = 0) {
-    files::Descriptor descriptor = openQuietly(folder, flags | O_DIRECTORY);
+struct CloseFolder {
+    void operator()(DIR* directory) const { ::closedir(directory); }
+};
+struct OpenFolder {
+    std::unique_ptr<DIR, CloseFolder> directory;
+    std::vector<FolderEntry> entries;   // in byte order
+};
+
+// With O_NOFOLLOW in flags a link to a folder is refused. Throws FileError.
+OpenFolder openFolder(const FilePath& folder, int flags = 0) {
+    files::Descriptor descriptor = openQuietly(folder.native().c_str(), flags | O_DIRECTORY);
     if (!descriptor.isOpen()) throw FileError::reading(folder, files::lastError());
-    const auto close = [](DIR* directory) { ::closedir(directory); };
-    const std::unique_ptr<DIR, decltype(close)> directory(::fdopendir(descriptor.number()), close);
+    std::unique_ptr<DIR, CloseFolder> directory(::fdopendir(descriptor.number()));
     if (!directory) throw FileError::reading(folder, files::lastError());
     descriptor.release();
 
@@ -107,12 +114,12 @@ std::vector<FolderEntry> entriesOf(const std::filesystem::path& folder, int flag
     }
     if (errno != 0) throw FileError::reading(folder, files::lastError());
     std::ranges::sort(entries, {}, &FolderEntry::name);
-    return entries;
+    return {std::move(directory), std::move(entries)};
 }
 
 // Appends what the descriptor still gives. expected is how many bytes there probably are; the file may be growing or
 // shrinking under us.
-void appendFrom(int descriptor, const std::filesystem::path& path, std::string& out, std::size_t expected) {
+void appendFrom(int descriptor, const FilePath& path, std::string& out, std::size_t expected) {
     constexpr std::size_t smallestStep = 4096;
     std::size_t filled = out.size();
     for (std::size_t step = std::max(expected, smallestStep);; step = filled) {   // then as much again
@@ -136,8 +143,11 @@ struct OpenFile {
 };
 
 // A named pipe called *.emlx must not hold us up, so the open does not wait, and only regular files are read.
-OpenFile openRegularFile(const std::filesystem::path& path) {
-    OpenFile file{openQuietly(path, O_NONBLOCK), {}};
+OpenFile openRegularFile(const files::Entry& entry) {
+    const FilePath& path = entry.path;
+    OpenFile file{entry.openFolder < 0 ? openQuietly(path.native().c_str(), O_NONBLOCK)
+                                       : openQuietly(std::string(entry.name).c_str(), O_NONBLOCK, entry.openFolder),
+                  {}};
     if (!file.descriptor.isOpen() || ::fstat(file.descriptor.number(), &file.status) != 0)
         throw FileError::reading(path, files::lastError());
     if (S_ISDIR(file.status.st_mode)) throw FileError::reading(path, std::make_error_code(std::errc::is_a_directory));
@@ -165,10 +175,14 @@ std::string displayText(const std::filesystem::path& path) { return text::toVali
 
 namespace files {
 
-Descriptor openForReading(const std::filesystem::path& path) { return openRegularFile(path).descriptor; }
+Descriptor openForReading(const std::filesystem::path& path) {
+    return openRegularFile({path, {}, false, -1}).descriptor;
+}
 
-ReadHandle::ReadHandle(const std::filesystem::path& path) : path_(path.native()) {
-    OpenFile file = openRegularFile(path);
+ReadHandle::ReadHandle(const std::filesystem::path& path) : ReadHandle(Entry{path, {}, false, -1}) {}
+
+ReadHandle::ReadHandle(const Entry& entry) : path_(entry.path) {
+    OpenFile file = openRegularFile(entry);
     descriptor_ = file.descriptor.release();
     size_ = static_cast<std::uint64_t>(file.status.st_size);
     modified_ = instantOf(file.status.st_mtim);
@@ -205,24 +219,28 @@ Bytes readWhole(const std::filesystem::path& path) {
 
 std::vector<std::filesystem::path> list(const std::filesystem::path& folder) {
     std::vector<std::filesystem::path> names;
-    for (FolderEntry& entry : entriesOf(folder)) names.emplace_back(std::move(entry.name));
+    for (FolderEntry& entry : openFolder(folder).entries) names.emplace_back(std::move(entry.name));
     return names;
 }
 
 void walk(const std::filesystem::path& folder, Hidden hidden, const std::function<Walk(const Entry&)>& visit) {
     // The entries still to visit of the folder at hand and of those above it, last first. `at` is the folder at hand,
-    // with a slash at its end.
+    // with a slash at its end. Only the folder entered last stays open, and until its first subfolder: those above may
+    // be more than a process can have open.
     std::vector<std::vector<FolderEntry>> pending;
-    const auto descend = [&](std::vector<FolderEntry> entries) {
-        std::ranges::reverse(entries);
-        pending.push_back(std::move(entries));
+    std::unique_ptr<DIR, CloseFolder> open;
+    const auto descend = [&](OpenFolder entered) {
+        open = std::move(entered.directory);
+        std::ranges::reverse(entered.entries);
+        pending.push_back(std::move(entered.entries));
     };
     std::string at = folder.native();
-    descend(entriesOf(folder));
+    descend(openFolder(folder));
     if (!at.ends_with('/')) at += '/';
     while (true) {
         if (pending.back().empty()) {
             pending.pop_back();
+            open.reset();
             if (pending.empty()) return;
             at.pop_back();
             at.resize(at.rfind('/') + 1);
@@ -231,12 +249,12 @@ void walk(const std::filesystem::path& folder, Hidden hidden, const std::functio
         const FolderEntry entry = std::move(pending.back().back());
         pending.back().pop_back();
         if (hidden == Hidden::skip && entry.name.starts_with('.')) continue;
-        const std::filesystem::path path = at + entry.name;
-        const Walk answer = visit({path, entry.name, entry.isFolder});
+        const FilePath path(at + entry.name);
+        const Walk answer = visit({path, entry.name, entry.isFolder, open ? ::dirfd(open.get()) : -1});
         if (answer == Walk::stop) return;
         if (answer == Walk::skipFolder || !entry.isFolder) continue;
         try {
-            descend(entriesOf(path, O_NOFOLLOW));
+            descend(openFolder(path, O_NOFOLLOW));
             at += entry.name + '/';
         } catch (const FileError&) {
             // Not ours to read, or gone since its parent was listed: the rest of the tree still counts.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Bytes.h"
+#include "platform/FilePath.h"
 #include "platform/Time.h"
 
 #include <cstdint>
@@ -46,11 +47,15 @@ constexpr std::size_t readLimitBytes = (std::size_t{1} << 31) - 1;
 // The whole file. Throws FileError; anything but a regular file is unreadable.
 Bytes readWhole(const std::filesystem::path& path);
 
+struct Entry;
+
 // An open file, read-only; closed by the destructor.
 class ReadHandle {
 public:
     // Throws FileError; anything but a regular file is unreadable.
     explicit ReadHandle(const std::filesystem::path& path);
+    // The same for an entry under the visitor's eyes, by the shorter way of its open folder.
+    explicit ReadHandle(const Entry& entry);
     ReadHandle(const ReadHandle&) = delete;
     ReadHandle& operator=(const ReadHandle&) = delete;
     ~ReadHandle();
@@ -64,7 +69,7 @@ public:
     std::optional<Instant> modificationDate() const { return modified_; }
 
 private:
-    std::string path_;   // a path is several times as dear to copy
+    FilePath path_;
     int descriptor_;
     std::uint64_t position_ = 0;
     std::uint64_t size_;   // when it was opened, like the next
@@ -75,9 +80,10 @@ private:
 std::vector<std::filesystem::path> list(const std::filesystem::path& folder);
 
 struct Entry {
-    const std::filesystem::path& path;   // lives for the call
-    std::string_view name;               // last component, as bytes
-    bool isFolder;                       // a link to a folder is not a folder
+    const FilePath& path;    // lives for the call
+    std::string_view name;   // last component, as bytes
+    bool isFolder;           // a link to a folder is not a folder
+    int openFolder;          // descriptor of the folder it is in; -1 where that is closed again
 };
 enum class Walk { on, skipFolder, stop };
 enum class Hidden { skip, include };

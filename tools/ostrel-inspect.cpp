@@ -50,7 +50,7 @@ void write(JsonWriter& json, const MailAccount& account) {
 }
 
 void write(JsonWriter& json, const MessageSummary& message, const fs::path& root) {
-    json.open('{').key("path").text(displayText(message.url.lexically_relative(root)));
+    json.open('{').key("path").text(displayText(fs::path(message.url).lexically_relative(root)));
     json.key("mailboxID").text(message.mailboxID).key("subject").text(message.subject);
     write(json.key("from"), message.from);
     write(json.key("to"), message.to);

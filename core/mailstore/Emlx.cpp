@@ -37,7 +37,7 @@ std::optional<long long> countIn(std::string_view trimmed) {
 }
 
 // The last component, as a view: a scan asks for every file.
-std::string_view nameOf(const std::filesystem::path& file) {
+std::string_view nameOf(const FilePath& file) {
     const std::string_view path = file.native();
     return path.substr(path.rfind('/') + 1);
 }
@@ -71,12 +71,11 @@ struct FoundHead {
 
 // Reads the head of a file and hands the header block to parse; the block is gone afterwards.
 template <typename Parse>
-Head readHeadWith(const std::filesystem::path& file, Parse parse) {
+Head readHeadWith(files::ReadHandle& handle, Parse parse) {
     const auto parsed = [&](const FoundHead& found) {
         if (!looksLikeMessage(found.head)) throw ReadError(ReadError::Kind::notAMessage);
         return parse(found.header());
     };
-    files::ReadHandle handle(file);
     // On the stack, because to allocate and clear so much for each file would take a scan longer than reading it.
     std::array<char, headLimit> buffer;
     const std::span<char> room(buffer);
@@ -134,11 +133,14 @@ Container container(const Bytes& file) {
     return result;
 }
 
-Head readHead(const std::filesystem::path& file, std::span<const std::string_view> names) {
+Head readHead(files::ReadHandle& file, std::span<const std::string_view> names) {
     return readHeadWith(file, [&](ByteView block) { return Headers::parseOnly(block, names); });
 }
 
-Headers readHeaders(const std::filesystem::path& file) { return readHeadWith(file, &Headers::parse).headers; }
+Headers readHeaders(const std::filesystem::path& file) {
+    files::ReadHandle handle(file);
+    return readHeadWith(handle, &Headers::parse).headers;
+}
 
 MailMessage read(const std::filesystem::path& file) {
     const Container stored = container(files::readWhole(file));
@@ -148,12 +150,12 @@ MailMessage read(const std::filesystem::path& file) {
     return message;
 }
 
-std::string number(const std::filesystem::path& file) {
+std::string number(const FilePath& file) {
     const std::string_view name = nameOf(file);
     return std::string(name.substr(0, name.find('.')));
 }
 
-bool isPartial(const std::filesystem::path& file) { return text::lowerASCII(nameOf(file)).ends_with(".partial.emlx"); }
+bool isPartial(const FilePath& file) { return text::lowerASCII(nameOf(file)).ends_with(".partial.emlx"); }
 
 std::filesystem::path attachmentsFolder(const std::filesystem::path& file) {
     return file.parent_path().parent_path() / "Attachments" / number(file);

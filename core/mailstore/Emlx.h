@@ -3,6 +3,7 @@
 #include "core/message/Headers.h"
 #include "core/message/MailMessage.h"
 #include "platform/Bytes.h"
+#include "platform/Files.h"
 #include "platform/Time.h"
 
 #include <cstdint>
@@ -42,9 +43,9 @@ struct Head {
     Headers headers;
     std::optional<Instant> modified;   // the file's modification date
 };
-// The header fields of these names of a message file, reading its first 64 KiB only unless the header block is longer.
-// Throws ReadError, FileError.
-Head readHead(const std::filesystem::path& file, std::span<const std::string_view> names);
+// The header fields of these names of a message file just opened, reading its first 64 KiB only unless the header block
+// is longer. Throws ReadError, FileError.
+Head readHead(files::ReadHandle& file, std::span<const std::string_view> names);
 // The same, all fields.
 Headers readHeaders(const std::filesystem::path& file);
 
@@ -55,8 +56,8 @@ MailMessage read(const std::filesystem::path& file);
 bool looksLikeMessage(ByteView bytes);
 
 // "1234" for 1234.partial.emlx.
-std::string number(const std::filesystem::path& file);
-bool isPartial(const std::filesystem::path& file);
+std::string number(const FilePath& file);
+bool isPartial(const FilePath& file);
 // Where Mail keeps the attachments of a message file outside it: ../../Attachments/1234.
 std::filesystem::path attachmentsFolder(const std::filesystem::path& file);
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/message/MailAddress.h"
+#include "platform/FilePath.h"
 #include "platform/Time.h"
 
 #include <filesystem>
@@ -12,7 +13,7 @@ namespace ostrel {
 
 // One message as the list shows it, read from the head of its file.
 struct MessageSummary {
-    std::filesystem::path url;   // the message file
+    FilePath url;   // the message file
     std::string mailboxID;
     std::string subject;
     std::vector<MailAddress> from, to, cc;

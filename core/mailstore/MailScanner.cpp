@@ -105,7 +105,7 @@ private:
     std::unordered_map<std::string, std::vector<MailAddress>, Hash, std::equal_to<>> lists_;
 };
 
-MessageSummary summaryOf(const fs::path& file, const Emlx::Head& head, KnownAddresses& known) {
+MessageSummary summaryOf(const FilePath& file, const Emlx::Head& head, KnownAddresses& known) {
     const auto addresses = [&](std::string_view name) { return known.list(head.headers.first(name).value_or("")); };
     const auto identifiers = [&](std::string_view name) {
         return MessageIDs::list(head.headers.first(name).value_or(""));
@@ -144,10 +144,11 @@ class Scan {
 public:
     explicit Scan(fs::path root) : root_(std::move(root)) {}
 
-    void add(const fs::path& file) {
+    void add(const files::Entry& entry) {
         try {
-            MessageSummary summary = summaryOf(file, Emlx::readHead(file, summaryFields), knownAddresses_);
-            Mailbox& mailbox = mailboxFor(file);
+            files::ReadHandle handle(entry);
+            MessageSummary summary = summaryOf(entry.path, Emlx::readHead(handle, summaryFields), knownAddresses_);
+            Mailbox& mailbox = mailboxFor(entry.path);
             summary.mailboxID = mailbox.id;
             index_.messages.push_back(std::move(summary));
             ++mailbox.messageCount;
@@ -169,7 +170,7 @@ public:
 
 private:
     // Files come folder by folder, so the last answer nearly always serves again.
-    Mailbox& mailboxFor(const fs::path& file) {
+    Mailbox& mailboxFor(const FilePath& file) {
         const std::string_view path = file.native();
         const std::string_view folder = path.substr(0, path.rfind('/'));
         if (!lastMailbox_ || folder != lastFolder_) {
@@ -302,7 +303,7 @@ MailIndex scan(const fs::path& folder, const std::string& onMyMac, const std::fu
         }
         if (!text::lowerASCII(entry.name).ends_with(".emlx")) return files::Walk::on;
         if (cancelled()) return files::Walk::stop;
-        scan.add(entry.path);
+        scan.add(entry);
         if (scan.count() % progressInterval == 0 && scan.count() != reported) progress(reported = scan.count());
         return files::Walk::on;
     };

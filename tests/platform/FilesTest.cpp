@@ -32,7 +32,7 @@ std::vector<std::string> walked(const fs::path& folder, Hidden hidden, const std
     std::vector<std::string> seen;
     walk(folder, hidden, [&](const Entry& entry) {
         EXPECT_EQ(entry.path.filename().native(), entry.name);
-        seen.push_back(entry.path.lexically_relative(folder).native() + (entry.isFolder ? "/" : ""));
+        seen.push_back(fs::path(entry.path).lexically_relative(folder).native() + (entry.isFolder ? "/" : ""));
         return entry.name == skipped ? Walk::skipFolder : Walk::on;
     });
     return seen;

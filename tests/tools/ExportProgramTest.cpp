@@ -218,9 +218,9 @@ TEST_F(ExportProgramTest, TheSameArgumentsGiveTheSameSample) {
     ASSERT_EQ(Program({SAMPLE_PROGRAM, path("Again"), "50"}, home_).wait(), 0);
     std::size_t compared = 0;
     files::walk(home_ / "Mail", files::Hidden::include, [&](const files::Entry& entry) {
-        const fs::path twin = home_ / "Again" / entry.path.lexically_relative(home_ / "Mail");
+        const fs::path twin = home_ / "Again" / fs::path(entry.path).lexically_relative(home_ / "Mail");
         if (!entry.isFolder) {
-            EXPECT_EQ(files::readWhole(entry.path), files::readWhole(twin)) << entry.path;
+            EXPECT_EQ(files::readWhole(entry.path), files::readWhole(twin)) << entry.path.native();
             ++compared;
         }
         return files::Walk::on;

@@ -155,7 +155,7 @@ TEST_F(MailScannerTest, PartialMessagesHaveTheAttachmentsThatAreStored) {
     put("M.mbox/Data/Attachments/2/2/a.pdf", "x");
     put("M.mbox/Data/Attachments/3/2/a.pdf", "x");
     for (const MessageSummary& message : scan().messages) {
-        EXPECT_EQ(message.hasAttachments, message.url.filename() == "2.partial.emlx") << message.url;
+        EXPECT_EQ(message.hasAttachments, message.url.filename() == "2.partial.emlx") << message.url.native();
     }
 }
 

@@ -25,7 +25,7 @@ Instant utc(int year, int month, int day, std::chrono::seconds time = 0s) {
 std::string passing(const MessageFilter& filter, const Mails& mails, const Calendar& calendar = Calendar::utc()) {
     std::string line;
     for (const auto& message : filter.apply(mails, calendar))
-        line += (line.empty() ? "" : " ") + message.url.stem().string();
+        line += (line.empty() ? "" : " ") + message.url.filename().stem().string();
     return line;
 }
 
