@@ -30,6 +30,8 @@ HeadlessEngine::HeadlessEngine() {
     doWithoutDesktopServices();
     isSandboxed_ = engineSandbox::allowOrDoWithout();
     if (PrivateDisplay::isNeeded()) display_ = std::make_unique<PrivateDisplay>();
+    // Nothing of the toolkit is shown; a locale that the C library lacks would only be warned about.
+    gtk_disable_setlocale();
     if (!gtk_init_check()) throw std::runtime_error("The display cannot be used.");
 }
 

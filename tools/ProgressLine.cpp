@@ -21,7 +21,10 @@ std::size_t terminalWidth() {
 
 }   // namespace
 
-ProgressLine::ProgressLine() : terminal_(isatty(STDERR_FILENO) != 0), next_(Clock::now()) {}
+// A log gets its first line when the work turns out to take a while.
+ProgressLine::ProgressLine()
+    : terminal_(isatty(STDERR_FILENO) != 0),
+      next_(Clock::now() + (terminal_ ? Clock::duration::zero() : logInterval)) {}
 
 ProgressLine::~ProgressLine() {
     if (terminal_ && shown_) std::fputs("\r\033[K", stderr);
