@@ -10,8 +10,8 @@
 
 #include <algorithm>
 #include <array>
+#include <deque>
 #include <map>
-#include <numeric>
 #include <string_view>
 #include <unordered_map>
 
@@ -129,13 +129,14 @@ MessageSummary summaryOf(const FilePath& file, const Emlx::Head& head, KnownAddr
 }
 
 // Messages of one date keep their order.
-std::vector<MessageSummary> newestFirst(std::vector<MessageSummary> messages) {
-    std::vector<std::size_t> order(messages.size());   // sorted in their place: a summary is dear to move
-    std::iota(order.begin(), order.end(), std::size_t{0});
-    std::ranges::stable_sort(order, std::greater{}, [&](std::size_t i) { return messages[i].date; });
+std::vector<MessageSummary> newestFirst(std::deque<MessageSummary> messages) {
+    std::vector<std::pair<Instant, MessageSummary*>> order;   // sorted in their place: a summary is dear to move
+    order.reserve(messages.size());
+    for (MessageSummary& message : messages) order.emplace_back(message.date, &message);
+    std::ranges::stable_sort(order, std::greater{}, [](const auto& dated) { return dated.first; });
     std::vector<MessageSummary> sorted;
     sorted.reserve(messages.size());
-    for (const std::size_t i : order) sorted.push_back(std::move(messages[i]));
+    for (const auto& [date, message] : order) sorted.push_back(std::move(*message));
     return sorted;
 }
 
@@ -150,7 +151,8 @@ public:
             MessageSummary summary = summaryOf(entry.path, Emlx::readHead(handle, summaryFields), knownAddresses_);
             Mailbox& mailbox = mailboxFor(entry.path);
             summary.mailboxID = mailbox.id;
-            index_.messages.push_back(std::move(summary));
+            for (const MailAddress& address : summary.to) ++(*lastAddresses_)[address.email];
+            messages_.push_back(std::move(summary));
             ++mailbox.messageCount;
         } catch (const Emlx::ReadError&) {
             ++index_.unreadable;
@@ -159,10 +161,10 @@ public:
         }
     }
 
-    std::size_t count() const { return index_.messages.size(); }
+    std::size_t count() const { return messages_.size(); }
 
     MailIndex finish(const std::string& onMyMac) {
-        index_.messages = newestFirst(std::move(index_.messages));
+        index_.messages = newestFirst(std::move(messages_));
         index_.accounts = accounts(onMyMac);
         index_.root = root_;
         return std::move(index_);
@@ -178,6 +180,7 @@ private:
             if (folder.starts_with(root_.native())) relative.remove_prefix(root_.native().size());
             const Mailbox mailbox = mailboxOf(displayText(fs::path(relative)));
             lastMailbox_ = &mailboxes_.try_emplace(mailbox.id, mailbox).first->second;
+            lastAddresses_ = &addresses_[mailbox.account];
             lastFolder_ = folder;
         }
         return *lastMailbox_;
@@ -190,10 +193,9 @@ private:
             account.id = mailbox.account;
             account.mailboxes.push_back(mailbox);
         }
-        const auto addresses = addressCounts();
         std::vector<MailAccount> accounts;
         for (auto& [id, account] : byID) {
-            account.label = id == localAccount || id.empty() ? onMyMac : mostFrequent(addresses, id);
+            account.label = id == localAccount || id.empty() ? onMyMac : mostFrequent(addresses_.at(id), id);
             std::ranges::stable_sort(account.mailboxes, [](const Mailbox& a, const Mailbox& b) {
                 const std::size_t rankA = rank(a.name), rankB = rank(b.name);
                 return rankA != rankB ? rankA < rankB : locale::compare(a.name, b.name) < 0;
@@ -209,24 +211,14 @@ private:
 
     using AddressCounts = std::unordered_map<std::string, std::size_t>;
 
-    // How often each address was written to, by account: an account's own address leads.
-    std::unordered_map<std::string, AddressCounts> addressCounts() const {
-        std::unordered_map<std::string, AddressCounts> counts;
-        for (const MessageSummary& message : index_.messages) {
-            AddressCounts& ofAccount = counts[mailboxes_.at(message.mailboxID).account];
-            for (const MailAddress& address : message.to) {
-                if (!address.email.empty()) ++ofAccount[text::lower(address.email)];
-            }
+    // The account's own id when nobody was written to; letter case aside, the smaller address among equals.
+    static std::string mostFrequent(const AddressCounts& asWritten, const std::string& account) {
+        AddressCounts counts;
+        for (const auto& [address, count] : asWritten) {
+            if (!address.empty()) counts[text::lower(address)] += count;
         }
-        return counts;
-    }
-
-    // The account's own id when nobody was written to; the smaller address among equals.
-    static std::string mostFrequent(const std::unordered_map<std::string, AddressCounts>& counts,
-                                    const std::string& account) {
-        const auto found = counts.find(account);
-        if (found == counts.end() || found->second.empty()) return account;
-        return std::ranges::max_element(found->second,
+        if (counts.empty()) return account;
+        return std::ranges::max_element(counts,
                                         [](const auto& a, const auto& b) {
                                             return a.second != b.second ? a.second < b.second : a.first > b.first;
                                         })
@@ -235,9 +227,13 @@ private:
 
     fs::path root_;
     MailIndex index_;
+    std::deque<MessageSummary> messages_;        // as found; a vector would move them all each time it grows
     std::map<std::string, Mailbox> mailboxes_;   // by id; nodes stay where they are
     KnownAddresses knownAddresses_;
+    // How often each address was written to, by account: an account's own address leads.
+    std::map<std::string, AddressCounts> addresses_;
     Mailbox* lastMailbox_ = nullptr;
+    AddressCounts* lastAddresses_ = nullptr;
     std::string lastFolder_;
 };
 

@@ -14,6 +14,9 @@ bool isASCII(char c) { return static_cast<unsigned char>(c) < 128; }
 char lowerASCII(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
 bool equalIgnoringCase(std::string_view a, std::string_view b) {
+    if (a.empty() || b.empty()) return a.empty() && b.empty();
+    // Most pairs differ in their first letter.
+    if (isASCII(a[0]) && isASCII(b[0]) && lowerASCII(a[0]) != lowerASCII(b[0])) return false;
     std::size_t same = 0;
     while (same < std::min(a.size(), b.size()) && lowerASCII(a[same]) == lowerASCII(b[same])) ++same;
     if (same == a.size() || same == b.size()) return a.size() == b.size();
@@ -28,7 +31,9 @@ bool equalIgnoringCase(std::string_view a, std::string_view b) {
 class FieldBuilder {
 public:
     // Without names every field is taken.
-    explicit FieldBuilder(std::optional<std::span<const std::string_view>> names) : names_(names) {}
+    explicit FieldBuilder(std::optional<std::span<const std::string_view>> names) : names_(names) {
+        if (names) fields_.reserve(names->size());
+    }
 
     void addLine(std::string_view line) {
         if (line.ends_with('\r')) line.remove_suffix(1);
@@ -90,8 +95,10 @@ private:
 };
 
 Headers parseFields(ByteView headerBytes, FieldBuilder builder) {
-    const auto block = Charset::decode(headerBytes, "utf-8");
-    const std::string_view text = block;
+    // Nearly every block is the text it decodes to.
+    const bool isText = text::isValidUTF8(charsOf(headerBytes));
+    const std::string decoded = isText ? std::string() : Charset::decode(headerBytes, "utf-8");
+    const std::string_view text = isText ? charsOf(headerBytes) : decoded;
     for (std::size_t start = 0; start < text.size();) {
         const auto lineFeed = std::min(text.find('\n', start), text.size());
         auto line = text.substr(start, lineFeed - start);

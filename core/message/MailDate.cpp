@@ -59,8 +59,10 @@ std::string plainText(std::string_view value) {
         if (comments.take(in) || !in.takeWhile(ascii::isGap).empty()) {
             if (!out.empty() && out.back() != ' ') out += ' ';
         } else {
-            out += in.peek();
-            in.skip();
+            const auto start = in.position();
+            do in.skip();
+            while (!in.atEnd() && !ascii::isGap(in.peek()) && in.peek() != '(');
+            out += in.since(start).substr(0, longestDate - out.size());
         }
     }
     return out;
