@@ -1,6 +1,7 @@
 #include "render/EngineView.h"
 
 #include "render/MainLoop.h"
+#include "render/ReducedFonts.h"
 
 #include <array>
 #include <cassert>
@@ -50,6 +51,8 @@ WebKitWebContext* sharedContext() {
         WebKitWebContext* context = webkit_web_context_new();
         webkit_web_context_set_cache_model(context, WEBKIT_CACHE_MODEL_DOCUMENT_VIEWER);
         webkit_web_context_set_spell_checking_enabled(context, FALSE);
+        if (const auto& fonts = reducedFonts::providedFolder())
+            webkit_web_context_add_path_to_sandbox(context, fonts->c_str(), TRUE);
         return context;
     }();
     return kept;

@@ -3,6 +3,7 @@
 #include "render/EngineSandbox.h"
 #include "render/MainLoop.h"
 #include "render/PrivateDisplay.h"
+#include "render/ReducedFonts.h"
 
 #include <cassert>
 #include <cstdlib>
@@ -28,6 +29,7 @@ void doWithoutDesktopServices() {
 HeadlessEngine::HeadlessEngine() {
     assert(mainLoop::isMainThread());
     doWithoutDesktopServices();
+    reducedFonts::provide();
     isSandboxed_ = engineSandbox::allowOrDoWithout();
     if (PrivateDisplay::isNeeded()) display_ = std::make_unique<PrivateDisplay>();
     // Nothing of the toolkit is shown; a locale that the C library lacks would only be warned about.

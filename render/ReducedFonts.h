@@ -1,0 +1,23 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+
+// The engine packs every font that a page uses into its PDF whole, which takes longer than all the rest of printing.
+// So it gets copies of the text fonts that print the same but are half the size, kept in the user's cache, through a
+// fontconfig configuration of their own; everything else comes from the system's fonts as before.
+namespace ostrel::reducedFonts {
+
+// Directs the programs that this process starts from now on, the engine's among them, to the reduced fonts, which it
+// makes when they are not there yet or the system's fonts have changed (a fraction of a second). Call it before there
+// are other threads. Whatever goes wrong leaves the system's fonts in use.
+void provide();
+
+// What the engine's sandbox must let it read; nothing when there are no reduced fonts.
+const std::optional<std::filesystem::path>& providedFolder();
+
+// The folder in the given cache with the reduced fonts ("faces") and their configuration ("fonts.conf"), made when it
+// is not there. Any number of processes may ask at once. Nothing when it cannot be made.
+std::optional<std::filesystem::path> folderIn(const std::filesystem::path& cache);
+
+}   // namespace ostrel::reducedFonts
