@@ -51,7 +51,9 @@ WebKitWebContext* sharedContext() {
         WebKitWebContext* context = webkit_web_context_new();
         webkit_web_context_set_cache_model(context, WEBKIT_CACHE_MODEL_DOCUMENT_VIEWER);
         webkit_web_context_set_spell_checking_enabled(context, FALSE);
-        if (const auto& fonts = reducedFonts::providedFolder())
+        // The engine compares the path with the real one of the home folder, and crashes where there is none.
+        const auto& fonts = reducedFonts::providedFolder();
+        if (fonts && g_file_test(g_get_home_dir(), G_FILE_TEST_IS_DIR))
             webkit_web_context_add_path_to_sandbox(context, fonts->c_str(), TRUE);
         return context;
     }();

@@ -1,15 +1,19 @@
 #include "render/HeadlessEngine.h"
 
+#include "platform/Files.h"
+#include "platform/SettingsStore.h"
 #include "render/EngineSandbox.h"
 #include "render/MainLoop.h"
 #include "render/PrivateDisplay.h"
 #include "render/ReducedFonts.h"
+#include "render/TemporaryFolder.h"
 
 #include <cassert>
 #include <cstdlib>
 #include <stdexcept>
 
 #include <gtk/gtk.h>
+#include <unistd.h>
 
 namespace ostrel {
 namespace {
@@ -24,11 +28,28 @@ void doWithoutDesktopServices() {
     setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", 1);
 }
 
+// The engine's sandbox cannot be made, and the program ends, where there is no cache folder: in a home that is
+// read-only or not there. Gives it one that goes with this program.
+std::unique_ptr<TemporaryFolder> standInForCache() {
+    const char* named = std::getenv("XDG_CACHE_HOME");
+    const std::filesystem::path cache = named && *named == '/' ? std::filesystem::path(named) : homeFolder() / ".cache";
+    try {
+        files::createFolders(cache / "ostrel");
+        if (access((cache / "ostrel").c_str(), W_OK) == 0) return nullptr;
+    } catch (const FileError&) {
+        // As said above.
+    }
+    auto standIn = std::make_unique<TemporaryFolder>("ostrel-cache-");
+    setenv("XDG_CACHE_HOME", standIn->path().c_str(), 1);
+    return standIn;
+}
+
 }   // namespace
 
 HeadlessEngine::HeadlessEngine() {
     assert(mainLoop::isMainThread());
     doWithoutDesktopServices();
+    cache_ = standInForCache();
     reducedFonts::provide();
     isSandboxed_ = engineSandbox::allowOrDoWithout();
     if (PrivateDisplay::isNeeded()) display_ = std::make_unique<PrivateDisplay>();

@@ -5,6 +5,7 @@
 namespace ostrel {
 
 class PrivateDisplay;
+class TemporaryFolder;
 
 // The surroundings that printing needs in a program without windows: a display (its own where there is none) and the
 // toolkit, without desktop services that a server does not have. First thing in main, on the main thread; keep it until
@@ -22,6 +23,7 @@ public:
 
 private:
     bool isSandboxed_ = false;
+    std::unique_ptr<TemporaryFolder> cache_;   // null where the user's own can be written
     std::unique_ptr<PrivateDisplay> display_;
 };
 

@@ -213,6 +213,15 @@ TEST_F(ExportProgramTest, WhatCannotRunSaysWhyInOneSentence) {
     }
 }
 
+TEST_F(ExportProgramTest, AHomeThatCannotBeWrittenDoesNotMatter) {
+    makeStore({"3"});
+    std::vector<std::string> command = {"/usr/bin/env", "HOME=/proc/none", "XDG_CONFIG_HOME=/proc/none"};
+    for (const std::string& argument : exportCommand()) command.push_back(argument);
+    Program program(command, home_);
+    EXPECT_EQ(program.wait(), 0) << program.errors();
+    EXPECT_EQ(readCSV(folderOf(program) / "index.csv").size(), 4U);
+}
+
 TEST_F(ExportProgramTest, TheSameArgumentsGiveTheSameSample) {
     makeStore({"50"});
     ASSERT_EQ(Program({SAMPLE_PROGRAM, path("Again"), "50"}, home_).wait(), 0);
