@@ -1,0 +1,95 @@
+#pragma once
+
+#include "app/AppSettings.h"
+#include "app/Desktop.h"
+#include "app/MessageList.h"
+#include "app/Property.h"
+#include "core/export/Exporter.h"
+#include "core/export/PDFRendering.h"
+#include "core/selection/MessageFilter.h"
+#include "core/selection/MessageOrder.h"
+
+#include <cstddef>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <stop_token>
+#include <string>
+#include <variant>
+
+namespace ostrel {
+
+// The state of the mail folder.
+struct MailState {
+    enum class Kind { checking, scanning, needsAccess, noMail, ready };
+    Kind kind = Kind::checking;
+    std::size_t found = 0;   // messages so far, while scanning
+    bool operator==(const MailState&) const = default;
+};
+
+enum class Sheet { welcome, export_ };   // what covers the main window
+
+// What the export sheet shows: its options, the progress of the run, or what came of it.
+using ExportPhase = std::variant<std::monostate, ExportProgress, ExportResult>;
+
+// What every window shows and does, without a window. One for the application, on the main thread; work goes to the
+// background and comes back as one finished value, which is dropped when it is no longer wanted. Views set the
+// properties that are theirs to set (below) and observe all.
+class AppModel {
+public:
+    struct Surroundings {
+        SettingsStore store;
+        Tasks& tasks;
+        Desktop& desktop;
+        // Makes what prints an export; cancel is the run's.
+        std::function<std::unique_ptr<PDFRendering>(Paper, std::stop_token cancel)> makeRenderer;
+        std::function<Instant()> now;
+        std::function<Calendar()> calendar = Calendar::current;
+    };
+    explicit AppModel(Surroundings surroundings);
+    AppModel(const AppModel&) = delete;
+    AppModel& operator=(const AppModel&) = delete;
+    // Cancels what runs; the results of background work that is still under way go nowhere.
+    ~AppModel();
+
+    // For views to read, set and observe. Setting runs the reactions at once.
+    Property<std::optional<Sheet>> sheet;
+    Property<std::optional<std::string>> problem;   // shown in an alert
+    Property<AppSettings> settings;                 // saved at once
+    Property<MessageFilter> filter;
+    Property<SortOrder> sortOrder;
+    Property<std::optional<std::string>> selection;   // MessageSummary::id
+
+    // For views to read and observe.
+    Property<MailState> state;
+    Property<std::shared_ptr<const MailIndex>> index;   // null until the first scan has ended
+    Property<MessageList> messages;                     // filtered and sorted
+    Property<std::optional<std::string>> previewHTML;
+    Property<ExportPhase> exportPhase;
+
+    const MessageSummary* selectedSummary() const;   // null without; lives as long as this list
+    std::string mailboxName(const std::string& mailboxID) const;
+
+    // At the start of the application: the welcome sheet when it is the first, and the first scan.
+    void start();
+    void reload();
+    // The application came to the front: looks again where the folder could not be read before.
+    void becameActive();
+    void chooseFolder();
+    void useDefaultFolder();
+    void setMailbox(const std::string& id, bool on);
+    void setAllMailboxes(bool on);
+    void clearFilters();
+    bool canExport() const;
+    void openExport();
+    void chooseDestinationAndExport();
+    void cancelExport();
+    bool isExporting() const;
+    void showInFinder();
+
+private:
+    Surroundings surroundings_;
+};
+
+}   // namespace ostrel

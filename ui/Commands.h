@@ -1,0 +1,34 @@
+#pragma once
+
+#include "app/AppModel.h"
+
+#include <gtkmm/application.h>
+
+// What the menus, the shortcuts and the buttons do, in one table: an action of the application each, enabled as the
+// model says. Views name the action ("app.export") and know nothing of what it does.
+namespace ostrel {
+
+// What commands ask of the application's windows.
+class Windows {
+public:
+    virtual ~Windows() = default;
+    virtual void showMain() = 0;   // opens it or brings it forward
+    virtual void showHelp() = 0;
+    virtual void showSettings() = 0;
+    virtual void showShortcuts() = 0;
+    virtual void showAbout() = 0;
+    virtual void closeActive() = 0;
+    virtual void quit() = 0;   // asks first while an export runs
+};
+
+// Actions: about, settings, quit, choose-folder, use-default-folder, reload, export, show-file, clear-filters,
+// close-window, help, shortcuts, show-welcome. Keys and the menu bar come with them.
+class Commands {
+public:
+    Commands(Gtk::Application& application, AppModel& model, Windows& windows);
+
+private:
+    std::vector<Subscription> subscriptions_;
+};
+
+}   // namespace ostrel

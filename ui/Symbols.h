@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string_view>
+
+// The symbols that the windows show, by the names the texts of this application use for them ("tray.2"). Each is one
+// symbolic icon, drawn for this project (data/icons) or of the desktop's theme, legible in light, dark and high contrast.
+namespace ostrel::symbols {
+
+// The icon's name in the theme; "image-missing" for a name that is in no table.
+const char* iconName(std::string_view symbol);
+
+// By the mailbox's name: "inbox" is "tray", "Sent Messages" is "paperplane", any other "folder".
+std::string_view forMailbox(std::string_view mailboxName);
+
+}   // namespace ostrel::symbols
