@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <charconv>
 #include <cmath>
 #include <utility>
 
@@ -39,6 +40,32 @@ std::string inWords(std::chrono::milliseconds time) {
     return std::to_string(seconds) + (seconds == 1 ? " second" : " seconds");
 }
 
+// What the scripts answer: the width of the content, then a line "rrggbb address" for each link they marked.
+struct Measured {
+    double width = 0;
+    std::vector<LinkMark> links;
+};
+
+Measured readMeasured(std::string_view answer) {
+    constexpr std::size_t digits = 6;
+    const auto line = [&answer] {
+        const auto first = answer.substr(0, answer.find('\n'));
+        answer.remove_prefix(std::min(first.size() + 1, answer.size()));
+        return first;
+    };
+    Measured measured;
+    const auto width = line();
+    std::from_chars(width.data(), width.data() + width.size(), measured.width);
+    while (!answer.empty()) {
+        const auto mark = line();
+        std::uint32_t colour = 0;
+        if (mark.size() <= digits + 1) continue;
+        std::from_chars(mark.data(), mark.data() + digits, colour, 16);
+        measured.links.push_back({colour, std::string(mark.substr(digits + 1))});
+    }
+    return measured;
+}
+
 // An answer of the engine that may come when the page it belongs to, or the printer, is long gone.
 struct PendingAnswer {
     std::weak_ptr<PagePrinter> printer;
@@ -60,6 +87,7 @@ void PagePrinter::print(const std::string& html, std::filesystem::path output, D
     done_ = std::move(done);
     attempt_ = 0;
     isSqueezed_ = false;
+    links_.clear();
     enlargement_ = 1;
     failure_.reset();
     limit_ = mainLoop::Timer(limitFor(limits_.load, limits_, html_->size()), [this] { tooSlow(limits_.load); });
@@ -140,8 +168,11 @@ void PagePrinter::measure(std::string_view script) {
             GRef<JSCValue>::adopt(webkit_web_view_evaluate_javascript_finish(self.view_->web(), result, &error));
         const GErrorPtr owned(error);
         if (self.page_ != page || self.phase_ != Phase::measuring) return;
+        const GChars answer(value && jsc_value_is_string(value.get()) ? jsc_value_to_string(value.get()) : nullptr);
         // Without an answer the engine's own shrinking must do.
-        self.measured(value && jsc_value_is_number(value.get()) ? jsc_value_to_double(value.get()) : 0);
+        auto measured = readMeasured(answer ? answer.get() : "");
+        if (!measured.links.empty()) self.links_ = std::move(measured.links);
+        self.measured(measured.width);
     });
 }
 
@@ -186,7 +217,7 @@ void PagePrinter::printFinished() {
     if (failure_) return fail(RenderError::Kind::writeFailed, "The PDF could not be printed: " + *failure_ + ".");
     if (files::size(output_).value_or(0) > 0) {
         if (mayLackItsRightEdge() && attempt_ < mostAttempts) return printWider();
-        return complete(PrintedPage{.scale = 1 / enlargement_});
+        return complete(PrintedPage{.scale = 1 / enlargement_, .links = std::move(links_)});
     }
     limit_ = mainLoop::Timer(crashNews, [this] {
         fail(RenderError::Kind::writeFailed, "The PDF could not be printed: the web engine wrote no file.");

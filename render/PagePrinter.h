@@ -5,6 +5,7 @@
 #include "render/EngineView.h"
 #include "render/MainLoop.h"
 #include "render/PrintLimits.h"
+#include "render/pdf/PdfFinisher.h"
 
 #include <filesystem>
 #include <functional>
@@ -13,6 +14,7 @@
 #include <string>
 #include <string_view>
 #include <variant>
+#include <vector>
 
 #include <webkit/webkit.h>
 
@@ -20,7 +22,8 @@ namespace ostrel {
 
 // What the engine printed, still as big as it had to be to hold the whole width of the page.
 struct PrintedPage {
-    double scale = 1;   // final size over printed size
+    double scale = 1;                // final size over printed size
+    std::vector<LinkMark> links{};   // marked on the pages
 };
 using PrintOutcome = std::variant<PrintedPage, RenderError>;
 
@@ -74,7 +77,8 @@ private:
     Done done_;
     bool isCommitted_ = false;
     bool isSqueezed_ = false;
-    double enlargement_ = 1;   // paper and margins against the real ones
+    std::vector<LinkMark> links_;   // as marked in the page
+    double enlargement_ = 1;        // paper and margins against the real ones
     int attempt_ = 0;
     std::optional<std::string> failure_;   // the print job's own words
     GRef<WebKitPrintOperation> operation_;

@@ -47,16 +47,18 @@ void WebPDFRenderer::renderPDF(const std::string& html, const std::filesystem::p
         mainLoop::post([&] {
             state.printer->print(html, printed, [&](PrintOutcome outcome) { promise.set_value(std::move(outcome)); });
         });
-        const PrintOutcome outcome = promise.get_future().get();
+        PrintOutcome outcome = promise.get_future().get();
         if (const auto* error = std::get_if<RenderError>(&outcome)) throw *error;
+        auto& page = std::get<PrintedPage>(outcome);
         const FinishOptions options{.widthPoints = state.paper.width,
                                     .heightPoints = state.paper.height,
-                                    .scale = std::get<PrintedPage>(outcome).scale,
+                                    .scale = page.scale,
                                     .title = info.title,
                                     .author = info.author,
                                     .created = info.created,
                                     .language = {},
                                     .links = {},
+                                    .linkMarks = std::move(page.links),
                                     .html = html};
         state.finisher.finish(printed, destination, options);
         std::error_code ignored;

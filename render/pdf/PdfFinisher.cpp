@@ -4,6 +4,7 @@
 #include "render/pdf/PdfContents.h"
 #include "render/pdf/PdfFonts.h"
 #include "render/pdf/PdfImages.h"
+#include "render/pdf/PdfLinkMarks.h"
 #include "render/pdf/PdfPages.h"
 #include "render/pdf/PdfSharing.h"
 #include "render/pdf/PdfStreams.h"
@@ -12,6 +13,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <iterator>
 
 #include <qpdf/Buffer.hh>
 #include <qpdf/Pl_Flate.hh>
@@ -103,9 +105,10 @@ void reduce(QPDF& file, std::string_view html, FontSubsetter& fonts, FinishRepor
 }
 
 // fonts: null to leave everything but the pages alone.
-PdfFinisher::Finished finished(ByteView printed, const FinishOptions& options, FontSubsetter* fonts) {
+PdfFinisher::Finished finished(ByteView printed, FinishOptions options, FontSubsetter* fonts) {
     QPDF file;
     open(file, printed);
+    std::ranges::move(pdf::takeLinkMarks(file, options.linkMarks), std::back_inserter(options.links));
     PdfFinisher::Finished result;
     result.report.pages = file.getAllPages().size();
     result.report.links = pdf::layOutPages(file, options);

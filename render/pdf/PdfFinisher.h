@@ -3,6 +3,7 @@
 #include "platform/Files.h"
 #include "platform/Time.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -21,6 +22,13 @@ struct LinkArea {
     std::string url;   // http, https or mailto; areas with anything else are dropped
 };
 
+// A link that was printed with paint nobody sees: all of this colour that is filled with an opacity of 1/255.
+struct LinkMark {
+    std::uint32_t colour = 0;   // 0xRRGGBB
+    std::string url;
+    bool operator==(const LinkMark&) const = default;
+};
+
 struct FinishOptions {   // every field has an initialiser, so that callers may name only some
     double widthPoints = 595, heightPoints = 842;   // the paper that every page ends up on
     double scale = 1;                               // final size over printed size; 1: printed on the paper itself
@@ -28,6 +36,7 @@ struct FinishOptions {   // every field has an initialiser, so that callers may 
     std::optional<Instant> created{};               // the message's date
     std::optional<std::string> language{};          // BCP 47
     std::vector<LinkArea> links{};
+    std::vector<LinkMark> linkMarks{};   // to be found on the pages, taken out and added to links
     // The page that was printed. JPEGs in its data: addresses replace what the engine made of them, pixel for pixel.
     // Must live for the call.
     std::string_view html{};

@@ -1,5 +1,7 @@
 #include "render/pdf/PdfGlyphUse.h"
 
+#include "render/pdf/PdfTokens.h"
+
 #include <algorithm>
 #include <optional>
 #include <string>
@@ -9,93 +11,12 @@
 namespace ostrel::pdf {
 namespace {
 
-bool isSpace(char c) { return c == ' ' || c == '\n' || c == '\r' || c == '\t' || c == '\f' || c == '\0'; }
-bool isDelimiter(char c) { return std::string_view("()<>[]{}/%").find(c) != std::string_view::npos; }
-bool isRegular(char c) { return !isSpace(c) && !isDelimiter(c); }
-
 int hexDigit(char c) {
     if (c >= '0' && c <= '9') return c - '0';
     if (c >= 'a' && c <= 'f') return c - 'a' + 10;
     if (c >= 'A' && c <= 'F') return c - 'A' + 10;
     return -1;
 }
-
-struct Token {
-    enum class Kind { string, name, word, other };   // word: a number or an operator
-    Kind kind;
-    std::string_view text;   // as written; for strings without their brackets
-    bool isHex = false;
-};
-
-// Cuts content into tokens (ISO 32000-1 §7.2, §7.3).
-class Tokens {
-public:
-    explicit Tokens(std::string_view content) : in_(content) {}
-
-    // Nothing at the end, and where the content breaks off within a string; then isBroken().
-    std::optional<Token> next() {
-        skipSpace();
-        if (at_ >= in_.size()) return std::nullopt;
-        const auto start = at_;
-        switch (const char c = in_[at_++]) {
-            case '(':
-                return literal();
-            case '/':
-                return Token{Token::Kind::name, regular()};
-            case '<':
-                if (at_ < in_.size() && in_[at_] != '<') return hex();
-                break;
-            default:
-                if (!isRegular(c)) break;
-                regular();
-                return Token{Token::Kind::word, in_.substr(start, at_ - start)};
-        }
-        return Token{Token::Kind::other, in_.substr(start, 1)};
-    }
-    bool isBroken() const { return broken_; }
-
-private:
-    void skipSpace() {
-        for (; at_ < in_.size(); ++at_) {
-            if (in_[at_] == '%')
-                at_ = std::min(in_.find_first_of("\r\n", at_), in_.size() - 1);
-            else if (!isSpace(in_[at_]))
-                return;
-        }
-    }
-    std::string_view regular() {
-        const auto start = at_;
-        while (at_ < in_.size() && isRegular(in_[at_])) ++at_;
-        return in_.substr(start, at_ - start);
-    }
-    std::optional<Token> literal() {
-        const auto start = at_;
-        for (int depth = 1; at_ < in_.size(); ++at_) {
-            if (in_[at_] == '\\')
-                ++at_;
-            else if (in_[at_] == '(')
-                ++depth;
-            else if (in_[at_] == ')' && --depth == 0)
-                return Token{Token::Kind::string, in_.substr(start, at_++ - start)};
-        }
-        return broken();
-    }
-    std::optional<Token> hex() {
-        const auto end = in_.find('>', at_);
-        if (end == std::string_view::npos) return broken();
-        const auto start = std::exchange(at_, end + 1);
-        return Token{Token::Kind::string, in_.substr(start, end - start), true};
-    }
-    std::optional<Token> broken() {
-        broken_ = true;
-        at_ = in_.size();
-        return std::nullopt;
-    }
-
-    std::string_view in_;
-    std::size_t at_ = 0;
-    bool broken_ = false;
-};
 
 std::string hexBytes(std::string_view digits) {
     std::string bytes;
@@ -139,9 +60,6 @@ std::string literalBytes(std::string_view text) {
 }
 
 bool isShow(std::string_view op) { return op == "Tj" || op == "TJ" || op == "'" || op == "\""; }
-bool isNumber(std::string_view word) {
-    return std::string_view("0123456789+-.").find(word[0]) != std::string_view::npos;
-}
 
 // A font as content sees it. By itself: one that could not be told.
 struct Font {
@@ -163,7 +81,7 @@ public:
         while (const auto token = tokens.next()) {
             if (token->kind == Token::Kind::string) strings.push_back(*token);
             if (token->kind == Token::Kind::name) name = token->text;
-            if (token->kind != Token::Kind::word || isNumber(token->text)) continue;
+            if (token->kind != Token::Kind::word || token->isNumber()) continue;
             if (!apply(token->text, name, strings)) return false;
             strings.clear();
         }

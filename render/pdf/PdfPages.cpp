@@ -123,12 +123,29 @@ void place(QPDF& file, QPDFPageObjectHelper& page, const Placement& placement, S
     dict.replaceKey("/MediaBox", QPDFObjectHandle::newArray(placement.paper()));
 }
 
-QPDFObjectHandle linkAnnotation(const Rectangle& area, const std::string& target) {
-    auto link = QPDFObjectHandle::parse("<< /Type /Annot /Subtype /Link /Border [0 0 0] /A << /S /URI >> >>");
-    link.replaceKey("/Rect", QPDFObjectHandle::newArray(area));
-    link.getKey("/A").replaceKey("/URI", QPDFObjectHandle::newString(target));
-    return link;
-}
+// What all link annotations of a file have in common is written once.
+class LinkAnnotations {
+public:
+    explicit LinkAnnotations(QPDF& file) : border_(file.makeIndirectObject(QPDFObjectHandle::parse("[0 0 0]"))) {}
+
+    QPDFObjectHandle make(const Rectangle& area, const std::string& target) const {
+        return dictionary({{"/Type", annotation_},
+                           {"/Subtype", link_},
+                           {"/Border", border_},
+                           {"/Rect", QPDFObjectHandle::newArray(area)},
+                           {"/A", dictionary({{"/S", uri_}, {"/URI", QPDFObjectHandle::newString(target)}})}});
+    }
+
+private:
+    static QPDFObjectHandle dictionary(const std::map<std::string, QPDFObjectHandle>& entries) {
+        return QPDFObjectHandle::newDictionary(entries);
+    }
+
+    QPDFObjectHandle border_;
+    QPDFObjectHandle annotation_ = QPDFObjectHandle::newName("/Annot");
+    QPDFObjectHandle link_ = QPDFObjectHandle::newName("/Link");
+    QPDFObjectHandle uri_ = QPDFObjectHandle::newName("/URI");
+};
 
 }   // namespace
 
@@ -157,6 +174,7 @@ std::size_t layOutPages(QPDF& file, const FinishOptions& options) {
     QPDFPageDocumentHelper document(file);
     document.pushInheritedAttributesToPage();
     ScaledPatterns patterns(file);
+    std::optional<LinkAnnotations> links;
     std::size_t number = 0, placedLinks = 0;
     for (auto& page : document.getAllPages()) {
         auto box = page.getMediaBox();
@@ -167,8 +185,10 @@ std::size_t layOutPages(QPDF& file, const FinishOptions& options) {
         std::vector<QPDFObjectHandle> annotations;
         for (const auto* link : linksOf[number++]) {
             const auto target = linkTarget(link->url);
-            if (const auto area = placement.place(*link); area && !target.empty())
-                annotations.push_back(linkAnnotation(*area, target));
+            const auto area = placement.place(*link);
+            if (!area || target.empty()) continue;
+            if (!links) links.emplace(file);
+            annotations.push_back(links->make(*area, target));
         }
         if (annotations.empty()) continue;
         placedLinks += annotations.size();

@@ -6,6 +6,8 @@
 #include <memory>
 #include <sstream>
 
+#include <qpdf/QPDF.hh>
+
 namespace ostrel {
 namespace {
 
@@ -42,6 +44,27 @@ std::vector<PrintedSheet> readSheets(const std::filesystem::path& pdf) {
 }
 
 std::string readText(const std::filesystem::path& pdf) { return outputOf("pdftotext", pdf, "-"); }
+
+std::vector<PrintedLink> readLinks(const std::filesystem::path& pdf) {
+    QPDF file;
+    file.processFile(pdf.c_str());
+    std::vector<PrintedLink> links;
+    std::size_t sheet = 0;
+    for (QPDFObjectHandle page : file.getAllPages()) {
+        const double height = page.getKey("/MediaBox").getArrayAsRectangle().ury;
+        auto annotations = page.getKey("/Annots");
+        for (int i = 0, count = annotations.isArray() ? annotations.getArrayNItems() : 0; i < count; ++i) {
+            auto annotation = annotations.getArrayItem(i);
+            const auto box = annotation.getKey("/Rect").getArrayAsRectangle();
+            links.push_back({sheet, box.llx, height - box.ury, box.urx, height - box.lly,
+                             annotation.getKey("/A").getKey("/URI").getStringValue()});
+        }
+        ++sheet;
+    }
+    return links;
+}
+
+std::string readPixels(const std::filesystem::path& pdf) { return outputOf("pdftoppm -r 60", pdf, ""); }
 
 std::size_t countImages(const std::filesystem::path& pdf) {
     const std::string list = outputOf("pdfimages -list", pdf, "");

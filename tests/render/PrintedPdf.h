@@ -19,8 +19,17 @@ struct PrintedSheet {
     std::vector<PrintedWord> words;
 };
 
+// A link annotation; the box as for words.
+struct PrintedLink {
+    std::size_t sheet = 0;
+    double left = 0, top = 0, right = 0, bottom = 0;
+    std::string url;
+};
+
 std::vector<PrintedSheet> readSheets(const std::filesystem::path& pdf);
 std::string readText(const std::filesystem::path& pdf);
+std::vector<PrintedLink> readLinks(const std::filesystem::path& pdf);
+std::string readPixels(const std::filesystem::path& pdf);   // of all sheets
 std::size_t countImages(const std::filesystem::path& pdf);
 std::optional<PrintedWord> find(const std::vector<PrintedSheet>& sheets, std::string_view word);
 
