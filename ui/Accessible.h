@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+
+#include <gtkmm/widget.h>
+
+// What a screen reader says of a widget, where what is written on it does not say it.
+namespace ostrel::accessible {
+
+inline void setLabel(Gtk::Widget& widget, const std::string& label) {
+    gtk_accessible_update_property(GTK_ACCESSIBLE(widget.gobj()), GTK_ACCESSIBLE_PROPERTY_LABEL, label.c_str(), -1);
+}
+
+inline void setDescription(Gtk::Widget& widget, const std::string& description) {
+    gtk_accessible_update_property(GTK_ACCESSIBLE(widget.gobj()), GTK_ACCESSIBLE_PROPERTY_DESCRIPTION,
+                                   description.c_str(), -1);
+}
+
+// Where the same is told in words already. Before the widget is shown.
+inline void hide(Gtk::Widget& widget) {
+    g_object_set(widget.gobj(), "accessible-role", GTK_ACCESSIBLE_ROLE_PRESENTATION, nullptr);
+    gtk_accessible_update_state(GTK_ACCESSIBLE(widget.gobj()), GTK_ACCESSIBLE_STATE_HIDDEN, TRUE, -1);
+}
+
+}   // namespace ostrel::accessible

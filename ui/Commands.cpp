@@ -1,0 +1,120 @@
+#include "ui/Commands.h"
+
+#include "platform/Translation.h"
+#include "ui/Mnemonics.h"
+
+#include <functional>
+#include <utility>
+#include <vector>
+
+#include <giomm/menu.h>
+#include <giomm/simpleaction.h>
+
+namespace ostrel {
+namespace {
+
+using i18n::tr;
+
+struct Command {
+    const char* action;
+    std::vector<Glib::ustring> keys;
+    std::function<void()> run;
+    std::function<bool()> isEnabled = {};   // empty: always
+};
+
+std::vector<Command> commands(AppModel& model, Windows& windows) {
+    return {
+        {"about", {}, [&windows] { windows.showAbout(); }},
+        {"settings", {"<Primary>comma"}, [&windows] { windows.showSettings(); }},
+        {"quit", {"<Primary>q"}, [&windows] { windows.quit(); }},
+        {"choose-folder",
+         {"<Primary>o"},
+         [&model, &windows] {
+             windows.showMain();
+             model.chooseFolder();
+         }},
+        {"use-default-folder",
+         {},
+         [&model] { model.useDefaultFolder(); },
+         [&model] { return model.settings.get().mailFolder.has_value(); }},
+        {"reload", {"<Primary>r"}, [&model] { model.reload(); }},
+        {"export",
+         {"<Primary><Shift>e"},
+         [&model, &windows] {
+             windows.showMain();
+             model.openExport();
+         },
+         [&model] { return model.canExport(); }},
+        {"close-window", {"<Primary>w"}, [&windows] { windows.closeActive(); }},
+        {"show-file", {}, [&model] { model.showInFinder(); }, [&model] { return model.selection.get().has_value(); }},
+        {"clear-filters",
+         {"<Primary><Shift>l"},
+         [&model] { model.clearFilters(); },
+         [&model] { return model.filter.get().hasCriteria(); }},
+        // "?" stands behind Shift on many keyboards and alone on some; F1 is where the desktop's users look first.
+        {"help", {"<Primary>question", "<Primary><Shift>question", "F1"}, [&windows] { windows.showHelp(); }},
+        {"shortcuts", {"<Primary>F1"}, [&windows] { windows.showShortcuts(); }},
+        {"show-welcome",
+         {},
+         [&model, &windows] {
+             windows.showMain();
+             model.sheet.set(Sheet::welcome);
+         }},
+    };
+}
+
+struct Item {
+    std::string text;
+    const char* action;
+};
+using Section = std::vector<Item>;
+
+Glib::RefPtr<Gio::Menu> menu(const std::vector<Section>& sections) {
+    const auto made = Gio::Menu::create();
+    Mnemonics mnemonics;
+    for (const Section& items : sections) {
+        const auto section = Gio::Menu::create();
+        for (const auto& [text, action] : items) section->append(mnemonics.mark(text), Glib::ustring("app.") + action);
+        made->append_section(section);
+    }
+    return made;
+}
+
+Glib::RefPtr<Gio::Menu> menuBar() {
+    const auto bar = Gio::Menu::create();
+    Mnemonics mnemonics;
+    bar->append_submenu(
+        mnemonics.mark(tr("Ostrel")),
+        menu({{{tr("About Ostrel"), "about"}}, {{tr("Settings…"), "settings"}}, {{tr("Quit Ostrel"), "quit"}}}));
+    bar->append_submenu(mnemonics.mark(tr("File")), menu({{{tr("Choose Mail Folder…"), "choose-folder"},
+                                                           {tr("Use Apple Mail’s Folder"), "use-default-folder"},
+                                                           {tr("Reload Mailboxes"), "reload"}},
+                                                          {{tr("Export to PDF…"), "export"}},
+                                                          {{tr("Close Window"), "close-window"}}}));
+    bar->append_submenu(mnemonics.mark(tr("Message")), menu({{{tr("Show Mail’s File in Finder"), "show-file"}},
+                                                             {{tr("Clear Filters"), "clear-filters"}}}));
+    bar->append_submenu(mnemonics.mark(tr("Help")),
+                        menu({{{tr("Ostrel Help"), "help"}, {tr("Keyboard Shortcuts"), "shortcuts"}}}));
+    return bar;
+}
+
+}   // namespace
+
+Commands::Commands(Gtk::Application& application, AppModel& model, Windows& windows) {
+    for (Command& command : commands(model, windows)) {
+        const auto action = application.add_action(command.action, std::move(command.run));
+        application.set_accels_for_action(Glib::ustring("app.") + command.action, command.keys);
+        if (!command.isEnabled) continue;
+        const auto update = [action, isEnabled = std::move(command.isEnabled)] { action->set_enabled(isEnabled()); };
+        update();
+        subscriptions_.push_back(model.settings.observe(update));
+        subscriptions_.push_back(model.state.observe(update));
+        subscriptions_.push_back(model.messages.observe(update));
+        subscriptions_.push_back(model.exportPhase.observe(update));
+        subscriptions_.push_back(model.selection.observe(update));
+        subscriptions_.push_back(model.filter.observe(update));
+    }
+    application.set_menubar(menuBar());
+}
+
+}   // namespace ostrel

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <set>
+#include <string>
+
+namespace ostrel {
+
+// Gives the texts of one menu or one window a letter each that Alt (or in a menu the letter alone) chooses them by.
+// Texts are translated without one: every language has its letters shared out here.
+class Mnemonics {
+public:
+    // The text with "_" before its letter: the first free one that begins a word, else the first free one. Texts come
+    // back without where no letter is free. Underscores of the text itself are doubled.
+    std::string mark(const std::string& text);
+
+private:
+    std::set<char> taken_;   // lower case
+};
+
+}   // namespace ostrel
