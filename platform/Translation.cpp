@@ -1,0 +1,111 @@
+#include "platform/Translation.h"
+
+#include "platform/LocaleFormat.h"
+
+#include <algorithm>
+#include <clocale>
+#include <cstdlib>
+#include <initializer_list>
+#include <string_view>
+#include <system_error>
+
+#include <libintl.h>
+
+namespace ostrel::i18n {
+namespace {
+
+constexpr const char* domain = "ostrel";
+
+// Without the locale's own data the C library would leave texts English while dates, which come from elsewhere, follow
+// the environment. Languages can be asked for apart, in any locale but C.
+void askForLanguageAlone() {
+    const char* name = nullptr;
+    for (const char* variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
+        const char* value = std::getenv(variable);
+        if (!name && value && *value) name = value;
+    }
+    if (!name || !std::setlocale(LC_MESSAGES, "C.UTF-8")) return;
+    const std::string_view language(name);
+    ::setenv("LANGUAGE", std::string(language.substr(0, language.find_first_of(".@"))).c_str(), 0);
+}
+
+// "%lld", "%@", or either with its number, "%2$lld": the value it stands for, counted from 0.
+struct PlaceHolder {
+    std::size_t value;
+    std::size_t length;   // in the text; 0: there is none
+};
+PlaceHolder placeHolderAt(std::string_view text, std::size_t next) {
+    std::size_t at = 1;
+    if (text.size() > 2 && text[1] >= '1' && text[1] <= '9' && text[2] == '$') {
+        next = static_cast<std::size_t>(text[1] - '1');
+        at = 3;
+    }
+    for (const std::string_view kind : {"lld", "@"}) {
+        if (text.substr(at).starts_with(kind)) return {next, at + kind.size()};
+    }
+    return {next, 0};
+}
+
+// In one pass: a value may look like a place holder.
+std::string fill(std::string_view text, std::initializer_list<std::string_view> values) {
+    std::string out;
+    std::size_t next = 0;
+    while (!text.empty()) {
+        const auto plain = std::min(text.find('%'), text.size());
+        out.append(text.substr(0, plain));
+        text.remove_prefix(plain);
+        if (text.empty()) break;
+        const auto [value, length] = placeHolderAt(text, next);
+        if (length > 0 && value < values.size()) {
+            out.append(*(values.begin() + value));
+            ++next;
+        } else {
+            out.append(text.substr(0, std::max<std::size_t>(length, 1)));
+        }
+        text.remove_prefix(std::max<std::size_t>(length, 1));
+    }
+    return out;
+}
+
+std::string number(std::uint64_t value) { return locale::wholeNumber(static_cast<std::int64_t>(value)); }
+
+}   // namespace
+
+void start(const std::filesystem::path& catalogues) {
+    // Not LC_NUMERIC: a comma for the decimal point has no place in files and protocols. What people read is formatted
+    // in platform/LocaleFormat.h.
+    if (!std::setlocale(LC_CTYPE, "")) std::setlocale(LC_CTYPE, "C.UTF-8");
+    std::setlocale(LC_TIME, "");
+    if (!std::setlocale(LC_MESSAGES, "")) askForLanguageAlone();
+    ::bindtextdomain(domain, catalogues.c_str());
+    // Text is UTF-8 whatever the locale's own encoding; the system's reasons for errors come from its own catalogue.
+    ::bind_textdomain_codeset(domain, "UTF-8");
+    ::bind_textdomain_codeset("libc", "UTF-8");
+}
+
+void start() {
+    std::error_code error;
+    const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
+    start(program.parent_path().parent_path() / "share" / "locale");
+}
+
+std::string tr(const char* english) {
+    // The empty key is the catalogue's own header.
+    return *english ? ::dgettext(domain, english) : "";
+}
+
+std::string trCount(const char* english, std::uint64_t count) {
+    return fill(::dngettext(domain, english, english, count), {number(count)});
+}
+
+std::string filled(const std::string& text, std::uint64_t first, std::uint64_t second) {
+    return fill(text, {number(first), number(second)});
+}
+
+std::string filled(const std::string& text, std::string_view value) { return fill(text, {value}); }
+
+std::string filled(const std::string& text, std::string_view first, std::string_view second) {
+    return fill(text, {first, second});
+}
+
+}   // namespace ostrel::i18n
