@@ -187,6 +187,23 @@ std::string decimalWithUnit(const Amount& amount) {
     return textOf(format.formatDouble(amount.number, status), status);
 }
 
+// ---- Order ----
+
+// Null where the system has no collation data.
+const icu::Collator* collator() {
+    using Collator = std::unique_ptr<icu::Collator>;
+    const std::string name = localeName("LC_COLLATE");
+    return cached<Collator>(name,
+                            [&]() -> Collator {
+                                UErrorCode status = U_ZERO_ERROR;
+                                Collator made(icu::Collator::createInstance(localeOf(name), status));
+                                if (U_FAILURE(status)) return nullptr;
+                                made->setAttribute(UCOL_NUMERIC_COLLATION, UCOL_ON, status);
+                                return made;
+                            })
+        .get();
+}
+
 }   // namespace
 
 std::string dateAndTime(Instant when, DateStyle style, const Calendar& calendar) {
@@ -201,6 +218,37 @@ std::string numericDateAndTime(Instant when, const Calendar& calendar) {
     return formatted(when, calendar, "numeric ", [](const icu::Locale& where) {
         return bestPattern("yMMdd", "y-MM-dd", where) + u' ' + bestPattern("HHmm", "HH:mm", where);
     });
+}
+
+std::string date(Instant when, const Calendar& calendar) {
+    return formatted(when, calendar, "date ",
+                     [](const icu::Locale& where) { return bestPattern("yMMMd", "y-MM-dd", where); });
+}
+
+std::string numericDate(Day day) {
+    const Calendar utc = Calendar::utc();
+    return formatted(utc.startOfDay(day), utc, "numeric date ",
+                     [](const icu::Locale& where) { return bestPattern("yMMdd", "y-MM-dd", where); });
+}
+
+std::optional<Day> dayIn(std::string_view text) {
+    const icu::UnicodeString typed =
+        icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int32_t>(text.size()))).trim();
+    const icu::Locale where = localeOf(localeName("LC_TIME"));
+    for (const icu::UnicodeString& pattern : {bestPattern("yMMdd", "y-MM-dd", where), icu::UnicodeString("y-MM-dd")}) {
+        const DateFormat format = dateFormat(pattern, where);
+        if (!format) continue;
+        format->setLenient(false);
+        icu::ParsePosition end(0);
+        const UDate when = format->parse(typed, end);
+        if (end.getErrorIndex() >= 0 || end.getIndex() == 0 || end.getIndex() != typed.length()) continue;
+        if (const auto instant = instantFromSeconds(when / 1000)) {
+            Day day = Calendar::utc().components(*instant).date;
+            if (day.year >= 0 && day.year < 100) day.year += 2000;
+            return day;
+        }
+    }
+    return std::nullopt;
 }
 
 std::string fileSize(std::uint64_t bytes) {
@@ -220,25 +268,34 @@ std::string wholeNumber(std::int64_t number) {
 }
 
 int compare(std::string_view a, std::string_view b) {
-    using Collator = std::unique_ptr<icu::Collator>;
-    const std::string name = localeName("LC_COLLATE");
-    const Collator& collator = cached<Collator>(name, [&]() -> Collator {
-        UErrorCode status = U_ZERO_ERROR;
-        Collator made(icu::Collator::createInstance(localeOf(name), status));
-        if (U_FAILURE(status)) return nullptr;
-        made->setAttribute(UCOL_NUMERIC_COLLATION, UCOL_ON, status);
-        return made;
-    });
-    if (collator) {
+    if (const icu::Collator* order = collator()) {
         UErrorCode status = U_ZERO_ERROR;
         const UCollationResult result =
-            collator->compareUTF8(icu::StringPiece(a.data(), static_cast<int32_t>(a.size())),
-                                  icu::StringPiece(b.data(), static_cast<int32_t>(b.size())), status);
+            order->compareUTF8(icu::StringPiece(a.data(), static_cast<int32_t>(a.size())),
+                               icu::StringPiece(b.data(), static_cast<int32_t>(b.size())), status);
         if (U_SUCCESS(status) && result != UCOL_EQUAL) return result == UCOL_LESS ? -1 : 1;
     }
     // Texts that only look alike to the locale still have one order, the same in every run.
     const int byCodePoint = a.compare(b);
     return (byCodePoint > 0) - (byCodePoint < 0);
+}
+
+std::string sortKey(std::string_view text) {
+    std::string key;
+    if (const icu::Collator* order = collator()) {
+        const auto wide =
+            icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
+        const int32_t usual = 4 * wide.length() + 16;
+        key.resize(static_cast<std::size_t>(usual));
+        const auto fill = [&] {
+            return order->getSortKey(wide, reinterpret_cast<std::uint8_t*>(key.data()),
+                                     static_cast<int32_t>(key.size()));
+        };
+        const int32_t needed = fill();   // ends with a zero, the only one
+        key.resize(static_cast<std::size_t>(needed));
+        if (needed > usual) fill();
+    }
+    return key.append(text);
 }
 
 MeasurementSystem measurementSystem() {

@@ -3,6 +3,7 @@
 #include "platform/Time.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -17,6 +18,13 @@ std::string dateAndTime(Instant when, DateStyle style, const Calendar& calendar)
 // Numeric date with the whole year and two-digit month and day in the locale's order, a blank, and the time on the
 // 24-hour clock, which needs no AM or PM: "03/05/2024 09:07".
 std::string numericDateAndTime(Instant when, const Calendar& calendar);
+// The date alone, with the name of the month: "Mar 5, 2024".
+std::string date(Instant when, const Calendar& calendar);
+// The date alone in digits: "03/05/2024".
+std::string numericDate(Day day);
+// The day that somebody typed as the locale writes it in digits, or as 2024-03-05; of a year below 100 the century is
+// this one. Nothing for any other text.
+std::optional<Day> dayIn(std::string_view text);
 // A file size in decimal units: "Zero KB", "1 byte", "12 KB", "1.2 MB", "1.23 GB".
 std::string fileSize(std::uint64_t bytes);
 // A whole number with the locale's grouping.
@@ -24,6 +32,8 @@ std::string wholeNumber(std::int64_t number);
 
 // The order a file manager uses: numbers by value, case folded, the locale's letters. Negative, zero or positive.
 int compare(std::string_view a, std::string_view b);
+// Bytes that compare as compare() does, for texts that are compared often.
+std::string sortKey(std::string_view text);
 
 enum class MeasurementSystem { us, metric };
 MeasurementSystem measurementSystem();

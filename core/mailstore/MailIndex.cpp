@@ -2,8 +2,9 @@
 
 namespace ostrel {
 
-std::string MessageSummary::fromLine() const {
-    if (from.empty()) return {};
+const std::string& MessageSummary::fromLine() const {
+    static const std::string nobody;
+    if (from.empty()) return nobody;
     return from.front().name.empty() ? from.front().email : from.front().name;
 }
 

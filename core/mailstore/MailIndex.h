@@ -25,8 +25,8 @@ struct MessageSummary {
 
     // Identity: the file's path, as the bytes the system knows it by.
     const std::string& id() const { return url.native(); }
-    // The first sender's name, or address when it has no name; empty without a sender.
-    std::string fromLine() const;
+    // The first sender's name, or address when it has no name; empty without a sender. Lives as long as this.
+    const std::string& fromLine() const;
 
     bool operator==(const MessageSummary&) const = default;
 };

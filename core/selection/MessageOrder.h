@@ -2,7 +2,9 @@
 
 #include "core/mailstore/MailIndex.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <string>
 #include <vector>
 
 namespace ostrel {
@@ -26,11 +28,21 @@ public:
     SortableMessages() = default;
     explicit SortableMessages(const std::vector<MessageSummary>& messages);
 
-    // The positions of all messages in that order.
+    std::size_t size() const { return dates_.ranks.size(); }
+    // The positions of all messages in that order. Takes time linear in their number for every comparator.
     std::vector<std::uint32_t> sorted(const SortOrder& order) const;
 
 private:
-    std::vector<std::uint32_t> dates_, senders_, subjects_;   // ranks, equal for equal keys
+    struct Key {
+        std::vector<std::uint32_t> ranks;   // by position; equal for equal keys
+        std::uint32_t count = 0;            // of different ranks
+    };
+    static Key dateKey(const std::vector<MessageSummary>& messages);
+    static Key textKey(const std::vector<MessageSummary>& messages,
+                       const std::string& (*textOf)(const MessageSummary&));
+    const Key& key(SortKey of) const;
+
+    Key dates_, senders_, subjects_;
 };
 
 }   // namespace ostrel
