@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cmath>
 #include <map>
 
@@ -123,29 +124,18 @@ void place(QPDF& file, QPDFPageObjectHelper& page, const Placement& placement, S
     dict.replaceKey("/MediaBox", QPDFObjectHandle::newArray(placement.paper()));
 }
 
-// What all link annotations of a file have in common is written once.
-class LinkAnnotations {
-public:
-    explicit LinkAnnotations(QPDF& file) : border_(file.makeIndirectObject(QPDFObjectHandle::parse("[0 0 0]"))) {}
-
-    QPDFObjectHandle make(const Rectangle& area, const std::string& target) const {
-        return dictionary({{"/Type", annotation_},
-                           {"/Subtype", link_},
-                           {"/Border", border_},
-                           {"/Rect", QPDFObjectHandle::newArray(area)},
-                           {"/A", dictionary({{"/S", uri_}, {"/URI", QPDFObjectHandle::newString(target)}})}});
+// Written out here and handed on as one token: a mail with thousands of links would spend most of its time on the
+// nine objects that each of them is.
+QPDFObjectHandle linkAnnotation(const Rectangle& area, const std::string& target) {
+    std::string text = "<< /Type /Annot /Subtype /Link /Border [ 0 0 0 ] /Rect [";
+    for (const double side : {area.llx, area.lly, area.urx, area.ury}) {
+        std::array<char, 32> digits;   // within the paper, so enough
+        const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), std::round(side * 100) / 100);
+        text.append(1, ' ').append(digits.data(), end.ptr);
     }
-
-private:
-    static QPDFObjectHandle dictionary(const std::map<std::string, QPDFObjectHandle>& entries) {
-        return QPDFObjectHandle::newDictionary(entries);
-    }
-
-    QPDFObjectHandle border_;
-    QPDFObjectHandle annotation_ = QPDFObjectHandle::newName("/Annot");
-    QPDFObjectHandle link_ = QPDFObjectHandle::newName("/Link");
-    QPDFObjectHandle uri_ = QPDFObjectHandle::newName("/URI");
-};
+    text += " ] /A << /S /URI /URI " + QPDFObjectHandle::newString(target).unparse() + " >> >>";
+    return QPDFObjectHandle::newOperator(text);
+}
 
 }   // namespace
 
@@ -174,7 +164,6 @@ std::size_t layOutPages(QPDF& file, const FinishOptions& options) {
     QPDFPageDocumentHelper document(file);
     document.pushInheritedAttributesToPage();
     ScaledPatterns patterns(file);
-    std::optional<LinkAnnotations> links;
     std::size_t number = 0, placedLinks = 0;
     for (auto& page : document.getAllPages()) {
         auto box = page.getMediaBox();
@@ -185,10 +174,8 @@ std::size_t layOutPages(QPDF& file, const FinishOptions& options) {
         std::vector<QPDFObjectHandle> annotations;
         for (const auto* link : linksOf[number++]) {
             const auto target = linkTarget(link->url);
-            const auto area = placement.place(*link);
-            if (!area || target.empty()) continue;
-            if (!links) links.emplace(file);
-            annotations.push_back(links->make(*area, target));
+            if (const auto area = placement.place(*link); area && !target.empty())
+                annotations.push_back(linkAnnotation(*area, target));
         }
         if (annotations.empty()) continue;
         placedLinks += annotations.size();
