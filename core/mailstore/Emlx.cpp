@@ -69,30 +69,6 @@ struct FoundHead {
     HeaderBodySplit split;
 };
 
-// Reads the head of a file and hands the header block to parse; the block is gone afterwards.
-template <typename Parse>
-Head readHeadWith(files::ReadHandle& handle, Parse parse) {
-    const auto parsed = [&](const FoundHead& found) {
-        if (!looksLikeMessage(found.head)) throw ReadError(ReadError::Kind::notAMessage);
-        return parse(found.header());
-    };
-    // On the stack, because to allocate and clear so much for each file would take a scan longer than reading it.
-    std::array<char, headLimit> buffer;
-    const std::span<char> room(buffer);
-    std::size_t size = handle.read(room.first(usualHead));
-    if (size == 0) throw ReadError(ReadError::Kind::empty);
-    FoundHead found({buffer.data(), size});
-    if (size == usualHead && !(found.isEnded() && found.holdsFirstLine())) {
-        size += handle.read(room.subspan(usualHead));
-        found = FoundHead({buffer.data(), size});
-    }
-    if (found.isEnded() || size < headLimit) return {parsed(found), handle.modificationDate()};
-
-    std::string whole(buffer.data(), size);
-    handle.readToEnd(whole);
-    return {parsed(FoundHead(whole)), handle.modificationDate()};
-}
-
 }   // namespace
 
 ReadError::ReadError(Kind kind_)
@@ -133,13 +109,33 @@ Container container(const Bytes& file) {
     return result;
 }
 
-Head readHead(files::ReadHandle& file, std::span<const std::string_view> names) {
-    return readHeadWith(file, [&](ByteView block) { return Headers::parseOnly(block, names); });
+void readHeaderBlock(files::ReadHandle& file, std::string& out) {
+    const auto append = [&](const FoundHead& found) {
+        if (!looksLikeMessage(found.head)) throw ReadError(ReadError::Kind::notAMessage);
+        out += charsOf(found.header());
+    };
+    // On the stack, because to allocate and clear so much for each file would take a scan longer than reading it.
+    std::array<char, headLimit> buffer;
+    const std::span<char> room(buffer);
+    std::size_t size = file.read(room.first(usualHead));
+    if (size == 0) throw ReadError(ReadError::Kind::empty);
+    FoundHead found({buffer.data(), size});
+    if (size == usualHead && !(found.isEnded() && found.holdsFirstLine())) {
+        size += file.read(room.subspan(usualHead));
+        found = FoundHead({buffer.data(), size});
+    }
+    if (found.isEnded() || size < headLimit) return append(found);
+
+    std::string whole(buffer.data(), size);
+    file.readToEnd(whole);
+    append(FoundHead(whole));
 }
 
 Headers readHeaders(const std::filesystem::path& file) {
     files::ReadHandle handle(file);
-    return readHeadWith(handle, &Headers::parse).headers;
+    std::string block;
+    readHeaderBlock(handle, block);
+    return Headers::parse(bytesOf(block));
 }
 
 MailMessage read(const std::filesystem::path& file) {

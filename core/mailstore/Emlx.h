@@ -9,7 +9,6 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
-#include <span>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -39,14 +38,10 @@ public:
 // The container in the bytes of a whole file. Throws ReadError.
 Container container(const Bytes& file);
 
-struct Head {
-    Headers headers;
-    std::optional<Instant> modified;   // the file's modification date
-};
-// The header fields of these names of a message file just opened, reading its first 64 KiB only unless the header block
-// is longer. Throws ReadError, FileError.
-Head readHead(files::ReadHandle& file, std::span<const std::string_view> names);
-// The same, all fields.
+// Appends the header block of a message file just opened to out, reading the file's first 64 KiB only unless the block
+// is longer. Throws ReadError, FileError; out is then as it was.
+void readHeaderBlock(files::ReadHandle& file, std::string& out);
+// The header fields of a message file. Throws ReadError, FileError.
 Headers readHeaders(const std::filesystem::path& file);
 
 // The whole message. A message without a date takes the date received. Throws ReadError, FileError.

@@ -1,6 +1,7 @@
 #include "core/mailstore/MailScanner.h"
 
 #include "core/mailstore/Emlx.h"
+#include "core/mailstore/HeadsAhead.h"
 #include "core/message/HeaderParameters.h"
 #include "core/message/MailDate.h"
 #include "core/message/MessageIDs.h"
@@ -105,23 +106,22 @@ private:
     std::unordered_map<std::string, std::vector<MailAddress>, Hash, std::equal_to<>> lists_;
 };
 
-MessageSummary summaryOf(const FilePath& file, const Emlx::Head& head, KnownAddresses& known) {
-    const auto addresses = [&](std::string_view name) { return known.list(head.headers.first(name).value_or("")); };
-    const auto identifiers = [&](std::string_view name) {
-        return MessageIDs::list(head.headers.first(name).value_or(""));
-    };
+MessageSummary summaryOf(FilePath file, std::optional<Instant> modified, const Headers& headers,
+                         KnownAddresses& known) {
+    const auto addresses = [&](std::string_view name) { return known.list(headers.first(name).value_or("")); };
+    const auto identifiers = [&](std::string_view name) { return MessageIDs::list(headers.first(name).value_or("")); };
     MessageSummary summary;
-    summary.url = file;
-    summary.isPartial = Emlx::isPartial(file);
-    const std::string contentType = HeaderParameters::parse(head.headers.first("Content-Type")).value;
+    summary.url = std::move(file);
+    summary.isPartial = Emlx::isPartial(summary.url);
+    const std::string contentType = HeaderParameters::parse(headers.first("Content-Type")).value;
     summary.hasAttachments = text::lower(contentType) == "multipart/mixed" ||
-                             (summary.isPartial && files::exists(Emlx::attachmentsFolder(file)));
-    summary.subject = text::trimBlanksAndNewlines(head.headers.decoded("Subject").value_or(""));
+                             (summary.isPartial && files::exists(Emlx::attachmentsFolder(summary.url)));
+    summary.subject = text::trimBlanksAndNewlines(headers.decoded("Subject").value_or(""));
     summary.from = addresses("From");
     summary.to = addresses("To");
     summary.cc = addresses("Cc");
-    const auto date = head.headers.first("Date");
-    summary.date = (date ? MailDate::parse(*date) : std::nullopt).value_or(head.modified.value_or(Instant{}));
+    const auto date = headers.first("Date");
+    summary.date = (date ? MailDate::parse(*date) : std::nullopt).value_or(modified.value_or(Instant{}));
     if (auto own = identifiers("Message-ID"); !own.empty()) summary.messageID = std::move(own.front());
     summary.inReplyTo = identifiers("In-Reply-To");
     summary.references = identifiers("References");
@@ -145,20 +145,17 @@ class Scan {
 public:
     explicit Scan(fs::path root) : root_(std::move(root)) {}
 
-    void add(const files::Entry& entry) {
-        try {
-            files::ReadHandle handle(entry);
-            MessageSummary summary = summaryOf(entry.path, Emlx::readHead(handle, summaryFields), knownAddresses_);
-            Mailbox& mailbox = mailboxFor(entry.path);
-            summary.mailboxID = mailbox.id;
-            for (const MailAddress& address : summary.to) ++(*lastAddresses_)[address.email];
-            messages_.push_back(std::move(summary));
-            ++mailbox.messageCount;
-        } catch (const Emlx::ReadError&) {
+    void add(HeadsAhead::Head& head, ByteView headerBlock) {
+        if (!head.isReadable) {
             ++index_.unreadable;
-        } catch (const FileError&) {
-            ++index_.unreadable;
+            return;
         }
+        Mailbox& mailbox = mailboxFor(head.file);
+        MessageSummary& summary = messages_.emplace_back(summaryOf(
+            std::move(head.file), head.modified, Headers::parseOnly(headerBlock, summaryFields), knownAddresses_));
+        summary.mailboxID = mailbox.id;
+        for (const MailAddress& address : summary.to) ++(*lastAddresses_)[address.email];
+        ++mailbox.messageCount;
     }
 
     std::size_t count() const { return messages_.size(); }
@@ -293,18 +290,13 @@ MailIndex scan(const fs::path& folder, const std::string& onMyMac, const std::fu
     const fs::path root = standardised(dataRoot(folder));
     Scan scan(root);
     std::size_t reported = 0;
-    const auto visit = [&](const files::Entry& entry) {
-        if (entry.name == "MailData" || entry.name == "Attachments") {
-            return entry.isFolder ? files::Walk::skipFolder : files::Walk::on;
-        }
-        if (!text::lowerASCII(entry.name).ends_with(".emlx")) return files::Walk::on;
-        if (cancelled()) return files::Walk::stop;
-        scan.add(entry);
-        if (scan.count() % progressInterval == 0 && scan.count() != reported) progress(reported = scan.count());
-        return files::Walk::on;
-    };
+    HeadsAhead heads(root);
     try {
-        files::walk(root, files::Hidden::skip, visit);
+        while (HeadsAhead::Head* head = heads.next()) {
+            if (cancelled()) break;
+            scan.add(*head, heads.headerBlock());
+            if (scan.count() % progressInterval == 0 && scan.count() != reported) progress(reported = scan.count());
+        }
     } catch (const FileError&) {
         throw MailAccessError(MailAccessError::Kind::notFound, root);
     }

@@ -39,8 +39,13 @@ void openReadClose(benchmark::State& state) {
     }
 }
 
-BENCHMARK(scan)->Name("scan/warm store/ostrel")->Unit(benchmark::kMillisecond);
-BENCHMARK(openReadClose)->Name("scan/warm store/system")->Unit(benchmark::kMillisecond);
+// A scan has a thread of its own for reading: what counts is the time that passes, and what all threads use.
+void inRealTime(benchmark::internal::Benchmark* scanning) {
+    scanning->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime()->UseRealTime();
+}
+
+BENCHMARK(scan)->Name("scan/warm store/ostrel")->Apply(inRealTime);
+BENCHMARK(openReadClose)->Name("scan/warm store/system")->Apply(inRealTime);
 
 }   // namespace
 }   // namespace ostrel

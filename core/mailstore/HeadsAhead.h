@@ -1,0 +1,68 @@
+#pragma once
+
+#include "platform/Bytes.h"
+#include "platform/FilePath.h"
+#include "platform/Time.h"
+
+#include <condition_variable>
+#include <deque>
+#include <exception>
+#include <filesystem>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <stop_token>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace ostrel {
+
+// The heads of a mail folder's message files in the order of a walk, read a little ahead on a thread of their own:
+// the system takes as long to open and read a file as a scan to make something of its head.
+class HeadsAhead {
+public:
+    struct Head {
+        FilePath file;
+        std::optional<Instant> modified;   // the file's modification date
+        std::size_t size = 0;              // of the header block
+        bool isReadable = false;           // false: not to be opened, or no message
+    };
+
+    explicit HeadsAhead(std::filesystem::path root);
+    HeadsAhead(const HeadsAhead&) = delete;
+    HeadsAhead& operator=(const HeadsAhead&) = delete;
+
+    // The next one, or null at the end; its header block is then headerBlock(). Both live until the next call. Throws
+    // FileError when the folder itself cannot be listed.
+    Head* next();
+    ByteView headerBlock() const { return block_; }
+
+private:
+    struct Batch {
+        std::vector<Head> heads;
+        std::string blocks;   // one behind the other
+    };
+    using BatchPtr = std::unique_ptr<Batch>;
+
+    void readAll(const std::filesystem::path& root, const std::stop_token& stop);
+    // Waits while too much is read already; null when stopped.
+    BatchPtr emptyBatch(const std::stop_token& stop);
+    void hand(BatchPtr batch);
+    bool takeBatch();
+
+    std::mutex mutex_;
+    std::condition_variable_any changed_;
+    std::deque<BatchPtr> read_, spare_;
+    bool isEnded_ = false;
+    std::exception_ptr failure_;
+
+    // What is being taken.
+    BatchPtr batch_;
+    std::size_t at_ = 0, blockStart_ = 0;
+    ByteView block_;
+
+    std::jthread reader_;   // last: it uses all of the above
+};
+
+}   // namespace ostrel
