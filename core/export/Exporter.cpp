@@ -70,7 +70,12 @@ public:
 
     ExportResult finish() {
         if (settings_.csv) {
-            files::writeAtomically(result_.folder / indexName, bytesOf(CSVIndex::data(rows_, settings_.csvHeaders)));
+            try {
+                files::writeAtomically(result_.folder / indexName,
+                                       bytesOf(CSVIndex::data(rows_, settings_.csvHeaders)));
+            } catch (const FileError& error) {
+                throw IndexError(error, std::move(result_));
+            }
         }
         return std::move(result_);
     }

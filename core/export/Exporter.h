@@ -4,6 +4,7 @@
 #include "core/export/PDFRendering.h"
 #include "core/mailstore/MailIndex.h"
 #include "core/page/PageLabels.h"
+#include "platform/Files.h"
 #include "platform/Time.h"
 
 #include <cstddef>
@@ -12,6 +13,7 @@
 #include <map>
 #include <stop_token>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace ostrel {
@@ -53,12 +55,19 @@ struct ExportResult {
     bool operator==(const ExportResult&) const = default;
 };
 
+// The index could not be written; what was exported stays.
+class IndexError : public FileError {
+public:
+    IndexError(const FileError& why, ExportResult exported) : FileError(why), result(std::move(exported)) {}
+    const ExportResult result;
+};
+
 namespace Exporter {
 
 // Exports the messages, oldest first, into a new folder inside the destination: a PDF each, attachments in a folder of
 // the same name, index.csv at the end, also when cancelled. One bad message is noted and the run goes on. cancel is
-// asked before each message. progress is called on the calling thread. Throws FileError only when the folder cannot be
-// created or the index cannot be written; what was exported then stays.
+// asked before each message. progress is called on the calling thread. Throws FileError when the folder cannot be
+// created, IndexError when the index cannot be written.
 ExportResult run(std::vector<MessageSummary> messages, const std::map<std::string, std::string>& mailboxNames,
                  const std::filesystem::path& into, const ExportSettings& settings, PDFRendering& renderer,
                  const std::function<void(const ExportProgress&)>& progress, std::stop_token cancel);

@@ -17,7 +17,7 @@ protected:
     EnvironmentVariable german_{"LC_ALL", "de_DE.UTF-8"};
 
 private:
-    TemporaryFolder folder_;
+    ScratchFolder folder_;
 };
 
 TEST_F(AppSettingsTest, DefaultsFollowTheLocale) {

@@ -39,7 +39,7 @@ std::vector<std::string> walked(const fs::path& folder, Hidden hidden, const std
 }
 
 TEST(Files, readsWholeAndInParts) {
-    const TemporaryFolder folder;
+    const ScratchFolder folder;
     std::string content;
     for (int i = 0; i < 40000; ++i) content += std::to_string(i) + '\n';
     put(folder / "big", content);
@@ -64,7 +64,7 @@ TEST(Files, readsWholeAndInParts) {
 TEST(Files, readsFilesThatTellNoSize) { EXPECT_FALSE(readWhole("/proc/self/status").empty()); }
 
 TEST(Files, refusesWhatIsNoFileWithoutWaiting) {
-    const TemporaryFolder folder;
+    const ScratchFolder folder;
     ASSERT_EQ(::mkfifo((folder / "1.emlx").c_str(), 0600), 0);
     put(folder / "file");
     ASSERT_EQ(::truncate((folder / "file").c_str(), off_t{1} << 40), 0);
@@ -85,7 +85,7 @@ TEST(Files, refusesWhatIsNoFileWithoutWaiting) {
 }
 
 TEST(Files, leavesAccessTimesAlone) {
-    const TemporaryFolder folder;
+    const ScratchFolder folder;
     put(folder / "1.emlx", "content");
     const timespec old[2] = {{.tv_sec = 1000, .tv_nsec = 0}, {.tv_sec = 2000, .tv_nsec = 5000}};
     ASSERT_EQ(::utimensat(AT_FDCWD, (folder / "1.emlx").c_str(), old, 0), 0);
@@ -98,7 +98,7 @@ TEST(Files, leavesAccessTimesAlone) {
 }
 
 TEST(Files, walksInByteOrderAndNotThroughLinks) {
-    const TemporaryFolder folder;
+    const ScratchFolder folder;
     put(folder / "b/2");
     put(folder / "b/10");
     put(folder / "b/deep/er/3");
@@ -124,7 +124,7 @@ TEST(Files, walksInByteOrderAndNotThroughLinks) {
 }
 
 TEST(Files, walksDeepFolders) {
-    const TemporaryFolder folder;
+    const ScratchFolder folder;
     fs::path deepest = folder.path();
     for (int i = 0; i < 200; ++i) deepest /= "d";
     createFolders(deepest);
@@ -133,7 +133,7 @@ TEST(Files, walksDeepFolders) {
 
 TEST(Files, passesOverFoldersItMayNotList) {
     if (::geteuid() == 0) GTEST_SKIP() << "the superuser may list every folder";
-    const TemporaryFolder folder;
+    const ScratchFolder folder;
     put(folder / "a/1");
     put(folder / "b/2");
     fs::permissions(folder / "a", fs::perms::none);
@@ -143,7 +143,7 @@ TEST(Files, passesOverFoldersItMayNotList) {
 }
 
 TEST(Files, tellsRegularFilesFromTheRest) {
-    const TemporaryFolder folder;
+    const ScratchFolder folder;
     put(folder / "file");
     fs::create_symlink("file", folder / "link");
     fs::create_symlink("none", folder / "broken");
@@ -167,7 +167,7 @@ TEST(Files, tellsRegularFilesFromTheRest) {
 }
 
 TEST(Files, writesWholeFilesOrNone) {
-    const TemporaryFolder folder;
+    const ScratchFolder folder;
     const fs::path longest = folder / std::string(255, 'n');
     writeAtomically(longest, bytesOf("first"));
     writeAtomically(longest, bytesOf("second"));
@@ -196,7 +196,7 @@ TEST(Files, writesWholeFilesOrNone) {
 }
 
 TEST(Files, copiesMoreThanOneBufferAndNotThePermissions) {
-    const TemporaryFolder folder;
+    const ScratchFolder folder;
     const std::string content(3'000'001, 'c');
     put(folder / "from", content);
     fs::permissions(folder / "from", fs::perms::owner_read);

@@ -8,7 +8,7 @@ namespace ostrel::mimeTypes {
 namespace {
 
 TEST(MimeTypes, prefersOurTableThenTheSystems) {
-    const TemporaryFolder data;
+    const ScratchFolder data;
     files::createFolders(data / "mime/audio");
     const auto put = [&](const char* name, std::string_view content) {
         files::writeAtomically(data / "mime" / name, bytesOf(content));

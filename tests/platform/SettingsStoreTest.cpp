@@ -8,7 +8,7 @@ namespace ostrel {
 namespace {
 
 TEST(SettingsStore, keepsValuesForTheUserAlone) {
-    const TemporaryFolder home;
+    const ScratchFolder home;
     const EnvironmentVariable configuration("XDG_CONFIG_HOME", (home / "new/config").c_str());
     const SettingsStore store = SettingsStore::forUser();
     EXPECT_EQ(store.value("settings"), std::nullopt);
@@ -20,7 +20,7 @@ TEST(SettingsStore, keepsValuesForTheUserAlone) {
 }
 
 TEST(SettingsStore, ignoresRelativeFoldersAndReportsWhatItCannotKeep) {
-    const TemporaryFolder home;
+    const ScratchFolder home;
     const EnvironmentVariable configuration("XDG_CONFIG_HOME", "relative"), variable("HOME", home.path().c_str());
     files::writeAtomically(home / ".config", bytesOf("a file where the folder should be"));
     EXPECT_EQ(SettingsStore::forUser().value("settings"), std::nullopt);

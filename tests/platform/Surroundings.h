@@ -9,15 +9,15 @@
 namespace ostrel {
 
 // A new empty folder, removed with all it holds.
-class TemporaryFolder {
+class ScratchFolder {
 public:
-    TemporaryFolder() {
+    ScratchFolder() {
         std::string pattern = (std::filesystem::temp_directory_path() / "ostrel-XXXXXX").native();
         path_ = ::mkdtemp(pattern.data());
     }
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-    ~TemporaryFolder() {
+    ScratchFolder(const ScratchFolder&) = delete;
+    ScratchFolder& operator=(const ScratchFolder&) = delete;
+    ~ScratchFolder() {
         std::error_code ignored;
         std::filesystem::remove_all(path_, ignored);
     }

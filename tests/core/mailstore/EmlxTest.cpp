@@ -145,7 +145,7 @@ std::variant<Fields, Kind> headOf(const fs::path& file) {
 }
 
 TEST(Emlx, readsTheHeadOfAFile) {
-    const TemporaryFolder folder;
+    const ScratchFolder folder;
     const Fields field = {{"A", "b"}};
     // A head whose empty line stands at, before and behind the end of the first read of 64 KiB.
     const auto headOfSize = [](std::size_t size) { return "A: " + std::string(size - 5, 'x') + "\n\n"; };
@@ -188,7 +188,7 @@ TEST(Emlx, readsTheHeadOfAFile) {
 }
 
 TEST(Emlx, refusesWhatIsNoFile) {
-    const TemporaryFolder folder;
+    const ScratchFolder folder;
     ASSERT_EQ(::mkfifo((folder / "pipe.emlx").c_str(), 0600), 0);
     files::createFolders(folder / "folder.emlx");
     for (const char* name : {"pipe.emlx", "folder.emlx", "missing.emlx"}) {
@@ -198,7 +198,7 @@ TEST(Emlx, refusesWhatIsNoFile) {
 }
 
 TEST(Emlx, readsAWholeMessage) {
-    const TemporaryFolder folder;
+    const ScratchFolder folder;
     const auto received = instantFromSeconds(1700000000).value();
     const auto sent = instantFromSeconds(1600000000).value();
     const auto read = [&](const std::string& content) {
@@ -218,7 +218,7 @@ TEST(Emlx, readsAWholeMessage) {
 }
 
 TEST(Emlx, findsAttachmentsKeptOutsideTheFile) {
-    const TemporaryFolder folder;
+    const ScratchFolder folder;
     const fs::path file = folder / "Data/Messages/1234.partial.emlx";
     const fs::path stored = folder / "Data/Attachments/1234/2/plan.pdf";
     for (const auto& path : {file, stored}) files::createFolders(path.parent_path());

@@ -32,7 +32,7 @@ public:
     MailIndex scan() const { return scan(root_.path()); }
 
 protected:
-    TemporaryFolder root_;
+    ScratchFolder root_;
 };
 
 class MailScannerTest : public testing::Test, protected Store {};
@@ -101,7 +101,7 @@ TEST_F(MailScannerTest, TheNewestStoreHasTheLargestNumber) {
         {"no numbers", {"V", "Vx", "V2a", "v11", "V 1", "AV1"}, ""},
     };
     for (const auto& row : rows) {
-        const TemporaryFolder own;
+        const ScratchFolder own;
         for (const std::string& name : row.folders) fs::create_directory(own / name);
         EXPECT_EQ(MailScanner::dataRoot(own.path()), row.expected.empty() ? own.path() : own / row.expected) << row.why;
     }
