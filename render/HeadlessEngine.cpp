@@ -1,7 +1,7 @@
 #include "render/HeadlessEngine.h"
 
-#include "platform/Files.h"
 #include "platform/SettingsStore.h"
+#include "render/DisplayLoss.h"
 #include "render/EngineSandbox.h"
 #include "render/MainLoop.h"
 #include "render/PrivateDisplay.h"
@@ -11,6 +11,7 @@
 #include <cassert>
 #include <cstdlib>
 #include <stdexcept>
+#include <utility>
 
 #include <gtk/gtk.h>
 #include <unistd.h>
@@ -28,34 +29,62 @@ void doWithoutDesktopServices() {
     setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", 1);
 }
 
-// The engine's sandbox cannot be made, and the program ends, where there is no cache folder: in a home that is
-// read-only or not there. Gives it one that goes with this program.
-std::unique_ptr<TemporaryFolder> standInForCache() {
-    const char* named = std::getenv("XDG_CACHE_HOME");
-    const std::filesystem::path cache = named && *named == '/' ? std::filesystem::path(named) : homeFolder() / ".cache";
-    try {
-        files::createFolders(cache / "ostrel");
-        if (access((cache / "ostrel").c_str(), W_OK) == 0) return nullptr;
-    } catch (const FileError&) {
-        // As said above.
+bool isSet(const char* variable) {
+    const char* value = std::getenv(variable);
+    return value && *value;
+}
+
+// Folders that are not absolute do not count (XDG Base Directory 0.8).
+std::filesystem::path usersCache() {
+    const std::filesystem::path named = isSet("XDG_CACHE_HOME") ? std::getenv("XDG_CACHE_HOME") : "";
+    return named.is_absolute() ? named : homeFolder() / ".cache";
+}
+
+// A private home for the engine. It fills the user's with files that nobody reads again, and ends the program where its
+// sandbox cannot be made of the user's folders: after su the home or the runtime folder may be another user's, a
+// service has none, a home may be read-only. What is read there, and can be, keeps its place.
+void moveHome(const std::filesystem::path& home) {
+    constexpr struct {
+        const char* variable;
+        const char* usual;
+        int access;
+    } kept[] = {{"XDG_CONFIG_HOME", ".config", R_OK | X_OK},
+                {"XDG_DATA_HOME", ".local/share", W_OK | X_OK},
+                {"XAUTHORITY", ".Xauthority", R_OK}};
+    const std::filesystem::path usersHome = homeFolder();
+    for (const auto& [variable, usual, needed] : kept) {
+        const std::filesystem::path path = isSet(variable) ? std::getenv(variable) : usersHome / usual;
+        if (path.is_absolute() && access(path.c_str(), needed) == 0) {
+            setenv(variable, path.c_str(), 1);
+        } else {
+            unsetenv(variable);
+        }
     }
-    auto standIn = std::make_unique<TemporaryFolder>("ostrel-cache-");
-    setenv("XDG_CACHE_HOME", standIn->path().c_str(), 1);
-    return standIn;
+    setenv("HOME", home.c_str(), 1);
+    // The sandbox contains this folder, and so nothing of the session's bus, only if it is there.
+    std::filesystem::create_directory(home / ".cache");
+    setenv("XDG_CACHE_HOME", (home / ".cache").c_str(), 1);
+    // A Wayland display is named in the runtime folder.
+    if (!isSet("DISPLAY") && isSet("WAYLAND_DISPLAY")) return;
+    unsetenv("XDG_RUNTIME_DIR");
+    unsetenv("WAYLAND_DISPLAY");
 }
 
 }   // namespace
 
-HeadlessEngine::HeadlessEngine() {
+HeadlessEngine::HeadlessEngine(std::function<void()> displayLost)
+    : home_(std::make_unique<TemporaryFolder>("ostrel-engine-")) {
     assert(mainLoop::isMainThread());
     doWithoutDesktopServices();
-    cache_ = standInForCache();
-    reducedFonts::provide();
+    const std::filesystem::path cache = usersCache();
+    moveHome(home_->path());
+    if (!reducedFonts::provide(cache)) reducedFonts::provide(home_->path());
     isSandboxed_ = engineSandbox::allowOrDoWithout();
     if (PrivateDisplay::isNeeded()) display_ = std::make_unique<PrivateDisplay>();
     // Nothing of the toolkit is shown; a locale that the C library lacks would only be warned about.
     gtk_disable_setlocale();
     if (!gtk_init_check()) throw std::runtime_error("The display cannot be used.");
+    displayLoss::survive(std::move(displayLost));
 }
 
 HeadlessEngine::~HeadlessEngine() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 
 namespace ostrel {
@@ -12,8 +13,11 @@ class TemporaryFolder;
 // the end.
 class HeadlessEngine {
 public:
-    // Throws std::runtime_error with one sentence where there is no display and none can be started.
-    HeadlessEngine();
+    // Throws std::runtime_error with one sentence where there is no display and none can be started, FileError
+    // where the system's temporary folder cannot be written.
+    // The handler is called once, on the main thread, when the display is lost: nothing can be printed from then on,
+    // but the program does not end.
+    explicit HeadlessEngine(std::function<void()> displayLost = {});
     HeadlessEngine(const HeadlessEngine&) = delete;
     HeadlessEngine& operator=(const HeadlessEngine&) = delete;
     ~HeadlessEngine();
@@ -23,7 +27,7 @@ public:
 
 private:
     bool isSandboxed_ = false;
-    std::unique_ptr<TemporaryFolder> cache_;   // null where the user's own can be written
+    std::unique_ptr<TemporaryFolder> home_;   // the engine's, while it runs
     std::unique_ptr<PrivateDisplay> display_;
 };
 

@@ -19,7 +19,6 @@
 #include <vector>
 
 #include <fontconfig/fontconfig.h>
-#include <glib.h>
 #include <hb-ot.h>
 #include <hb-subset.h>
 
@@ -32,9 +31,9 @@ constexpr std::string_view formatVersion = "1";   // of what stands in the folde
 constexpr std::string_view namePrefix = "fonts-";
 
 // Families that mail names, and the generic ones; what they stand for on this system is for fontconfig to say.
-constexpr std::array families{"sans-serif", "serif",        "monospace", "system-ui", "Arial",
-                              "Helvetica",  "Times",        "Courier",   "Georgia",   "Verdana",
-                              "Tahoma",     "Trebuchet MS", "Calibri",   "Cambria",   "Segoe UI"};
+constexpr std::array families{"sans-serif", "serif",   "monospace",       "system-ui", "Arial",       "Helvetica",
+                              "Times",      "Courier", "Times New Roman", "Georgia",   "Verdana",     "Tahoma",
+                              "Calibri",    "Cambria", "Courier New",     "Segoe UI",  "Trebuchet MS"};
 constexpr std::array weights{FC_WEIGHT_REGULAR, FC_WEIGHT_BOLD};
 constexpr std::array slants{FC_SLANT_ROMAN, FC_SLANT_ITALIC};
 
@@ -249,13 +248,12 @@ std::optional<fs::path> folderIn(const fs::path& cache) {
     return folder;
 }
 
-void provide() {
+bool provide(const fs::path& cache) {
     constexpr const char* chosen = "FONTCONFIG_FILE";
-    if (std::getenv(chosen) != nullptr) return;   // somebody wants just those fonts
-    const fs::path cache = g_get_user_cache_dir();
-    if (!cache.is_absolute()) return;   // those do not count (XDG Base Directory 0.8)
-    provided() = folderIn(cache);       // loads the system's fonts, with which this program itself stays
+    if (std::getenv(chosen) != nullptr) return true;   // somebody wants just those fonts
+    provided() = folderIn(cache);                      // loads the system's fonts, with which this program itself stays
     if (provided()) setenv(chosen, (*provided() / "fonts.conf").c_str(), 1);
+    return provided().has_value();
 }
 
 const std::optional<fs::path>& providedFolder() { return provided(); }

@@ -9,9 +9,9 @@
 namespace ostrel::reducedFonts {
 
 // Directs the programs that this process starts from now on, the engine's among them, to the reduced fonts, which it
-// makes when they are not there yet or the system's fonts have changed (a fraction of a second). Call it before there
-// are other threads. Whatever goes wrong leaves the system's fonts in use.
-void provide();
+// makes in the given cache when they are not there yet or the system's fonts have changed (a fraction of a second).
+// Call it before there are other threads. False, and the system's fonts stay in use, whatever went wrong.
+bool provide(const std::filesystem::path& cache);
 
 // What the engine's sandbox must let it read; nothing when there are no reduced fonts.
 const std::optional<std::filesystem::path>& providedFolder();

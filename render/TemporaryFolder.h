@@ -5,7 +5,8 @@
 
 namespace ostrel {
 
-// A folder of our own in the system's temporary folder, readable by this user only; removed with its content.
+// A folder of our own in the system's temporary folder, readable by this user only; removed with its content. One that
+// an earlier program of this user left, because it was killed, is removed when the next with its prefix is made.
 class TemporaryFolder {
 public:
     // The name begins with the prefix. Throws FileError.
@@ -18,6 +19,7 @@ public:
 
 private:
     std::filesystem::path path_;
+    int lock_;   // open and locked as long as the folder is in use
 };
 
 }   // namespace ostrel

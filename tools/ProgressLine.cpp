@@ -1,6 +1,7 @@
 #include "tools/ProgressLine.h"
 
 #include "core/export/FileNamer.h"
+#include "platform/Text.h"
 
 #include <cstdio>
 
@@ -21,6 +22,18 @@ std::size_t terminalWidth() {
 
 }   // namespace
 
+std::string oneLine(std::string_view given) {
+    std::string line;
+    for (std::size_t at = 0; at < given.size();) {
+        const auto [c, length] = text::decodeAt(given, at);
+        // The joiner holds an emoji together; the other format characters can turn the line's direction round.
+        const bool isHarmless = c == U'\u200D' || !(text::isControlOrFormat(c) || text::isBlankOrNewline(c));
+        text::append(line, isHarmless ? c : U' ');
+        at += length;
+    }
+    return line;
+}
+
 // A log gets its first line when the work turns out to take a while.
 ProgressLine::ProgressLine()
     : terminal_(isatty(STDERR_FILENO) != 0),
@@ -35,8 +48,8 @@ void ProgressLine::show(const std::string& what) {
     if (now < next_) return;
     next_ = now + (terminal_ ? Clock::duration(terminalInterval) : Clock::duration(logInterval));
     shown_ = true;
-    // A subject may hold control characters, which a terminal would obey; bytes bound the width from above.
-    const std::string line = FileNamer::truncate(FileNamer::safe(what), terminal_ ? terminalWidth() : 200);
+    // Bytes bound the width from above.
+    const std::string line = FileNamer::truncate(oneLine(what), terminal_ ? terminalWidth() : 200);
     std::fprintf(stderr, terminal_ ? "\r\033[K%s" : "%s\n", line.c_str());
     std::fflush(stderr);
 }

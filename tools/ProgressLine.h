@@ -2,8 +2,13 @@
 
 #include <chrono>
 #include <string>
+#include <string_view>
 
 namespace ostrel {
+
+// What a sender wrote as one harmless line for a terminal or a log: control characters, which a terminal would obey,
+// and line breaks become blanks.
+std::string oneLine(std::string_view text);
 
 // Progress on standard error: one line that updates itself on a terminal, a line every so often elsewhere.
 class ProgressLine {

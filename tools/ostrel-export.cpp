@@ -3,7 +3,6 @@
 #include "app/AppSettings.h"
 #include "app/ExportPlan.h"
 #include "core/export/Exporter.h"
-#include "core/export/FileNamer.h"
 #include "core/mailstore/MailScanner.h"
 #include "core/selection/MessageFilter.h"
 #include "platform/Files.h"
@@ -17,6 +16,7 @@
 #include <exception>
 #include <filesystem>
 #include <iostream>
+#include <optional>
 #include <stop_token>
 #include <string>
 
@@ -40,8 +40,7 @@ MailIndex scan(const fs::path& folder, const std::stop_token& stop) {
 // Everything a person needs to know beyond the folder's path, on standard error.
 ExitStatus report(const ExportResult& result, std::size_t total, std::size_t unreadable) {
     for (const ExportResult::Failure& failure : result.failed) {
-        // Subjects may hold line breaks and control characters.
-        std::cerr << "Failed: " << FileNamer::safe(failure.name) << ": " << failure.reason << '\n';
+        std::cerr << "Failed: " << oneLine(failure.name) << ": " << oneLine(failure.reason) << '\n';
     }
     std::cerr << "Exported " << result.exported << " of " << total << " messages, saved " << result.attachments
               << " attachments.\n";
@@ -60,18 +59,27 @@ ExitStatus exportFolder(const fs::path& mailFolder, const fs::path& destination,
     const std::vector<MessageSummary> messages = filter.apply(index.messages, calendar);
 
     WebPDFRenderer renderer(settings.paper, stop);
+    std::optional<std::string> indexTrouble;
     const ExportResult result = [&] {
         ProgressLine progress;
-        return Exporter::run(
-            messages, ExportPlan::mailboxNames(index), destination, ExportPlan::settings(settings, now(), calendar),
-            renderer,
-            [&](const ExportProgress& at) {
-                progress.show(std::to_string(at.done) + " of " + std::to_string(at.total) + "  " + at.current);
-            },
-            stop);
+        try {
+            return Exporter::run(
+                messages, ExportPlan::mailboxNames(index), destination, ExportPlan::settings(settings, now(), calendar),
+                renderer,
+                [&](const ExportProgress& at) {
+                    progress.show(std::to_string(at.done) + " of " + std::to_string(at.total) + "  " + at.current);
+                },
+                stop);
+        } catch (const IndexError& error) {
+            indexTrouble = error.what();
+            return error.result;
+        }
     }();
     std::cout << result.folder.native() << std::endl;
-    return report(result, messages.size(), index.unreadable);
+    const ExitStatus status = report(result, messages.size(), index.unreadable);
+    if (!indexTrouble) return status;
+    std::cerr << "There is no index: " << oneLine(*indexTrouble) << '\n';
+    return someFailed;
 }
 
 }   // namespace
@@ -87,7 +95,10 @@ int main(int argc, char** argv) {
         if (const auto refused = MailScanner::checkAccess(argv[1])) throw MailAccessError(*refused, argv[1]);
         std::stop_source cancel;
         mainLoop::onInterrupt([&cancel] { cancel.request_stop(); });
-        const HeadlessEngine engine;
+        const HeadlessEngine engine([&cancel] {
+            std::cerr << "The display was lost, and nothing can be printed without it.\n";
+            cancel.request_stop();
+        });
         if (!engine.isSandboxed())
             std::cerr << "The web engine runs without its sandbox: this system does not allow one.\n";
         ExitStatus status = couldNotRun;

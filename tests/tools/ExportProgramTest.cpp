@@ -189,6 +189,21 @@ TEST_F(ExportProgramTest, AnEngineCrashCostsOneMessage) {
     EXPECT_GT(index.size(), 50U);
 }
 
+TEST_F(ExportProgramTest, TheLossOfItsDisplayEndsTheRunWithAnIndex) {
+    makeStore({"400"});
+    std::vector<std::string> command = {"/usr/bin/env", "-u", "DISPLAY", "-u", "WAYLAND_DISPLAY"};
+    for (const std::string& word : exportCommand()) command.push_back(word);
+    Program program(command, home_);
+    waitForPDFs(home_ / "out", 2);
+    for (const pid_t server : program.descendants("Xvfb")) kill(server, SIGKILL);
+    EXPECT_EQ(program.wait(), 1);
+    EXPECT_NE(program.errors().find("The display was lost"), std::string::npos) << program.errors();
+    const fs::path folder = folderOf(program);
+    const std::vector<Record> index = readCSV(folder / "index.csv");
+    expectTrueIndex(folder, index);
+    EXPECT_GE(index.size(), 3U);
+}
+
 TEST_F(ExportProgramTest, WhatCannotRunSaysWhyInOneSentence) {
     makeStore({"1"});
     files::writeAtomically(home_ / "file", bytesOf("not a folder"));
@@ -217,7 +232,13 @@ TEST_F(ExportProgramTest, WhatCannotRunSaysWhyInOneSentence) {
 
 TEST_F(ExportProgramTest, AHomeThatCannotBeWrittenDoesNotMatter) {
     makeStore({"3"});
-    std::vector<std::string> command = {"/usr/bin/env", "HOME=/proc/none", "XDG_CONFIG_HOME=/proc/none"};
+    // A file in the place of a home, and folders of another user's, which even root cannot write.
+    std::vector<std::string> command = {"/usr/bin/env",
+                                        "HOME=/proc/version",
+                                        "XDG_CONFIG_HOME=/proc/none",
+                                        "XDG_RUNTIME_DIR=/proc/none",
+                                        "XDG_CACHE_HOME=/proc/none",
+                                        "XDG_DATA_HOME=/proc/none"};
     for (const std::string& argument : exportCommand()) command.push_back(argument);
     Program program(command, home_);
     EXPECT_EQ(program.wait(), 0) << program.errors();
