@@ -6,10 +6,12 @@
 #include "app/Property.h"
 #include "core/export/Exporter.h"
 #include "core/export/PDFRendering.h"
+#include "core/mailstore/MailScanner.h"
 #include "core/selection/MessageFilter.h"
 #include "core/selection/MessageOrder.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -17,8 +19,11 @@
 #include <stop_token>
 #include <string>
 #include <variant>
+#include <vector>
 
 namespace ostrel {
+
+class PreparedIndex;
 
 // The state of the mail folder.
 struct MailState {
@@ -40,7 +45,7 @@ class AppModel {
 public:
     struct Surroundings {
         SettingsStore store;
-        Tasks& tasks;
+        Tasks& tasks;   // outlive the model, both
         Desktop& desktop;
         // Makes what prints an export; cancel is the run's.
         std::function<std::unique_ptr<PDFRendering>(Paper, std::stop_token cancel)> makeRenderer;
@@ -89,7 +94,31 @@ public:
     void showInFinder();
 
 private:
+    // Runs the work off the main thread, then done on the main thread with what came of it, unless stopped before that
+    // or the model is gone.
+    template <class Work, class Done>
+    void inBackground(const std::stop_token& stop, Work work, Done done);
+    // What a worker calls with its progress: apply runs on the main thread, with the newest report only.
+    template <class Report, class Apply>
+    std::function<void(const Report&)> reporting(const std::stop_token& stop, Apply apply);
+
+    void scan(const std::stop_token& stop, const std::filesystem::path& root);
+    void refuse(MailAccessError::Kind why);
+    void adopt(std::shared_ptr<const PreparedIndex> prepared);
+    void readFolder(std::optional<std::string> folder);
+    void keepSettings();
+    void recomputeMessages();
+    void resortMessages();
+    void loadPreview();
+    void startExport(const std::filesystem::path& destination);
+
     Surroundings surroundings_;
+    std::shared_ptr<const PreparedIndex> prepared_;   // of the index
+    std::vector<std::uint32_t> order_;                // its messages, all of them, by sortOrder
+    std::stop_source scan_, preview_, export_;
+    std::shared_ptr<void> awake_;       // while an export runs
+    std::shared_ptr<AppModel*> self_;   // expires with the model, for work that comes back later
+    std::vector<Subscription> reactions_;
 };
 
 }   // namespace ostrel

@@ -1,19 +1,55 @@
 #include "app/ExportPlan.h"
 
 #include "platform/LocaleFormat.h"
+#include "platform/Translation.h"
 
 namespace ostrel::ExportPlan {
+
+using i18n::tr;
+using i18n::trCount;
 
 std::string folderName(Instant now, const Calendar& calendar) {
     return "Ostrel Export " + locale::numericDateAndTime(now, calendar);
 }
 
+std::string dateText(Instant date, const Calendar& calendar) {
+    return locale::dateAndTime(date, locale::DateStyle::full, calendar);
+}
+
+PageLabels pageLabels() {
+    PageLabels labels;
+    labels.from = tr("From");
+    labels.to = tr("To");
+    labels.cc = tr("Cc");
+    labels.date = tr("Date");
+    labels.subject = tr("Subject");
+    labels.mailbox = tr("Mailbox");
+    labels.attachments = tr("Attachments");
+    labels.noSubject = tr("(No subject)");
+    labels.noText = tr("(This message has no text.)");
+    labels.missing = tr("not downloaded by Mail");
+    labels.savedIn = tr("Saved in the folder");
+    labels.remoteBlocked = [](std::size_t count) {
+        return trCount("%lld remote images were not loaded: Ostrel never contacts the sender’s servers.", count);
+    };
+    labels.truncated = tr("This message file was cut short; what Mail saved is shown.");
+    labels.unreadable = tr("Couldn’t be read");
+    return labels;
+}
+
+std::string localAccountLabel() { return tr("On My Mac"); }
+
 ExportSettings settings(const AppSettings& settings, Instant now, const Calendar& calendar) {
     ExportSettings plan(folderName(now, calendar));
     plan.attachments = settings.includeAttachments;
     plan.csv = settings.includeIndex;
+    plan.labels = pageLabels();
+    plan.csvHeaders = {tr("Date"),         tr("From"),       tr("To"),
+                       tr("Cc"),           tr("Subject"),    tr("Mailbox"),
+                       tr("Attachments"),  tr("PDF"),        tr("Attachment folder"),
+                       tr("Conversation"), tr("Message-ID"), tr("Note")};
     plan.calendar = calendar;
-    plan.dateText = [calendar](Instant date) { return locale::dateAndTime(date, locale::DateStyle::full, calendar); };
+    plan.dateText = [calendar](Instant date) { return ExportPlan::dateText(date, calendar); };
     plan.csvDate = [calendar](Instant date) { return isoDateTime(date, calendar); };
     return plan;
 }

@@ -3,6 +3,7 @@
 #include "app/AppSettings.h"
 #include "core/export/Exporter.h"
 #include "core/mailstore/MailIndex.h"
+#include "core/page/PageLabels.h"
 #include "platform/Time.h"
 
 #include <map>
@@ -14,8 +15,17 @@ namespace ostrel::ExportPlan {
 // "Ostrel Export 03/05/2024 09:07", in the locale's order; the run makes it safe for the disk.
 std::string folderName(Instant now, const Calendar& calendar);
 
-// The run's options from the user's settings; dates on the pages in the locale's full style.
+// A date on a page: the locale's full style, with the short time.
+std::string dateText(Instant date, const Calendar& calendar);
+
+// The run's options from the user's settings, its texts in the user's language.
 ExportSettings settings(const AppSettings& settings, Instant now, const Calendar& calendar);
+
+// The texts of the pages, of previewed ones too.
+PageLabels pageLabels();
+
+// The label of the account that stands for this computer.
+std::string localAccountLabel();
 
 // Mailbox id to the name shown, for every mailbox of the index.
 std::map<std::string, std::string> mailboxNames(const MailIndex& index);
