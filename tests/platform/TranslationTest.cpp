@@ -1,0 +1,91 @@
+#include "platform/Translation.h"
+#include "tests/platform/Surroundings.h"
+
+#include <clocale>
+#include <cstdint>
+#include <fstream>
+#include <map>
+#include <string>
+
+#include <gtest/gtest.h>
+
+namespace ostrel::i18n {
+namespace {
+
+using namespace std::string_literals;
+
+// A catalogue in the GNU .mo format: header, table of keys, table of texts, the bytes.
+std::string catalogue(const std::map<std::string, std::string>& texts) {
+    std::string tables, bytes;
+    const auto count = static_cast<std::uint32_t>(texts.size());
+    const auto put = [](std::string& out, std::uint32_t word) {
+        out.append(reinterpret_cast<const char*>(&word), sizeof word);
+    };
+    const auto entry = [&](const std::string& text) {
+        put(tables, static_cast<std::uint32_t>(text.size()));
+        put(tables, static_cast<std::uint32_t>(28 + 16 * count + bytes.size()));
+        bytes += text + '\0';
+    };
+    for (const auto& [key, text] : texts) entry(key);
+    for (const auto& [key, text] : texts) entry(text);
+    std::string file;
+    for (const std::uint32_t word : {0x950412deU, 0U, count, 28U, 28 + 8 * count, 0U, 28 + 16 * count}) put(file, word);
+    return file + tables + bytes;
+}
+
+class TranslationTest : public testing::Test {
+protected:
+    ~TranslationTest() override { std::setlocale(LC_ALL, "C"); }
+
+    void start(const std::map<std::string, std::string>& texts) {
+        const auto folder = folder_ / "pl" / "LC_MESSAGES";
+        std::filesystem::create_directories(folder);
+        std::ofstream(folder / "ostrel.mo") << catalogue(texts);
+        i18n::start(folder_.path());
+    }
+
+private:
+    // A locale that the system need not have.
+    EnvironmentVariable all_{"LC_ALL", "pl_PL.UTF-8"}, language_{"LANGUAGE", nullptr};
+    ScratchFolder folder_;
+};
+
+TEST_F(TranslationTest, SpeaksTheLanguageAlsoWithoutItsLocale) {
+    start({{"",
+            "Content-Type: text/plain; charset=UTF-8\n"
+            "Plural-Forms: nplurals=3; plural=(n==1 ? 0 : n%10>=2 && n%10<=4 && (n%100<10 || n%100>=20) ? 1 : 2);\n"},
+           {"%lld messages\0%lld messages"s, "%lld wiadomość\0%lld wiadomości\0%lld wiadomości!"s},
+           {"Date", "Data"},
+           {"%lld of %lld", "z %2$lld: %1$lld"}});
+    EXPECT_EQ(tr("Date"), "Data");
+    EXPECT_EQ(tr("Subject"), "Subject") << "not translated yet";
+    EXPECT_EQ(tr(""), "") << "not the catalogue's header";
+    EXPECT_EQ(trCount("%lld messages", 1), "1 wiadomość");
+    EXPECT_EQ(trCount("%lld messages", 22), "22 wiadomości");
+    EXPECT_EQ(trCount("%lld messages", 12345), "12\u00A0345 wiadomości!");
+    EXPECT_EQ(filled(tr("%lld of %lld"), 3, 12345), "z 12\u00A0345: 3");
+}
+
+TEST_F(TranslationTest, IsEnglishWithoutACatalogue) {
+    i18n::start(std::filesystem::path("/nowhere"));
+    EXPECT_EQ(tr("Couldn’t be read"), "Couldn’t be read");
+    EXPECT_EQ(trCount("%lld messages", 1), "1 messages");
+}
+
+TEST(Translation, FillsPlaceHoldersOnceAndKeepsTheRest) {
+    const struct {
+        const char* why;
+        std::string text;
+        std::string expected;
+    } rows[] = {
+        {"in order", "“%@”: %@.", "“50 %@ off”: b."},
+        {"numbered", "%2$@ %1$@ %2$@", "b 50 %@ off b"},
+        {"more than there are values", "%@ %@ %@ %3$@", "50 %@ off b %@ %3$@"},
+        {"a per cent sign is text", "100% %% %1$ %d %", "100% %% %1$ %d %"},
+        {"number and text are told apart by the caller", "%lld %0$@", "50 %@ off %0$@"},
+    };
+    for (const auto& row : rows) EXPECT_EQ(filled(row.text, "50 %@ off", "b"), row.expected) << row.why;
+}
+
+}   // namespace
+}   // namespace ostrel::i18n
