@@ -1,6 +1,7 @@
 #include "render/pdf/PdfFinisher.h"
 
 #include "render/pdf/FontSubsetter.h"
+#include "render/pdf/GlyphOutline.h"
 #include "render/pdf/PdfContents.h"
 #include "render/pdf/PdfFonts.h"
 #include "render/pdf/PdfImages.h"
@@ -93,7 +94,7 @@ void reduce(QPDF& file, std::string_view html, FontSubsetter& fonts, FinishRepor
         const auto text = pdf::decoded(content.stream);
         if (!text) throw std::runtime_error("content cannot be decoded");
         use.read(*text, content.resources);
-        pdf::repack(content.stream, *text, zlib::Effort::good);
+        pdf::repack(content.stream, pdf::shorterOutline(*text).value_or(*text), zlib::Effort::good);
     }
     const auto counts = pdf::reduceFonts(file, use, fonts);
     pdf::makeTextTyped(file);

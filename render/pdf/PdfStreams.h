@@ -17,8 +17,7 @@ inline constexpr std::size_t streamLimit = std::size_t{512} << 20;
 // The stream's bytes with its filters undone. Nothing when a filter is not understood or its data are damaged.
 std::optional<std::string> decoded(QPDFObjectHandle stream, std::size_t expected = 0);
 
-// Gives the stream this content in place of its own. Kept as it was when that is shorter and says the same: content
-// must be what decoded() gave.
+// Gives the stream this content, which must say the same as its own. Kept as it was when that is shorter.
 void repack(QPDFObjectHandle stream, std::string_view content, zlib::Effort effort);
 
 // Replaces the stream's data with a finished zlib stream; parameters may be null.
