@@ -55,10 +55,10 @@ std::string breachOfSilence(std::string_view call, const std::vector<std::string
     if (name == "socket") {
         isKept = hasAny(call, {"(AF_UNIX,", "(AF_NETLINK,"});
     } else if (name == "connect") {
-        // The display's; the C library's cache of user names; those in the engine's private home.
+        // The display's; the C library's cache of user names; those that the engine's sandbox has of its own.
         isKept =
             hasAny(call, {"sun_path=\"/tmp/.X11-unix/", "sun_path=@\"/tmp/.X11-unix/",
-                          "sun_path=\"/var/run/nscd/socket\"", "/ostrel-engine-"}) ||
+                          "sun_path=\"/var/run/nscd/socket\"", "/.cache/webkitgtk/bus\"", "/.cache/wayland-0\""}) ||
             std::ranges::any_of(alsoAllowed, [&](const std::string& path) { return call.find(path) != call.npos; });
         isKept = isKept && hasAny(call, {"sa_family=AF_UNIX"});
     } else if (isAny(name, {"open", "openat"})) {
