@@ -29,15 +29,31 @@ class ProcessTree:
 
     def memory(self):
         """Bytes of all together; what they share counts once (the sum of proportional set sizes)."""
-        total = 0
+        return sum(self.memory_by_program().values())
+
+    def memory_by_program(self):
+        """The same for each name among them."""
+        total = {}
         for pid in self._living():
             try:
+                name = pathlib.Path(f"/proc/{pid}/comm").read_text().strip()
                 for line in pathlib.Path(f"/proc/{pid}/smaps_rollup").read_text().splitlines():
                     if line.startswith("Pss:"):
-                        total += int(line.split()[1]) * 1024
+                        total[name] = total.get(name, 0) + int(line.split()[1]) * 1024
             except OSError:
                 pass   # ended meanwhile
         return total
+
+    def open_handles(self):
+        """How many processes live, and how many files, sockets and the like they hold open together."""
+        processes = handles = 0
+        for pid in self._living():
+            try:
+                handles += len(os.listdir(f"/proc/{pid}/fd"))
+                processes += 1
+            except OSError:
+                pass   # ended meanwhile
+        return processes, handles
 
     def processor_seconds(self):
         """Used so far by the living ones and by their children that have ended."""
