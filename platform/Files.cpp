@@ -2,6 +2,7 @@
 
 #include "platform/Descriptor.h"
 #include "platform/Text.h"
+#include "platform/Translation.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -13,6 +14,8 @@
 
 namespace ostrel {
 namespace {
+
+using i18n::tr;
 
 bool isPermission(std::error_code cause) {
     return cause == std::errc::permission_denied || cause == std::errc::operation_not_permitted;
@@ -34,27 +37,32 @@ FileError::Kind writingKind(std::error_code cause) {
     return unwritable;
 }
 
-std::string sentence(FileError::Kind kind, const char* verb, const std::filesystem::path& path, std::error_code cause) {
-    const std::string name = "“" + displayText(path) + "”";
+// otherwise: the sentence of kinds that have none of their own, with places for the path and the reason.
+std::string sentence(FileError::Kind kind, const std::filesystem::path& path, std::error_code cause,
+                     const std::string& otherwise) {
+    const auto about = [&](const std::string& text) { return i18n::filled(text, displayText(path), cause.message()); };
     switch (kind) {
         case FileError::Kind::notFound:
-            return name + " can’t be found: " + cause.message() + ".";
+            return about(tr("“%@” can’t be found: %@."));
         case FileError::Kind::alreadyExists:
-            return name + " already exists.";
+            return about(tr("“%@” already exists."));
         case FileError::Kind::diskFull:
-            return name + " can’t be saved because the disk is full: " + cause.message() + ".";
+            return about(tr("“%@” can’t be saved because the disk is full: %@."));
         case FileError::Kind::notPermitted:
         case FileError::Kind::unreadable:
         case FileError::Kind::unwritable:
             break;
     }
-    return name + " can’t be " + verb + ": " + cause.message() + ".";
+    return about(otherwise);
 }
 
-const char* verbOf(FileError::Kind kind) {
-    if (kind == FileError::Kind::unreadable) return "read";
-    if (kind == FileError::Kind::unwritable) return "saved";
-    return "opened";
+std::string cannotBeRead() { return tr("“%@” can’t be read: %@."); }
+std::string cannotBeSaved() { return tr("“%@” can’t be saved: %@."); }
+
+std::string usualSentence(FileError::Kind kind) {
+    if (kind == FileError::Kind::unreadable) return cannotBeRead();
+    if (kind == FileError::Kind::unwritable) return cannotBeSaved();
+    return tr("“%@” can’t be opened: %@.");
 }
 
 Instant instantOf(const timespec& time) {
@@ -158,17 +166,18 @@ OpenFile openRegularFile(const files::Entry& entry) {
 
 }   // namespace
 
-FileError::FileError(Kind k, std::filesystem::path p, std::error_code c) : FileError(k, std::move(p), c, verbOf(k)) {}
+FileError::FileError(Kind k, std::filesystem::path p, std::error_code c)
+    : FileError(k, std::move(p), c, usualSentence(k)) {}
 
-FileError::FileError(Kind k, std::filesystem::path p, std::error_code c, const char* verb)
-    : std::runtime_error(sentence(k, verb, p, c)), kind(k), path(std::move(p)), cause(c) {}
+FileError::FileError(Kind k, std::filesystem::path p, std::error_code c, const std::string& otherwise)
+    : std::runtime_error(sentence(k, p, c, otherwise)), kind(k), path(std::move(p)), cause(c) {}
 
 FileError FileError::reading(std::filesystem::path path, std::error_code cause) {
-    return FileError(readingKind(cause), std::move(path), cause, "read");
+    return FileError(readingKind(cause), std::move(path), cause, cannotBeRead());
 }
 
 FileError FileError::writing(std::filesystem::path path, std::error_code cause) {
-    return FileError(writingKind(cause), std::move(path), cause, "saved");
+    return FileError(writingKind(cause), std::move(path), cause, cannotBeSaved());
 }
 
 std::string displayText(const std::filesystem::path& path) { return text::toValidUTF8(path.native()); }

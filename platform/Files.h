@@ -30,7 +30,7 @@ public:
     const std::error_code cause;
 
 private:
-    FileError(Kind kind, std::filesystem::path path, std::error_code cause, const char* verb);
+    FileError(Kind kind, std::filesystem::path path, std::error_code cause, const std::string& otherwise);
 };
 
 // The name of a file for showing: valid UTF-8, undecodable bytes as U+FFFD. Never use it to open the file.

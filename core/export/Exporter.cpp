@@ -6,6 +6,7 @@
 #include "core/selection/Threads.h"
 #include "platform/Files.h"
 #include "platform/LocaleFormat.h"
+#include "platform/Translation.h"
 
 #include <algorithm>
 #include <new>
@@ -59,7 +60,7 @@ public:
         } catch (const RenderCancelled&) {
             throw;
         } catch (const std::bad_alloc&) {
-            noteFailure(summary, row, "There is not enough memory for this message.");
+            noteFailure(summary, row, i18n::tr("There is not enough memory for this message."));
         } catch (const std::exception& error) {
             noteFailure(summary, row, error.what());
         }
@@ -101,7 +102,7 @@ private:
         return row;
     }
 
-    void noteFailure(const MessageSummary& summary, CSVIndex::Row& row, const char* reason) {
+    void noteFailure(const MessageSummary& summary, CSVIndex::Row& row, const std::string& reason) {
         const std::string name = summary.subject.empty() ? displayText(summary.url.filename()) : summary.subject;
         result_.failed.push_back({name, reason});
         row.note = settings_.labels.unreadable;

@@ -3,6 +3,7 @@
 #include "platform/Files.h"
 #include "platform/PropertyList.h"
 #include "platform/Text.h"
+#include "platform/Translation.h"
 
 #include <algorithm>
 #include <array>
@@ -72,7 +73,8 @@ struct FoundHead {
 }   // namespace
 
 ReadError::ReadError(Kind kind_)
-    : std::runtime_error(kind_ == Kind::empty ? "The message file is empty." : "The file is not a mail message."),
+    : std::runtime_error(kind_ == Kind::empty ? i18n::tr("The message file is empty.")
+                                              : i18n::tr("The file is not a mail message.")),
       kind(kind_) {}
 
 bool looksLikeMessage(ByteView bytes) {

@@ -8,6 +8,7 @@
 #include "platform/Files.h"
 #include "platform/LocaleFormat.h"
 #include "platform/Text.h"
+#include "platform/Translation.h"
 
 #include <algorithm>
 #include <array>
@@ -241,10 +242,10 @@ fs::path standardised(const fs::path& folder) {
 }
 
 std::string accessSentence(MailAccessError::Kind kind, const fs::path& folder) {
-    const std::string name = "“" + displayText(folder) + "”";
-    return kind == MailAccessError::Kind::noPermission
-               ? "The mail folder " + name + " can’t be read: permission denied."
-               : "There is no mail folder " + name + ".";
+    return i18n::filled(kind == MailAccessError::Kind::noPermission
+                            ? i18n::tr("The mail folder “%@” can’t be read: permission denied.")
+                            : i18n::tr("There is no mail folder “%@”."),
+                        displayText(folder));
 }
 
 }   // namespace
