@@ -3,7 +3,8 @@
 #include <string_view>
 
 // The symbols that the windows show, by the names the texts of this application use for them ("tray.2"). Each is one
-// symbolic icon, drawn for this project (data/icons) or of the desktop's theme, legible in light, dark and high contrast.
+// symbolic icon, drawn for this project (data/icons) or of the desktop's theme, legible in light, dark and high
+// contrast.
 namespace ostrel::symbols {
 
 // The icon's name in the theme; "image-missing" for a name that is in no table.

@@ -1,0 +1,30 @@
+#include "ui/ExportBar.h"
+
+#include "platform/Translation.h"
+#include "ui/Accessible.h"
+#include "ui/Mnemonics.h"
+
+namespace ostrel {
+
+ExportBar::ExportBar(AppModel& model, Mnemonics& mnemonics)
+    : Gtk::Box(Gtk::Orientation::HORIZONTAL, 12),
+      model_(model),
+      export_(mnemonics.mark(i18n::tr("Export to PDF…")), true) {
+    add_css_class("bar");
+    add_css_class("export-bar");
+    count_.add_css_class("numeric");
+    count_.set_ellipsize(Pango::EllipsizeMode::END);
+    count_.set_xalign(0);
+    count_.set_hexpand();
+    export_.add_css_class("suggested-action");
+    export_.set_action_name("app.export");
+    accessible::setLabel(export_, i18n::tr("Export to PDF…"));
+    append(count_);
+    append(export_);
+    subscriptions_.push_back(model_.messages.observe([this] { show(); }));
+    show();
+}
+
+void ExportBar::show() { count_.set_text(i18n::trCount("%lld messages", model_.messages.get().size())); }
+
+}   // namespace ostrel

@@ -1,0 +1,112 @@
+#include "ui/MailboxSidebar.h"
+
+#include "platform/LocaleFormat.h"
+#include "platform/Translation.h"
+#include "ui/Accessible.h"
+#include "ui/Symbols.h"
+
+#include <gtkmm/image.h>
+#include <gtkmm/label.h>
+
+namespace ostrel {
+namespace {
+
+using i18n::tr;
+
+constexpr int spacing = 6;
+
+// What stands behind a check box: a symbol, a name that is cut off where the sidebar ends, and a count if any.
+void setContent(Gtk::CheckButton& check, std::string_view symbol, const std::string& name, const std::string& count) {
+    auto* content = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, spacing);
+    auto* image = Gtk::make_managed<Gtk::Image>();
+    image->set_from_icon_name(symbols::iconName(symbol));
+    accessible::hide(*image);
+    auto* label = Gtk::make_managed<Gtk::Label>(name, Gtk::Align::START);
+    label->set_ellipsize(Pango::EllipsizeMode::END);
+    label->set_hexpand();
+    label->set_xalign(0);
+    content->append(*image);
+    content->append(*label);
+    if (!count.empty()) {
+        auto* number = Gtk::make_managed<Gtk::Label>(count);
+        number->add_css_class("dim-label");
+        number->add_css_class("numeric");
+        content->append(*number);
+    }
+    content->set_hexpand();
+    check.set_child(*content);
+    check.set_hexpand();
+}
+
+}   // namespace
+
+MailboxSidebar::MailboxSidebar(AppModel& model)
+    : model_(model), list_(Gtk::Orientation::VERTICAL), accounts_(Gtk::Orientation::VERTICAL) {
+    add_css_class("mailboxes");
+    setContent(all_, "tray.2", tr("All Mailboxes"), "");
+    accessible::setLabel(all_, tr("All Mailboxes"));
+    all_.signal_toggled().connect([this] {
+        if (!isShowing_) model_.setAllMailboxes(all_.get_active());
+    });
+    list_.append(all_);
+    list_.append(accounts_);
+    scroller_.set_child(list_);
+    scroller_.set_policy(Gtk::PolicyType::NEVER, Gtk::PolicyType::AUTOMATIC);
+    scroller_.set_expand();
+    append(scroller_);
+
+    subscriptions_.push_back(model_.index.observe([this] { showMailboxes(); }));
+    subscriptions_.push_back(model_.filter.observe([this] { showChecks(); }));
+    showMailboxes();
+}
+
+// A reload that finds the same leaves everything in its place, the focus too.
+void MailboxSidebar::showMailboxes() {
+    const auto& index = model_.index.get();
+    const std::vector<MailAccount> accounts = index ? index->accounts : std::vector<MailAccount>();
+    if (accounts != shown_) {
+        shown_ = accounts;
+        rows_.clear();
+        while (Gtk::Widget* section = accounts_.get_first_child()) accounts_.remove(*section);
+        for (const MailAccount& account : accounts) addAccount(account);
+    }
+    showChecks();
+}
+
+void MailboxSidebar::addAccount(const MailAccount& account) {
+    auto* mailboxes = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL);
+    for (const Mailbox& mailbox : account.mailboxes) {
+        auto* check = Gtk::make_managed<Gtk::CheckButton>();
+        setContent(*check, symbols::forMailbox(mailbox.name), mailbox.name,
+                   locale::wholeNumber(static_cast<std::int64_t>(mailbox.messageCount)));
+        check->set_tooltip_text(mailbox.name);   // whole, where there is no room for it
+        accessible::setLabel(*check, mailbox.name + ", " + i18n::trCount("%lld messages", mailbox.messageCount));
+        check->signal_toggled().connect([this, check, id = mailbox.id] {
+            if (!isShowing_) model_.setMailbox(id, check->get_active());
+        });
+        mailboxes->append(*check);
+        rows_.push_back({mailbox.id, check});
+    }
+    auto* heading = Gtk::make_managed<Gtk::Label>(account.label, Gtk::Align::START);
+    heading->set_ellipsize(Pango::EllipsizeMode::END);
+    heading->set_tooltip_text(account.label);
+    heading->add_css_class("heading");
+    auto* section = Gtk::make_managed<Gtk::Expander>();
+    section->set_label_widget(*heading);
+    section->set_child(*mailboxes);
+    accessible::setLabel(*section, account.label);
+    section->set_expanded(!isCollapsed_[account.id]);
+    section->property_expanded().signal_changed().connect(
+        [this, section, id = account.id] { isCollapsed_[id] = !section->get_expanded(); });
+    accounts_.append(*section);
+}
+
+void MailboxSidebar::showChecks() {
+    const auto& chosen = model_.filter.get().mailboxes;
+    isShowing_ = true;
+    all_.set_active(!chosen);
+    for (const Row& row : rows_) row.check->set_active(!chosen || chosen->contains(row.mailboxID));
+    isShowing_ = false;
+}
+
+}   // namespace ostrel

@@ -1,0 +1,34 @@
+#include "ui/SplitView.h"
+
+namespace ostrel {
+
+SplitView::SplitView(Width width, Gtk::Widget& first, Gtk::Widget& second)
+    : wanted_(width.ideal), maximum_(width.maximum) {
+    set_start_child(first);
+    set_end_child(second);
+    set_resize_start_child(false);
+    set_shrink_start_child(false);
+    set_shrink_end_child(false);
+    set_position(wanted_);
+    property_position().signal_changed().connect([this] { positionChanged(); });
+}
+
+// A handle that gave way to a narrow window comes back when the window grows.
+void SplitView::size_allocate_vfunc(int width, int height, int baseline) {
+    isAllocating_ = true;
+    if (width != allocated_) set_position(wanted_);
+    allocated_ = width;
+    Gtk::Paned::size_allocate_vfunc(width, height, baseline);
+    isAllocating_ = false;
+}
+
+void SplitView::positionChanged() {
+    if (isAllocating_) return;
+    if (maximum_ > 0 && get_position() > maximum_) {
+        set_position(maximum_);
+        return;
+    }
+    wanted_ = get_position();
+}
+
+}   // namespace ostrel

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <gtkmm/paned.h>
+
+namespace ostrel {
+
+// Two columns with a handle between them. The first keeps the width that the user gave it, however wide the window
+// is, as far as there is room; the second takes the rest.
+class SplitView : public Gtk::Paned {
+public:
+    struct Width {
+        int ideal, maximum;   // of the first column; the least is what its widget asks for. 0: no maximum
+    };
+    SplitView(Width width, Gtk::Widget& first, Gtk::Widget& second);
+
+protected:
+    void size_allocate_vfunc(int width, int height, int baseline) override;
+
+private:
+    void positionChanged();
+
+    int wanted_, maximum_;
+    int allocated_ = 0;
+    bool isAllocating_ = false;
+};
+
+}   // namespace ostrel
