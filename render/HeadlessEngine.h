@@ -6,7 +6,7 @@
 namespace ostrel {
 
 class PrivateDisplay;
-class TemporaryFolder;
+class EngineHome;
 
 // The surroundings that printing needs in a program without windows: a display (its own where there is none) and the
 // toolkit, without desktop services that a server does not have. First thing in main, on the main thread; keep it until
@@ -27,7 +27,7 @@ public:
 
 private:
     bool isSandboxed_ = false;
-    std::unique_ptr<TemporaryFolder> home_;   // the engine's, while it runs
+    std::unique_ptr<EngineHome> home_;   // the engine's, while it runs
     std::unique_ptr<PrivateDisplay> display_;
 };
 

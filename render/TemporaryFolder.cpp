@@ -10,6 +10,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace ostrel {
@@ -23,7 +24,10 @@ constexpr auto surelyLocked = std::chrono::minutes(1);
 // The open folder, locked; -1 when it is no folder, another user's or in use.
 int lockFolder(const fs::path& folder) {
     const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    if (descriptor < 0 || flock(descriptor, LOCK_EX | LOCK_NB) == 0) return descriptor;
+    if (descriptor < 0) return -1;
+    struct stat status {};
+    const bool isOurs = fstat(descriptor, &status) == 0 && status.st_uid == geteuid();
+    if (isOurs && flock(descriptor, LOCK_EX | LOCK_NB) == 0) return descriptor;
     close(descriptor);
     return -1;
 }

@@ -78,8 +78,8 @@ ExitStatus exportFolder(const fs::path& mailFolder, const fs::path& destination,
     std::cout << result.folder.native() << std::endl;
     const ExitStatus status = report(result, messages.size(), index.unreadable);
     if (!indexTrouble) return status;
-    std::cerr << "There is no index: " << oneLine(*indexTrouble) << '\n';
-    return someFailed;
+    std::cerr << "ostrel-export: " << oneLine(*indexTrouble) << '\n';
+    return couldNotRun;
 }
 
 }   // namespace

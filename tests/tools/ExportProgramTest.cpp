@@ -230,6 +230,19 @@ TEST_F(ExportProgramTest, WhatCannotRunSaysWhyInOneSentence) {
     }
 }
 
+TEST_F(ExportProgramTest, WithoutItsIndexTheRunHasFailedButTellsWhatBecameOfTheMessages) {
+    makeStore({"60"});
+    Program program(exportCommand(), home_);
+    waitForPDFs(home_ / "out", 2);
+    for (const auto& folder : fs::directory_iterator(home_ / "out")) fs::create_directory(folder.path() / "index.csv");
+    fs::remove_all(home_ / "Mail");
+    EXPECT_EQ(program.wait(), 2);
+    const std::string errors = program.errors();
+    EXPECT_NE(errors.find("Failed: "), std::string::npos) << errors;
+    const std::size_t lastLine = errors.rfind('\n', errors.size() - 2) + 1;
+    EXPECT_NE(errors.find("index.csv", lastLine), std::string::npos) << errors;
+}
+
 TEST_F(ExportProgramTest, AHomeThatCannotBeWrittenDoesNotMatter) {
     makeStore({"3"});
     // A file in the place of a home, and folders of another user's, which even root cannot write.
