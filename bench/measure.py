@@ -159,7 +159,7 @@ def export(build, store, scratch):
     settings = tempfile.TemporaryDirectory()   # none stored: the defaults
     start = time.monotonic()
     process = subprocess.Popen([build / "tools/ostrel-export", store, destination], stdout=subprocess.DEVNULL,
-                               stderr=subprocess.PIPE, text=True, env=os.environ | {"XDG_CONFIG_HOME": settings.name})
+                               stderr=subprocess.PIPE, text=True, env=os.environ | {"XDG_CONFIG_HOME": settings.name, "LC_ALL": "C.UTF-8"})
     tree, memory, processor = ProcessTree(process.pid), [], 0
     while process.poll() is None:
         memory.append(tree.memory())

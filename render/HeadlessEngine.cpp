@@ -1,5 +1,6 @@
 #include "render/HeadlessEngine.h"
 
+#include "platform/Translation.h"
 #include "render/DisplayLoss.h"
 #include "render/EngineHome.h"
 #include "render/EngineSandbox.h"
@@ -39,7 +40,7 @@ HeadlessEngine::HeadlessEngine(std::function<void()> displayLost) : home_(std::m
     if (PrivateDisplay::isNeeded()) display_ = std::make_unique<PrivateDisplay>();
     // Nothing of the toolkit is shown; a locale that the C library lacks would only be warned about.
     gtk_disable_setlocale();
-    if (!gtk_init_check()) throw std::runtime_error("The display cannot be used.");
+    if (!gtk_init_check()) throw std::runtime_error(i18n::tr("The display cannot be used."));
     displayLoss::survive(std::move(displayLost));
 }
 

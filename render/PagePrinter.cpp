@@ -1,6 +1,7 @@
 #include "render/PagePrinter.h"
 
 #include "platform/Files.h"
+#include "platform/Translation.h"
 #include "render/FilePrinter.h"
 #include "render/OfflineRules.h"
 #include "render/PageGeometry.h"
@@ -17,6 +18,8 @@ namespace ostrel {
 namespace {
 
 using namespace std::chrono_literals;
+using i18n::tr;
+using i18n::trCount;
 
 constexpr const char* isolatedWorld = "ostrel";
 
@@ -34,10 +37,11 @@ std::chrono::milliseconds limitFor(std::chrono::milliseconds base, const PrintLi
     return base + limits.perMegabyte * static_cast<long>(pageBytes / 1'000'000);
 }
 
-std::string inWords(std::chrono::milliseconds time) {
-    const auto seconds = std::chrono::ceil<std::chrono::seconds>(time).count();
-    if (seconds >= 120) return std::to_string(seconds / 60) + " minutes";
-    return std::to_string(seconds) + (seconds == 1 ? " second" : " seconds");
+std::string tookLongerThan(std::chrono::milliseconds time) {
+    const auto seconds = static_cast<std::uint64_t>(std::chrono::ceil<std::chrono::seconds>(time).count());
+    return seconds >= 120
+               ? trCount("Printing this message took longer than %lld minutes and was stopped.", seconds / 60)
+               : trCount("Printing this message took longer than %lld seconds and was stopped.", seconds);
 }
 
 // What the scripts answer: the width of the content, then a line "rrggbb address" for each link they marked.
@@ -137,7 +141,7 @@ gboolean PagePrinter::loadFailed(WebKitWebView*, WebKitLoadEvent, const char*, G
         g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED);
     if (self.phase_ == Phase::loading && !isRefusal) {
         self.fail(RenderError::Kind::loadFailed,
-                  std::string("The web engine could not load the message: ") + error->message + ".");
+                  i18n::filled(tr("The web engine could not load the message: %@."), error->message));
     }
     return TRUE;   // no error page
 }
@@ -146,8 +150,8 @@ void PagePrinter::processEnded(WebKitWebView*, WebKitWebProcessTerminationReason
     if (reason == WEBKIT_WEB_PROCESS_TERMINATED_BY_API) return;   // by tooSlow, which has told
     static_cast<PagePrinter*>(data)->fail(RenderError::Kind::engineCrashed,
                                           reason == WEBKIT_WEB_PROCESS_EXCEEDED_MEMORY_LIMIT
-                                              ? "The web engine ran out of memory on this message."
-                                              : "The web engine crashed on this message.");
+                                              ? tr("The web engine ran out of memory on this message.")
+                                              : tr("The web engine crashed on this message."));
 }
 
 void PagePrinter::evaluate(std::string_view script, std::function<void(PagePrinter&, GAsyncResult*)> take) {
@@ -194,7 +198,7 @@ void PagePrinter::startPrinting() {
     view_->setPageMargins(pageGeometry::verticalMargin * enlargement_, pageGeometry::horizontalMargin * enlargement_);
     const auto setup = filePrinter::pageSetup(paper_, enlargement_);
     const auto settings = filePrinter::settingsFor(output_, setup.get());
-    if (!settings) return fail(RenderError::Kind::writeFailed, "This system's toolkit cannot print to a file.");
+    if (!settings) return fail(RenderError::Kind::writeFailed, tr("This system’s toolkit cannot print to a file."));
     operation_ = GRef<WebKitPrintOperation>::adopt(webkit_print_operation_new(view_->web()));
     webkit_print_operation_set_page_setup(operation_.get(), setup.get());
     webkit_print_operation_set_print_settings(operation_.get(), settings.get());
@@ -214,13 +218,14 @@ void PagePrinter::operationFinished(WebKitPrintOperation*, gpointer data) noexce
 
 void PagePrinter::printFinished() {
     if (phase_ != Phase::printing) return;
-    if (failure_) return fail(RenderError::Kind::writeFailed, "The PDF could not be printed: " + *failure_ + ".");
+    if (failure_)
+        return fail(RenderError::Kind::writeFailed, i18n::filled(tr("The PDF could not be printed: %@."), *failure_));
     if (files::size(output_).value_or(0) > 0) {
         if (mayLackItsRightEdge() && attempt_ < mostAttempts) return printWider();
         return complete(PrintedPage{.scale = 1 / enlargement_, .links = std::move(links_)});
     }
     limit_ = mainLoop::Timer(crashNews, [this] {
-        fail(RenderError::Kind::writeFailed, "The PDF could not be printed: the web engine wrote no file.");
+        fail(RenderError::Kind::writeFailed, tr("The PDF could not be printed: the web engine wrote no file."));
     });
 }
 
@@ -244,8 +249,7 @@ void PagePrinter::printWider() {
 }
 
 void PagePrinter::tooSlow(std::chrono::milliseconds limit) {
-    fail(RenderError::Kind::tooSlow, "Printing this message took longer than " +
-                                         inWords(limitFor(limit, limits_, html_->size())) + " and was stopped.");
+    fail(RenderError::Kind::tooSlow, tookLongerThan(limitFor(limit, limits_, html_->size())));
     if (view_) webkit_web_view_terminate_web_process(view_->web());
 }
 

@@ -1,5 +1,6 @@
 #include "render/PrivateDisplay.h"
 
+#include "platform/Translation.h"
 #include "render/MainLoop.h"
 
 #include <array>
@@ -75,7 +76,8 @@ bool PrivateDisplay::isNeeded() { return !isSet("DISPLAY") && !isSet("WAYLAND_DI
 PrivateDisplay::PrivateDisplay() {
     assert(mainLoop::isMainThread());
     std::array<int, 2> ends;
-    if (pipe2(ends.data(), O_CLOEXEC) != 0) throw std::runtime_error("A display could not be started: no free pipe.");
+    if (pipe2(ends.data(), O_CLOEXEC) != 0)
+        throw std::runtime_error(i18n::tr("A display could not be started: no free pipe."));
     const pid_t parent = getpid();
     server_ = fork();
     if (server_ == 0) becomeServer(parent, ends[1]);
@@ -85,7 +87,8 @@ PrivateDisplay::PrivateDisplay() {
     if (number.empty()) {
         if (server_ > 0) end(server_);
         throw std::runtime_error(
-            "There is no display, and Xvfb, which would stand in for one, could not be started (Debian package xvfb).");
+            i18n::tr("There is no display, and Xvfb, which would stand in for one, could not be started (Debian "
+                     "package xvfb)."));
     }
     setenv("DISPLAY", (":" + number).c_str(), 1);
 }

@@ -6,6 +6,7 @@
 #include "core/mailstore/MailScanner.h"
 #include "core/selection/MessageFilter.h"
 #include "platform/Files.h"
+#include "platform/Translation.h"
 #include "render/HeadlessEngine.h"
 #include "render/MainLoop.h"
 #include "render/WebPDFRenderer.h"
@@ -24,6 +25,9 @@ namespace ostrel {
 namespace {
 
 namespace fs = std::filesystem;
+using i18n::filled;
+using i18n::tr;
+using i18n::trCount;
 
 enum ExitStatus { everyMessageExported = 0, someFailed = 1, couldNotRun = 2 };
 
@@ -32,21 +36,22 @@ Instant now() { return std::chrono::time_point_cast<Instant::duration>(std::chro
 MailIndex scan(const fs::path& folder, const std::stop_token& stop) {
     ProgressLine progress;
     return MailScanner::scan(
-        folder, "On My Mac",
-        [&](std::size_t found) { progress.show("Reading the mail folder: " + std::to_string(found) + " messages"); },
+        folder, ExportPlan::localAccountLabel(),
+        [&](std::size_t found) { progress.show(trCount("Reading the mail folder: %lld messages", found)); },
         [&] { return stop.stop_requested(); });
 }
 
 // Everything a person needs to know beyond the folder's path, on standard error.
 ExitStatus report(const ExportResult& result, std::size_t total, std::size_t unreadable) {
     for (const ExportResult::Failure& failure : result.failed) {
-        std::cerr << "Failed: " << oneLine(failure.name) << ": " << oneLine(failure.reason) << '\n';
+        std::cerr << filled(tr("Failed: %@: %@"), oneLine(failure.name), oneLine(failure.reason)) << '\n';
     }
-    std::cerr << "Exported " << result.exported << " of " << total << " messages, saved " << result.attachments
-              << " attachments.\n";
-    if (!result.failed.empty()) std::cerr << "Messages that failed: " << result.failed.size() << '\n';
-    if (unreadable > 0) std::cerr << "Damaged files skipped: " << unreadable << '\n';
-    if (result.cancelled) std::cerr << "Cancelled: the messages above are complete, the rest was not begun.\n";
+    std::cerr << filled(tr("Exported %lld of %lld messages."), result.exported, total) << '\n';
+    if (result.attachments > 0) std::cerr << trCount("%lld attachments saved", result.attachments) << '\n';
+    if (!result.failed.empty()) std::cerr << trCount("Messages that failed: %lld", result.failed.size()) << '\n';
+    if (unreadable > 0) std::cerr << trCount("Damaged files skipped: %lld", unreadable) << '\n';
+    if (result.cancelled)
+        std::cerr << tr("Cancelled: the messages above are complete, the rest was not begun.") << '\n';
     return result.failed.empty() && !result.cancelled ? everyMessageExported : someFailed;
 }
 
@@ -67,7 +72,7 @@ ExitStatus exportFolder(const fs::path& mailFolder, const fs::path& destination,
                 messages, ExportPlan::mailboxNames(index), destination, ExportPlan::settings(settings, now(), calendar),
                 renderer,
                 [&](const ExportProgress& at) {
-                    progress.show(std::to_string(at.done) + " of " + std::to_string(at.total) + "  " + at.current);
+                    progress.show(filled(tr("%lld of %lld"), at.done, at.total) + "  " + at.current);
                 },
                 stop);
         } catch (const IndexError& error) {
@@ -87,8 +92,9 @@ ExitStatus exportFolder(const fs::path& mailFolder, const fs::path& destination,
 
 int main(int argc, char** argv) {
     using namespace ostrel;
+    i18n::start();
     if (argc != 3) {
-        std::cerr << "usage: ostrel-export MAILFOLDER DESTINATION\n";
+        std::cerr << tr("usage: ostrel-export MAILFOLDER DESTINATION") << '\n';
         return couldNotRun;
     }
     try {
@@ -96,11 +102,11 @@ int main(int argc, char** argv) {
         std::stop_source cancel;
         mainLoop::onInterrupt([&cancel] { cancel.request_stop(); });
         const HeadlessEngine engine([&cancel] {
-            std::cerr << "The display was lost, and nothing can be printed without it.\n";
+            std::cerr << tr("The display was lost, and nothing can be printed without it.") << '\n';
             cancel.request_stop();
         });
         if (!engine.isSandboxed())
-            std::cerr << "The web engine runs without its sandbox: this system does not allow one.\n";
+            std::cerr << tr("The web engine runs without its sandbox: this system does not allow one.") << '\n';
         ExitStatus status = couldNotRun;
         mainLoop::runBeside([&] { status = exportFolder(argv[1], argv[2], cancel.get_token()); });
         return status;
