@@ -27,7 +27,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::string_view formatVersion = "1";   // of what stands in the folder
+constexpr std::string_view formatVersion = "2";   // of what stands in the folder
 constexpr std::string_view namePrefix = "fonts-";
 
 // Families that mail names, and the generic ones; what they stand for on this system is for fontconfig to say.
@@ -39,6 +39,15 @@ constexpr std::array slants{FC_SLANT_ROMAN, FC_SLANT_ITALIC};
 
 // Smaller files cost the engine next to nothing; larger ones would take longer to make than they save.
 constexpr std::uint64_t leastFileBytes = 64 << 10, mostFileBytes = 16 << 20;
+
+// The letters, punctuation and symbols of Latin, Greek and Cyrillic text: what mixes within a word stays in one font.
+// Other scripts and what only scholars write, half of a large font, come from the whole fonts, which stay installed.
+struct Range {
+    hb_codepoint_t first, last;
+};
+constexpr std::array textCharacters{Range{0x0000, 0x045F}, Range{0x048A, 0x04FF}, Range{0x1E00, 0x23FF},
+                                    Range{0x2460, 0x27BF}, Range{0xFB00, 0xFB06}, Range{0xFE00, 0xFE0F},
+                                    Range{0xFEFF, 0xFEFF}, Range{0xFFFC, 0xFFFD}};
 
 // Since when a folder that no run has used may go: nobody's program is still running on it.
 constexpr auto keptUnused = std::chrono::hours(24 * 30);
@@ -125,9 +134,9 @@ void keepAll(hb_subset_input_t* input, hb_subset_sets_t which) {
     hb_set_invert(set);
 }
 
-// The same characters, outlines, advances and layout rules, without the instructions for coarse screens, which make up
-// half of a font and which no print uses. Leaving out rare characters as well would gain little more, and the engine
-// would pick other fonts for them. Nothing where it is not worth while, or not safe.
+// The same outlines, advances and layout rules, without the instructions for coarse screens, which make up half of a
+// font and which no print uses, and without rare characters: the engine packs a font anew for each page, which takes
+// it longer than everything else. Nothing where it is not worth while, or not safe.
 std::optional<std::string> reduced(std::string_view font) {
     const BlobPtr blob(
         hb_blob_create(font.data(), static_cast<unsigned>(font.size()), HB_MEMORY_MODE_READONLY, nullptr, nullptr));
@@ -138,7 +147,8 @@ std::optional<std::string> reduced(std::string_view font) {
                                                HB_SUBSET_FLAGS_NAME_LEGACY | HB_SUBSET_FLAGS_NO_PRUNE_UNICODE_RANGES);
     for (const auto which : {HB_SUBSET_SETS_LAYOUT_FEATURE_TAG, HB_SUBSET_SETS_NAME_ID, HB_SUBSET_SETS_NAME_LANG_ID})
         keepAll(input.get(), which);
-    hb_face_collect_unicodes(face.get(), hb_subset_input_unicode_set(input.get()));
+    hb_set_t* const characters = hb_subset_input_unicode_set(input.get());
+    for (const auto& [first, last] : textCharacters) hb_set_add_range(characters, first, last);
 
     const FacePtr made(hb_subset_or_fail(face.get(), input.get()));
     if (!made) return {};
