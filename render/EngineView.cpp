@@ -48,7 +48,15 @@ GRef<WebKitSettings> makeSettings() {
 // One context for all views: each would start processes of its own.
 WebKitWebContext* sharedContext() {
     static WebKitWebContext* const kept = [] {
-        WebKitWebContext* context = webkit_web_context_new();
+        // One page at a time does not need the caches of a browser: beyond half of this the engine empties them.
+        constexpr guint megabytes = 120;
+        const std::unique_ptr<WebKitMemoryPressureSettings, Releaser<webkit_memory_pressure_settings_free>> pressure(
+            webkit_memory_pressure_settings_new());
+        webkit_memory_pressure_settings_set_memory_limit(pressure.get(), megabytes);
+        webkit_memory_pressure_settings_set_poll_interval(pressure.get(), 5);    // seconds
+        webkit_memory_pressure_settings_set_kill_threshold(pressure.get(), 0);   // never: some messages need much
+        WebKitWebContext* context = WEBKIT_WEB_CONTEXT(
+            g_object_new(WEBKIT_TYPE_WEB_CONTEXT, "memory-pressure-settings", pressure.get(), nullptr));
         webkit_web_context_set_cache_model(context, WEBKIT_CACHE_MODEL_DOCUMENT_VIEWER);
         webkit_web_context_set_spell_checking_enabled(context, FALSE);
         // The engine compares the path with the real one of the home folder, and crashes where there is none.

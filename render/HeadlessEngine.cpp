@@ -4,6 +4,7 @@
 #include "render/DisplayLoss.h"
 #include "render/EngineHome.h"
 #include "render/EngineSandbox.h"
+#include "render/EngineThrift.h"
 #include "render/MainLoop.h"
 #include "render/PrivateDisplay.h"
 #include "render/ReducedFonts.h"
@@ -33,6 +34,7 @@ void doWithoutDesktopServices() {
 HeadlessEngine::HeadlessEngine(std::function<void()> displayLost) : home_(std::make_unique<EngineHome>()) {
     assert(mainLoop::isMainThread());
     doWithoutDesktopServices();
+    engineThrift::settle();
     const std::filesystem::path cache = usersCache();
     home_->moveIn();
     if (!reducedFonts::provide(cache)) reducedFonts::provide(home_->path());
