@@ -19,6 +19,8 @@ TEST(Time, writesInstantsInTheirZone) {
     } rows[] = {
         {"epoch", 0, "Etc/UTC", "1970-01-01 00:00:00"},
         {"summer time", 1720000000, "Europe/Berlin", "2024-07-03 11:46:40"},
+        {"the hour that comes twice, in summer time", 1729989000, "Europe/Berlin", "2024-10-27 02:30:00"},
+        {"and in winter time", 1729992600, "Europe/Berlin", "2024-10-27 02:30:00"},
         {"winter time", 1709629662, "America/New_York", "2024-03-05 04:07:42"},
         {"quarter-hour zone", 1709629662, "Asia/Kathmandu", "2024-03-05 14:52:42"},
         {"before the epoch", -1, "Etc/UTC", "1969-12-31 23:59:59"},
