@@ -88,7 +88,7 @@ std::string points(double value) {
 
 }   // namespace
 
-EngineView::EngineView(LinkOpener opensOutside) : opensOutside_(opensOutside) {
+EngineView::EngineView(LinkOpener opensOutside) : opensOutside_(std::move(opensOutside)) {
     assert(mainLoop::isMainThread());
     settleToolkit();
     content_ = GRef<WebKitUserContentManager>::adopt(webkit_user_content_manager_new());
@@ -122,11 +122,13 @@ void EngineView::replaceUserStyles(const std::string& pageRule) {
     webkit_user_content_manager_add_style_sheet(content_.get(), sheet.get());
 }
 
-void EngineView::load(const std::string& html) {
+void EngineView::load(std::string html) {
     assert(mainLoop::isMainThread());
+    if (html.empty()) html = "\n";   // the engine refuses no bytes at all
     // Not load_html, which ends the page at a NUL.
-    const std::string_view page = html.empty() ? std::string_view("\n") : html;   // the engine refuses no bytes at all
-    const GBytesPtr bytes(g_bytes_new(page.data(), page.size()));
+    const auto page = new std::string(std::move(html));
+    const GBytesPtr bytes(g_bytes_new_with_free_func(
+        page->data(), page->size(), [](gpointer text) { delete static_cast<std::string*>(text); }, page));
     isOurOwnLoad_ = true;
     webkit_web_view_load_bytes(view_.get(), bytes.get(), "text/html", "UTF-8", nullptr);
 }

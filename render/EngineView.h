@@ -3,6 +3,7 @@
 #include "render/GRef.h"
 #include "render/NavigationPolicy.h"
 
+#include <functional>
 #include <string>
 
 #include <webkit/webkit.h>
@@ -13,9 +14,9 @@ namespace ostrel {
 
 class EngineView {
 public:
-    // opensOutside gets the web and mail addresses that the reader clicks; null where links do not open.
-    using LinkOpener = void (*)(const std::string& url);
-    explicit EngineView(LinkOpener opensOutside = nullptr);
+    // opensOutside gets the web and mail addresses that the reader clicks; empty where links do not open.
+    using LinkOpener = std::function<void(const std::string& url)>;
+    explicit EngineView(LinkOpener opensOutside = {});
     EngineView(const EngineView&) = delete;
     EngineView& operator=(const EngineView&) = delete;
     ~EngineView();
@@ -26,8 +27,9 @@ public:
     void install(WebKitUserContentFilter* offlineRules);
     // Paper and margins that the pages of this view get when printed, whatever the page itself asks for, in points.
     void setPageMargins(double verticalPoints, double horizontalPoints);
-    // Loads a page from its text, of any size and content. Relative addresses lead nowhere.
-    void load(const std::string& html);
+    // Loads a page from its text, of any size and content. Relative addresses lead nowhere. One load at a time: the
+    // next one waits until this one is committed or has failed.
+    void load(std::string html);
 
 private:
     static gboolean decidePolicy(WebKitWebView*, WebKitPolicyDecision*, WebKitPolicyDecisionType, gpointer) noexcept;

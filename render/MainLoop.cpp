@@ -76,6 +76,11 @@ void runBeside(const Task& work) {
     if (failure) std::rethrow_exception(failure);
 }
 
+void turnUntil(const std::function<bool()>& isDone) {
+    assert(isMainThread());
+    while (!isDone()) g_main_context_iteration(nullptr, TRUE);
+}
+
 void onInterrupt(const Task& handler) {
     assert(isMainThread());
     // Blocked signals stay blocked in the programs we start, so a Ctrl-C meant for us does not kill the web process

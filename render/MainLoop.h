@@ -16,6 +16,9 @@ void post(std::function<void()> task);
 // passes on what it threw. Where there is no application that turns the loop itself.
 void runBeside(const std::function<void()>& work);
 
+// Turns the loop on this, the main thread, until isDone, which is asked after every turn. Whoever makes it true posts.
+void turnUntil(const std::function<bool()>& isDone);
+
 // From now on an interrupt, a hang-up or a request to terminate calls the handler on the main thread instead of ending
 // the program, and programs started afterwards (the engine's among them) do not see it. Once, before the first thread.
 void onInterrupt(const std::function<void()>& handler);

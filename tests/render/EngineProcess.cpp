@@ -59,6 +59,11 @@ std::optional<std::pair<pid_t, long>> ourWebProcess() {
 
 }   // namespace
 
+std::optional<int> webProcess() {
+    const auto found = ourWebProcess();
+    return found ? std::optional<int>(found->first) : std::nullopt;
+}
+
 bool killBusyWebProcess() {
     const long busy = sysconf(_SC_CLK_TCK) / 2;   // half a second of work: loading is over by then
     std::optional<std::pair<pid_t, long>> first;

@@ -1,0 +1,184 @@
+#include "render/GRef.h"
+#include "render/MainLoop.h"
+#include "render/WebPreview.h"
+#include "tests/render/EngineProcess.h"
+#include "tests/render/LoopbackServer.h"
+#include "tests/render/TemptingPage.h"
+
+#include <algorithm>
+#include <csignal>
+#include <future>
+#include <memory>
+#include <semaphore>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <webkit/webkit.h>
+
+namespace ostrel {
+namespace {
+
+using namespace std::chrono_literals;
+
+void onMain(const std::function<void()>& task) {
+    std::promise<void> done;
+    mainLoop::post([&] {
+        task();
+        done.set_value();
+    });
+    done.get_future().wait();
+}
+
+class WebPreviewTest : public testing::Test {
+protected:
+    WebPreviewTest() { make({}); }
+    ~WebPreviewTest() override {
+        onMain([&] { preview_.reset(); });
+    }
+    void make(PreviewPatience patience) {
+        onMain([&] {
+            preview_ = std::make_unique<WebPreview>([&](const std::string& url) { opened_.push_back(url); }, patience);
+            preview_->onLoaded = [&] { loaded_.release(); };
+        });
+    }
+    void give(const std::string& html) {
+        onMain([&] { preview_->update(html); });
+    }
+    void show(const std::string& html) {
+        give(html);
+        loaded_.acquire();
+    }
+    bool isLoaded() { return loaded_.try_acquire(); }
+
+    // What an expression is in the page that is shown.
+    std::string inPage(const std::string& expression) {
+        std::promise<std::string> value;
+        mainLoop::post([&] {
+            const auto finished = [](GObject* view, GAsyncResult* result, gpointer data) noexcept {
+                const auto got = GRef<JSCValue>::adopt(
+                    webkit_web_view_evaluate_javascript_finish(WEBKIT_WEB_VIEW(view), result, nullptr));
+                static_cast<std::promise<std::string>*>(data)->set_value(
+                    got ? GChars(jsc_value_to_string(got.get())).get() : "no answer");
+            };
+            webkit_web_view_evaluate_javascript(WEBKIT_WEB_VIEW(preview_->widget()), expression.c_str(), -1, "ostrel",
+                                                nullptr, nullptr, finished, &value);
+        });
+        return value.get_future().get();
+    }
+    std::string text() { return inPage("document.body.innerText.trim()"); }
+
+    std::unique_ptr<WebPreview> preview_;
+    std::vector<std::string> opened_;
+    std::counting_semaphore<> loaded_{0};
+};
+
+TEST_F(WebPreviewTest, AddsThePaddingToTheFirstStyleSheetOnly) {
+    const struct {
+        const char* why;
+        const char* page;
+        const char* expected;
+    } rows[] = {
+        {"the end of the first", "<style>a{}</style><style>b{}</style>",
+         "<style>a{}body{background:#fff;padding:18px 22px}</style><style>b{}</style>"},
+        {"no style sheet", "<p>text", "<p>text"},
+        {"another case is not ours", "<STYLE></STYLE>", "<STYLE></STYLE>"},
+        {"empty", "", ""},
+    };
+    for (const auto& row : rows) EXPECT_EQ(WebPreview::withPadding(row.page), row.expected) << row.why;
+    show("<style>p{color:red}</style><p>text</p>");
+    EXPECT_EQ(inPage("getComputedStyle(document.body).padding"), "18px 22px");
+}
+
+TEST_F(WebPreviewTest, LoadsAPageOnceAndTheLastOfASeries) {
+    show("<p>one");
+    EXPECT_EQ(inPage("window.seen = 1"), "1");
+    give("<p>one");
+    EXPECT_EQ(inPage("window.seen"), "1") << "not loaded again";
+    for (int i = 0; i < 50; ++i) give("<p>page " + std::to_string(i));
+    onMain([&] {
+        for (int i = 50; i < 100; ++i) preview_->update("<p>page " + std::to_string(i));
+    });
+    do loaded_.acquire();
+    while (text() != "page 99");
+    EXPECT_FALSE(isLoaded());
+    show("");
+    EXPECT_EQ(text(), "");
+}
+
+TEST_F(WebPreviewTest, AsksNobodyAndRunsNothing) {
+    const LoopbackServer server;
+    show(temptingPage(server.port()));
+    EXPECT_NE(text().find("END"), std::string::npos);
+    show("<p>text<script>document.body.innerHTML='run'</script><img src=x onerror=\"document.body.innerHTML='run'\">");
+    EXPECT_EQ(text(), "text");
+    EXPECT_EQ(server.connections(), 0);
+    EXPECT_TRUE(opened_.empty());
+}
+
+TEST_F(WebPreviewTest, OpensLinksOutsideAndStays) {
+    show(
+        "<p>mail<a href='https://a.example/x?y'>1</a><a href='mailto:kim@a.example'>2</a><a href='file:///etc/passwd'>3"
+        "</a><a href='ftp://a.example'>4</a><a href='HTTP://b.example/' target=_blank>5</a><a href='about:blank'>6</a>"
+        "<a href='javascript:document.body.remove()'>7</a><a href='relative'>8</a><a href='data:text/html,x'>9</a>");
+    inPage("document.querySelectorAll('a').forEach(a => a.click())");
+    EXPECT_EQ(text(), "mail123456789");
+    for (int i = 1; i < 9; ++i) inPage("document.querySelectorAll('a')[" + std::to_string(i) + "].click()");
+    EXPECT_EQ(text(), "mail123456789");
+    EXPECT_NE(std::ranges::find(opened_, "mailto:kim@a.example"), opened_.end());
+    EXPECT_NE(std::ranges::find(opened_, "http://b.example/"), opened_.end());
+    for (const auto& url : opened_) EXPECT_TRUE(url.starts_with("http") || url.starts_with("mailto:")) << url;
+}
+
+TEST_F(WebPreviewTest, IsLightOnADarkDesktop) {
+    const auto dark = [](gboolean is) {
+        onMain([=] { g_object_set(gtk_settings_get_default(), "gtk-application-prefer-dark-theme", is, nullptr); });
+    };
+    dark(TRUE);
+    show(
+        "<style>:root{color-scheme:light dark}@media (prefers-color-scheme:dark){p{color:#123456}}"
+        "@media screen and (prefers-color-scheme: light){p{margin:7px}}</style><p>text<i style='color:CanvasText'>x");
+    EXPECT_EQ(inPage("matchMedia('(prefers-color-scheme: dark)').matches"), "true") << "nothing is tested otherwise";
+    EXPECT_EQ(inPage("getComputedStyle(document.querySelector('p')).color"), "rgb(0, 0, 0)");
+    EXPECT_EQ(inPage("getComputedStyle(document.querySelector('i')).color"), "rgb(0, 0, 0)");
+    EXPECT_EQ(inPage("getComputedStyle(document.querySelector('p')).margin"), "7px");
+    dark(FALSE);
+}
+
+// A process that is stopped is as good as one whose page keeps it busy for ever.
+TEST_F(WebPreviewTest, GoesOnWithANewProcessWhereTheOldOneHangs) {
+    onMain([&] { preview_.reset(); });
+    make({.next = 300ms, .start = 20s, .limits = {}});
+    show("<p>one");
+    const auto hung = webProcess();
+    ASSERT_TRUE(hung);
+    kill(*hung, SIGSTOP);
+    show("<p>two");
+    EXPECT_EQ(text(), "two");
+    EXPECT_NE(webProcess(), hung);
+}
+
+TEST_F(WebPreviewTest, EndsAPageThatTakesTooLong) {
+    onMain([&] { preview_.reset(); });
+    make({.next = 20s, .start = 20s, .limits = {.load = 0ms, .print = 0ms, .perMegabyte = 0ms}});
+    const std::string endless(20'000'000, '<');
+    show(endless);
+    give("<p>next");
+    onMain([&] { preview_.reset(); });
+    SUCCEED() << "and one that is under way goes with its view";
+}
+
+TEST_F(WebPreviewTest, OutlivesCrashesOfTheWebProcess) {
+    for (const std::string page : {"one", "two"}) {
+        show("<p>" + page);
+        const auto process = webProcess();
+        ASSERT_TRUE(process);
+        kill(*process, SIGKILL);
+        loaded_.acquire();   // that it has failed
+        show("<p>" + page);
+        EXPECT_EQ(text(), page) << "the same page again";
+    }
+}
+
+}   // namespace
+}   // namespace ostrel
