@@ -27,6 +27,7 @@ void doWithoutDesktopServices() {
     setenv("GIO_USE_VFS", "local", 1);
     setenv("GIO_USE_PORTALS", "0", 1);
     setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", 1);
+    setenv("DBUS_SYSTEM_BUS_ADDRESS", "disabled:", 1);
 }
 
 }   // namespace
