@@ -1,5 +1,7 @@
 #include "render/PrintedScale.h"
 
+#include "platform/Files.h"
+
 #include <array>
 #include <cstddef>
 #include <exception>
@@ -45,9 +47,11 @@ private:
 std::optional<double> printedScale(const std::filesystem::path& printed) {
     ScaleFinder finder;
     try {
+        // In one read: libqpdf would go back and forth in the file.
+        const Bytes content = files::readWhole(printed);
         QPDF pdf;
         pdf.setSuppressWarnings(true);
-        pdf.processFile(printed.c_str());
+        pdf.processMemoryFile("printed page", content.chars().data(), content.chars().size());
         const auto& pages = pdf.getAllPages();
         if (!pages.empty()) QPDFObjectHandle(pages.front()).parsePageContents(&finder);
     } catch (const std::exception&) {
