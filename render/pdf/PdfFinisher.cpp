@@ -2,7 +2,10 @@
 
 #include "render/pdf/FontSubsetter.h"
 #include "render/pdf/GlyphOutline.h"
+#include "render/pdf/PageText.h"
+#include "render/pdf/PdfClusters.h"
 #include "render/pdf/PdfContents.h"
+#include "render/pdf/PdfEmoji.h"
 #include "render/pdf/PdfFonts.h"
 #include "render/pdf/PdfImages.h"
 #include "render/pdf/PdfLinkMarks.h"
@@ -89,6 +92,8 @@ std::string written(QPDF& file) {
 
 // Makes the file smaller without changing what it shows.
 void reduce(QPDF& file, std::string_view html, FontSubsetter& fonts, FinishReport& report) {
+    const auto page = pdf::pageText(html);
+    pdf::nameClusters(file, page);
     pdf::GlyphUse use;
     for (auto& content : pdf::contentsOf(file)) {
         const auto text = pdf::decoded(content.stream);
@@ -96,6 +101,7 @@ void reduce(QPDF& file, std::string_view html, FontSubsetter& fonts, FinishRepor
         use.read(*text, content.resources);
         pdf::repack(content.stream, pdf::shorterOutline(*text).value_or(*text), zlib::Effort::good);
     }
+    pdf::nameEmoji(file, page, use);
     const auto counts = pdf::reduceFonts(file, use, fonts);
     pdf::makeTextTyped(file);
     pdf::shareTextTables(file, use);

@@ -66,12 +66,14 @@ struct Font {
     bool isKnown = false;
     CodeSet* codes = nullptr;   // null: its codes do not matter
     std::size_t bytesPerCode = 1;
+    QPDFObjGen id{};
 };
 
 // Follows the font through one stream of content (ISO 32000-1 §8.4, §9.4).
 class Reader {
 public:
-    Reader(QPDFObjectHandle resources, std::map<QPDFObjGen, CodeSet>& codes) : resources_(resources), codes_(codes) {}
+    Reader(QPDFObjectHandle resources, std::map<QPDFObjGen, CodeSet>& codes, std::vector<GlyphUse::Drawn>& drawn)
+        : resources_(resources), codes_(codes), drawn_(drawn) {}
 
     // False as soon as text may be shown in a font that cannot be told.
     bool read(std::string_view content) {
@@ -115,6 +117,7 @@ private:
             for (std::size_t k = 0; k < font_.bytesPerCode; ++k)
                 code = code * 256 + static_cast<unsigned char>(bytes[i + k]);
             font_.codes->set(code);
+            if (font_.bytesPerCode == 1) drawn_.push_back({font_.id, static_cast<int>(code)});
         }
         return true;
     }
@@ -128,6 +131,7 @@ private:
             const bool isComposite = kind.isNameAndEquals("/Type0");
             if (isComposite || kind.isNameAndEquals("/Type3")) font.codes = &codes_[dict.getObjGen()];
             if (isComposite) font.bytesPerCode = 2;
+            font.id = dict.getObjGen();
         }
         return fonts_.emplace(name, font).first->second;
     }
@@ -139,6 +143,7 @@ private:
 
     QPDFObjectHandle resources_;
     std::map<QPDFObjGen, CodeSet>& codes_;
+    std::vector<GlyphUse::Drawn>& drawn_;
     std::map<std::string, Font, std::less<>> fonts_;
     Font font_;
     std::vector<Font> saved_;
@@ -147,7 +152,7 @@ private:
 }   // namespace
 
 void GlyphUse::read(std::string_view content, QPDFObjectHandle resources) {
-    if (complete_) complete_ = Reader(resources, codes_).read(content);
+    if (complete_) complete_ = Reader(resources, codes_, drawn_).read(content);
 }
 
 }   // namespace ostrel::pdf

@@ -3,6 +3,7 @@
 #include <bitset>
 #include <map>
 #include <string_view>
+#include <vector>
 
 #include <qpdf/QPDFObjectHandle.hh>
 
@@ -24,8 +25,16 @@ public:
     // set.
     const std::map<QPDFObjGen, CodeSet>& codesOf() const { return codes_; }
 
+    // What Type 3 fonts show, one after the other as the content was read.
+    struct Drawn {
+        QPDFObjGen font;
+        int code = 0;
+    };
+    const std::vector<Drawn>& drawn() const { return drawn_; }
+
 private:
     std::map<QPDFObjGen, CodeSet> codes_;
+    std::vector<Drawn> drawn_;
     bool complete_ = true;
 };
 

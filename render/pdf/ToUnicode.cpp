@@ -77,6 +77,18 @@ std::u16string unitsOf(std::string_view hex) {
 
 }   // namespace
 
+std::string hexText(std::u32string_view text) {
+    std::string hex;
+    const auto unit = [&](char32_t value) {
+        for (int shift = 12; shift >= 0; shift -= 4) hex += "0123456789ABCDEF"[value >> shift & 15];
+    };
+    for (const char32_t c : text) {
+        if (c >= 0x10000) unit(0xD800 + ((c - 0x10000) >> 10));
+        unit(c < 0x10000 ? c : 0xDC00 + ((c - 0x10000) & 0x3FF));
+    }
+    return hex;
+}
+
 std::optional<ToUnicode> parseToUnicode(std::string_view cmap) {
     enum class Section { none, codeSpace, characters, ranges } section = Section::none;
     ToUnicode map;

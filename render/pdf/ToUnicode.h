@@ -7,7 +7,9 @@
 
 namespace ostrel::pdf {
 
-// What codes mean as text: UTF-16BE in hexadecimal digits, as a PDF writes it.
+std::string hexText(std::u32string_view text);   // UTF-16BE in hexadecimal digits, as a PDF writes it
+
+// What codes mean as text, as hexText() gives it.
 using CodeTexts = std::map<int, std::string>;
 
 struct ToUnicode {
