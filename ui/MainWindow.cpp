@@ -1,18 +1,155 @@
 #include "ui/MainWindow.h"
 
 #include "platform/Translation.h"
+#include "ui/Accessible.h"
+#include "ui/ExportSheet.h"
+#include "ui/Symbols.h"
+#include "ui/WelcomeSheet.h"
+
+#include <utility>
+
+#include <glibmm/main.h>
 
 namespace ostrel {
 namespace {
 
+using i18n::tr;
+
 constexpr int defaultWidth = 1240, defaultHeight = 760;
+constexpr int sidebarMinimum = 200, sidebarIdeal = 240, sidebarMaximum = 360;
+constexpr int messagesMinimum = 380, messagesIdeal = 520;
+constexpr int previewMinimum = 100;
+
+// An icon alone: the tooltip says more than its name.
+void prepare(Gtk::Button& button, const char* symbol, const std::string& name, const std::string& tooltip,
+             const char* action) {
+    button.set_icon_name(symbols::iconName(symbol));
+    button.set_tooltip_text(tooltip);
+    button.set_action_name(action);
+    accessible::setLabel(button, name);
+}
 
 }   // namespace
 
-MainWindow::MainWindow(AppModel& model, Desktop&) : model_(model) {
-    set_title(i18n::tr("Ostrel"));
+MainWindow::MainWindow(AppModel& model, Desktop& desktop, WebPreview::LinkOpener opener,
+                       const Glib::RefPtr<Gio::MenuModel>& menuBar)
+    : model_(model),
+      desktop_(desktop),
+      menuBar_(menuBar),
+      access_(model, desktop),
+      noMail_(model),
+      sidebar_(model),
+      footer_(model),
+      filter_(model, mnemonics_),
+      table_(model),
+      exportBar_(model, mnemonics_),
+      preview_(model, std::move(opener)),
+      mailboxes_(Gtk::Orientation::VERTICAL),
+      messages_(Gtk::Orientation::VERTICAL),
+      messagesAndPreview_({messagesIdeal, 0}, messages_, preview_),
+      columns_({sidebarIdeal, sidebarMaximum}, mailboxes_, messagesAndPreview_) {
+    set_title(tr("Ostrel"));
     set_default_size(defaultWidth, defaultHeight);
     set_hide_on_close();
+    addToolbar(menuBar);
+
+    mailboxes_.append(sidebar_);
+    mailboxes_.append(footer_);
+    mailboxes_.set_size_request(sidebarMinimum, -1);
+    for (Gtk::Widget* part : std::initializer_list<Gtk::Widget*>{&filter_, &table_, &exportBar_})
+        messages_.append(*part);
+    messages_.set_size_request(messagesMinimum, -1);
+    preview_.set_size_request(previewMinimum, -1);
+    for (Gtk::Widget* page : std::initializer_list<Gtk::Widget*>{&reading_, &access_, &noMail_, &columns_})
+        content_.add(*page);
+    content_.set_hhomogeneous(false);
+    content_.set_vhomogeneous(false);
+    set_child(content_);
+
+    subscriptions_.push_back(model_.state.observe([this] { showState(); }));
+    subscriptions_.push_back(model_.sheet.observe([this] { showSheet(); }));
+    subscriptions_.push_back(model_.problem.observe([this] { showProblem(); }));
+    showState();
+    showSheet();
+    showProblem();
+}
+
+MainWindow::~MainWindow() = default;
+
+void MainWindow::addToolbar(const Glib::RefPtr<Gio::MenuModel>& menuBar) {
+    prepare(reload_, "arrow.clockwise", tr("Reload"), tr("Read the mail folder again (⌘R)"), "app.reload");
+    prepare(export_, "square.and.arrow.up", tr("Export"), tr("Export the messages in the list to PDFs (⇧⌘E)"),
+            "app.export");
+    menuBar_.set_menu_model(menuBar);
+    header_.pack_start(menuBar_);
+    header_.pack_end(export_);
+    header_.pack_end(reload_);
+    set_titlebar(header_);
+}
+
+void MainWindow::showState() {
+    const MailState& state = model_.state.get();
+    const bool isReady = state.kind == MailState::Kind::ready;
+    reload_.set_visible(isReady);
+    export_.set_visible(isReady);
+    reading_.update(state);
+    switch (state.kind) {
+        case MailState::Kind::checking:
+        case MailState::Kind::scanning:
+            content_.set_visible_child(reading_);
+            break;
+        case MailState::Kind::needsAccess:
+            content_.set_visible_child(access_);
+            break;
+        case MailState::Kind::noMail:
+            content_.set_visible_child(noMail_);
+            break;
+        case MailState::Kind::ready:
+            content_.set_visible_child(columns_);
+            break;
+    }
+}
+
+void MainWindow::showSheet() {
+    // A sheet that closes itself is in the middle of its own work.
+    if (auto old = std::exchange(sheet_, nullptr)) {
+        old->hide();
+        Glib::signal_idle().connect_once([old] {});
+    }
+    const auto& sheet = model_.sheet.get();
+    if (!sheet) return;
+    if (*sheet == Sheet::welcome) {
+        sheet_ = std::make_shared<WelcomeSheet>(model_, *this);
+    } else {
+        sheet_ = std::make_shared<ExportSheet>(model_, desktop_, *this);
+    }
+    if (get_visible()) sheet_->present();
+}
+
+void MainWindow::showProblem() {
+    alert_.reset();
+    const auto& problem = model_.problem.get();
+    if (!problem) return;
+    alert_ = std::make_unique<Gtk::MessageDialog>(*this, tr("Something went wrong"), false, Gtk::MessageType::ERROR,
+                                                  Gtk::ButtonsType::NONE, true);
+    alert_->set_title(tr("Something went wrong"));
+    alert_->set_secondary_text(*problem);
+    alert_->add_button(tr("OK"), Gtk::ResponseType::OK);
+    alert_->signal_response().connect([this](int) {
+        alert_->hide();
+        Glib::signal_idle().connect_once([this] { model_.problem.set(std::nullopt); });
+    });
+    alert_->present();
+}
+
+void MainWindow::on_show() {
+    Gtk::ApplicationWindow::on_show();
+    if (sheet_) sheet_->present();
+}
+
+void MainWindow::on_hide() {
+    if (sheet_) sheet_->hide();
+    Gtk::ApplicationWindow::on_hide();
 }
 
 }   // namespace ostrel

@@ -1,20 +1,67 @@
 #pragma once
 
 #include "app/AppModel.h"
+#include "ui/AccessView.h"
+#include "ui/ExportBar.h"
+#include "ui/FilterBar.h"
+#include "ui/MailboxSidebar.h"
+#include "ui/MessageTable.h"
+#include "ui/Mnemonics.h"
+#include "ui/NoMailView.h"
+#include "ui/PreviewPane.h"
+#include "ui/ReadingView.h"
+#include "ui/SidebarFooter.h"
+#include "ui/SplitView.h"
 
+#include <memory>
 #include <vector>
 
 #include <gtkmm/applicationwindow.h>
+#include <gtkmm/headerbar.h>
+#include <gtkmm/messagedialog.h>
+#include <gtkmm/popovermenubar.h>
 
 namespace ostrel {
 
-// The one main window: what it contains follows the state of the mail folder.
+// The one main window: what it contains follows the state of the mail folder; sheets and alerts stand in front of it.
 class MainWindow : public Gtk::ApplicationWindow {
 public:
-    MainWindow(AppModel& model, Desktop& desktop);
+    // menuBar: that of the application.
+    MainWindow(AppModel& model, Desktop& desktop, WebPreview::LinkOpener opener,
+               const Glib::RefPtr<Gio::MenuModel>& menuBar);
+    ~MainWindow() override;
+
+protected:
+    // A sheet comes and goes with the window it covers.
+    void on_show() override;
+    void on_hide() override;
 
 private:
+    void addToolbar(const Glib::RefPtr<Gio::MenuModel>& menuBar);
+    void showState();
+    void showSheet();
+    void showProblem();
+
     AppModel& model_;
+    Desktop& desktop_;
+    Mnemonics mnemonics_;
+    Gtk::HeaderBar header_;
+    Gtk::PopoverMenuBar menuBar_;
+    Gtk::Button reload_, export_;
+    Gtk::Stack content_;
+    ReadingView reading_;
+    AccessView access_;
+    NoMailView noMail_;
+    MailboxSidebar sidebar_;
+    SidebarFooter footer_;
+    FilterBar filter_;
+    MessageTable table_;
+    ExportBar exportBar_;
+    PreviewPane preview_;
+    Gtk::Box mailboxes_, messages_;
+    SplitView messagesAndPreview_, columns_;
+    std::shared_ptr<Gtk::Window> sheet_;
+    std::unique_ptr<Gtk::MessageDialog> alert_;
     std::vector<Subscription> subscriptions_;
 };
 

@@ -1,0 +1,174 @@
+#include "ui/Application.h"
+
+#include "EmbeddedFiles.h"
+#include "platform/SettingsStore.h"
+#include "platform/Translation.h"
+#include "render/WebPDFRenderer.h"
+#include "ui/About.h"
+#include "ui/ApplicationID.h"
+#include "ui/ShortcutsWindow.h"
+#include "ui/Symbols.h"
+
+#include <chrono>
+#include <utility>
+
+#include <gtkmm/cssprovider.h>
+#include <gtkmm/settings.h>
+
+namespace ostrel {
+namespace {
+
+using i18n::tr;
+
+// Between two windows of one application the focus is nowhere for a moment.
+constexpr std::chrono::milliseconds focusChange{100};
+
+Instant now() { return std::chrono::time_point_cast<Instant::duration>(std::chrono::system_clock::now()); }
+
+}   // namespace
+
+Application::Application() : Gtk::Application(applicationID) {}
+
+Application::~Application() {
+    subscriptions_.clear();
+    question_.reset();
+    shortcuts_.reset();
+    settings_.reset();
+    help_.reset();
+    main_.reset();
+    commands_.reset();
+    model_.reset();
+}
+
+void Application::on_startup() {
+    Gtk::Application::on_startup();
+    hold();   // without a window too
+    addStyle();
+    colors_ = std::make_unique<ColorScheme>();
+    tasks_ = std::make_unique<MainLoopTasks>();
+    desktop_ = std::make_unique<DesktopServices>(*this, [this] { return get_active_window(); });
+    model_ = std::make_unique<AppModel>(AppModel::Surroundings{
+        SettingsStore::forUser(), *tasks_, *desktop_,
+        [](Paper paper, std::stop_token cancel) { return std::make_unique<WebPDFRenderer>(paper, std::move(cancel)); },
+        now});
+    commands_ = std::make_unique<Commands>(*this, *model_, *this);
+    main_ = std::make_unique<MainWindow>(*model_, *desktop_, &DesktopServices::openLink, get_menubar());
+    add_window(*main_);
+    subscriptions_.push_back(model_->exportPhase.observe([this] { exportChanged(); }));
+}
+
+void Application::on_activate() {
+    showMain();
+    if (!std::exchange(hasStarted_, true)) model_->start();
+}
+
+void Application::addStyle() {
+    const auto style = Gtk::CssProvider::create();
+    style->load_from_data(std::string(embedded::style_css));
+    Gtk::StyleContext::add_provider_for_display(Gdk::Display::get_default(), style,
+                                                GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
+    // Printing asks for no network printers, exports fill no list of recent files.
+    const auto settings = Gtk::Settings::get_default();
+    g_object_set(settings->gobj(), "gtk-print-backends", "file", "gtk-recent-files-enabled", FALSE, nullptr);
+}
+
+// ---- Windows ----
+
+void Application::showMain() { main_->present(); }
+
+void Application::showHelp() {
+    if (!help_) {
+        help_ = std::make_unique<HelpWindow>();
+        help_->set_hide_on_close();
+        add_window(*help_);
+    }
+    help_->present();
+}
+
+void Application::showSettings() {
+    if (!settings_) {
+        settings_ = std::make_unique<SettingsWindow>(*model_);
+        settings_->set_hide_on_close();
+        add_window(*settings_);
+    }
+    settings_->present();
+}
+
+void Application::showShortcuts() {
+    shortcuts_ = makeShortcutsWindow();
+    if (Gtk::Window* active = get_active_window()) shortcuts_->set_transient_for(*active);
+    shortcuts_->present();
+}
+
+void Application::showAbout() { ostrel::showAbout(get_active_window()); }
+
+// A sheet belongs to the window that it covers.
+void Application::closeActive() {
+    Gtk::Window* window = get_active_window();
+    while (window != nullptr && window->get_modal() && window->get_transient_for() != nullptr)
+        window = window->get_transient_for();
+    if (window != nullptr) window->close();
+}
+
+void Application::quit() {
+    if (!model_->isExporting()) {
+        end();
+        return;
+    }
+    showMain();
+    question_ = std::make_unique<Gtk::MessageDialog>(*main_, tr("An export is running"), false,
+                                                     Gtk::MessageType::QUESTION, Gtk::ButtonsType::NONE, true);
+    question_->set_title(tr("An export is running"));
+    question_->set_secondary_text(
+        tr("If you quit now, the export stops after the current message. What’s done stays, with its index."));
+    question_->add_button(tr("Keep Exporting"), Gtk::ResponseType::CANCEL);
+    question_->add_button(tr("Stop and Quit"), Gtk::ResponseType::ACCEPT)->add_css_class("destructive-action");
+    question_->set_default_response(Gtk::ResponseType::CANCEL);
+    question_->signal_response().connect([this](int response) {
+        question_->hide();
+        if (response == Gtk::ResponseType::ACCEPT) end();
+    });
+    question_->present();
+}
+
+void Application::end() {
+    isEnding_ = true;
+    if (model_ && model_->isExporting()) {
+        model_->cancelExport();   // exportChanged goes on
+    } else {
+        Gtk::Application::quit();
+    }
+}
+
+// ---- What happens by itself ----
+
+void Application::on_window_added(Gtk::Window* window) {
+    Gtk::Application::on_window_added(window);
+    window->property_is_active().signal_changed().connect([this] { followActivation(); });
+}
+
+// The application becomes active when the user comes back from another one, not when a sheet of its own closes.
+void Application::followActivation() {
+    bool isActive = false;
+    for (Gtk::Window* window : get_windows()) isActive = isActive || window->is_active();
+    if (!isActive) {
+        inactive_ = mainLoop::Timer(focusChange, [this] { isActive_ = false; });
+        return;
+    }
+    inactive_ = {};
+    if (!std::exchange(isActive_, true) && hasStarted_) model_->becameActive();
+}
+
+void Application::exportChanged() {
+    const bool isExporting = model_->isExporting();
+    if (!std::exchange(wasExporting_, isExporting) || isExporting) return;
+    if (isEnding_) {
+        Gtk::Application::quit();
+    } else if (const auto* result = std::get_if<ExportResult>(&model_->exportPhase.get());
+               result != nullptr && !isActive_) {
+        desktop_->notify(result->cancelled ? tr("Export stopped") : tr("Export finished"),
+                         i18n::trCount("%lld messages saved as PDFs", result->exported));
+    }
+}
+
+}   // namespace ostrel

@@ -1,0 +1,390 @@
+#include "ui/MessageTable.h"
+
+#include "core/message/MailMessage.h"
+#include "platform/LocaleFormat.h"
+#include "platform/Translation.h"
+#include "ui/Accessible.h"
+#include "ui/Symbols.h"
+
+#include <algorithm>
+#include <utility>
+
+#include <giomm/menu.h>
+#include <glibmm/main.h>
+#include <gtkmm/eventcontrollerkey.h>
+#include <gtkmm/gestureclick.h>
+#include <gtkmm/shortcut.h>
+#include <gtkmm/shortcutcontroller.h>
+#include <gtkmm/signallistitemfactory.h>
+#include <gtkmm/tooltip.h>
+
+namespace ostrel {
+namespace {
+
+using i18n::tr;
+
+// In points; at the usual text size a point is a pixel. The most is 0 where there is no limit.
+struct Layout {
+    const char* title;
+    int minimum, ideal, maximum;
+    std::optional<SortKey> sortsBy;
+};
+constexpr Layout layouts[] = {
+    {"Date", 92, 108, 140, SortKey::date},
+    {"From", 90, 150, 0, SortKey::from},
+    {"Subject", 140, 260, 0, SortKey::subject},
+    {"Mailbox", 60, 90, 0, std::nullopt},
+};
+constexpr int cellPadding = 12;   // both sides together, as in the style sheet
+
+// The same order with the key first; a key that is first already changes its direction.
+SortOrder clicked(SortOrder order, SortKey key) {
+    if (!order.empty() && order.front().key == key) {
+        order.front().ascending = !order.front().ascending;
+        return order;
+    }
+    std::erase_if(order, [&](const SortComparator& comparator) { return comparator.key == key; });
+    order.insert(order.begin(), SortComparator{key, true});
+    return order;
+}
+
+// The view's sorters sort nothing, the model does. They make titles clickable, and the view's own, which asks the one
+// of the title clicked last first, thereby tells which it was; this toolkit has no other way to ask.
+std::optional<SortKey> askedFirst;
+
+GtkSorter* newTitleSorter(SortKey key) {
+    const auto compare = [](gconstpointer, gconstpointer, gpointer asked) -> int {
+        if (!askedFirst) askedFirst = static_cast<SortKey>(GPOINTER_TO_INT(asked));
+        return -1;
+    };
+    return GTK_SORTER(gtk_custom_sorter_new(compare, GINT_TO_POINTER(static_cast<int>(key)), nullptr));
+}
+
+std::optional<SortComparator> shownByTitles(GtkColumnView* view) {
+    GtkSorter* sorter = gtk_column_view_get_sorter(view);
+    askedFirst.reset();
+    const GtkOrdering order = gtk_sorter_compare(sorter, sorter, view);   // any two objects
+    if (!askedFirst) return std::nullopt;
+    return SortComparator{*askedFirst, order == GTK_ORDERING_SMALLER};
+}
+
+Gtk::Widget* childNamed(Gtk::Widget& parent, const char* cssName) {
+    for (Gtk::Widget* child = parent.get_first_child(); child != nullptr; child = child->get_next_sibling())
+        if (child->get_css_name() == cssName) return child;
+    return nullptr;
+}
+
+bool hasFocus(Gtk::Widget& widget) {
+    return (widget.get_state_flags() & Gtk::StateFlags::FOCUS_WITHIN) != Gtk::StateFlags();
+}
+
+}   // namespace
+
+MessageTable::MessageTable(AppModel& model)
+    : model_(model),
+      list_(childNamed(view_, "listview")),
+      empty_("line.3.horizontal.decrease.circle", tr("No Matching Messages"),
+             tr("Check more mailboxes on the left, or clear the filters.")) {
+    view_.add_css_class("messages");
+    accessible::setLabel(view_, tr("Messages"));
+    for (const Column column : {date, from, subject, mailbox}) addColumn(column);
+    gtk_column_view_set_model(view_.gobj(), rows_.object());
+    rows_.onSelect = [this](std::size_t row) { model_.selection.set(rows_.messages()[row].id()); };
+    scroller_.set_child(view_);
+    scroller_.set_vexpand();
+    add(scroller_);
+    add(empty_);
+    set_hhomogeneous(false);
+    set_vhomogeneous(false);
+
+    makeTitlesReachable();
+    addTooltips();
+    addContextMenu();
+    addTypeAhead();
+    subscriptions_.push_back(model_.messages.observe([this] { showMessages(); }));
+    subscriptions_.push_back(model_.filter.observe([this] { showWhyEmpty(); }));
+    subscriptions_.push_back(model_.sortOrder.observe([this] { showSortOrder(); }));
+    subscriptions_.push_back(model_.selection.observe([this] { rows_.setSelection(model_.selection.get()); }));
+    showMessages();
+    showSortOrder();
+    g_signal_connect_swapped(gtk_column_view_get_sorter(view_.gobj()), "changed",
+                             G_CALLBACK(+[](MessageTable* self) { self->titleClicked(); }), this);
+}
+
+MessageTable::~MessageTable() {
+    g_signal_handlers_disconnect_by_data(gtk_column_view_get_sorter(view_.gobj()), this);
+    focusing_.disconnect();
+    menu_.unparent();
+    gtk_column_view_set_model(view_.gobj(), nullptr);
+}
+
+// ---- Columns and cells ----
+
+void MessageTable::addColumn(Column column) {
+    const Layout& layout = layouts[column];
+    const auto made = Gtk::ColumnViewColumn::create(tr(layout.title), factory(column));
+    made->set_resizable();
+    made->set_expand(column == subject);
+    if (layout.sortsBy) {
+        GtkSorter* sorter = newTitleSorter(*layout.sortsBy);
+        gtk_column_view_column_set_sorter(made->gobj(), sorter);
+        g_object_unref(sorter);
+    }
+    // Dragging knows no limits of its own.
+    made->property_fixed_width().signal_changed().connect([layout, column = made.get()] {
+        const int width = column->get_fixed_width();
+        if (width < 0) return;
+        const int most = layout.maximum > 0 ? layout.maximum : width;
+        const int allowed = std::max(std::min(width, MessageCell::scaled(most)), MessageCell::scaled(layout.minimum));
+        if (allowed != width) column->set_fixed_width(allowed);
+    });
+    view_.append_column(made);
+    columns_[column] = made;
+}
+
+Glib::RefPtr<Gtk::ListItemFactory> MessageTable::factory(Column column) {
+    const auto made = Gtk::SignalListItemFactory::create();
+    made->signal_setup().connect([this, column](const Glib::RefPtr<Gtk::ListItem>& item) {
+        const Layout& layout = layouts[column];
+        auto* cell = Gtk::make_managed<MessageCell>(
+            MessageCell::Width{layout.minimum - cellPadding, layout.ideal - cellPadding});
+        if (column == date) cell->text().add_css_class("numeric");
+        if (column == mailbox) cell->text().add_css_class("dim-label");
+        if (column == subject) cell->setSymbol(symbols::iconName("paperclip"), tr("Has attachments"));
+        item->set_child(*cell);
+        shown_[cell] = {column, item->gobj()};
+    });
+    made->signal_bind().connect([this, column](const Glib::RefPtr<Gtk::ListItem>& item) {
+        const MessageSummary& message = rows_.messages()[item->get_position()];
+        auto& cell = static_cast<MessageCell&>(*item->get_child());
+        cell.setText(text(column, message));
+        if (column == subject) cell.showSymbol(message.hasAttachments);
+    });
+    made->signal_teardown().connect([this](const Glib::RefPtr<Gtk::ListItem>& item) {
+        shown_.erase(static_cast<MessageCell*>(item->get_child()));
+    });
+    return made;
+}
+
+std::string MessageTable::text(Column column, const MessageSummary& message) const {
+    switch (column) {
+        case date:
+            return locale::date(message.date, calendar_);
+        case from:
+            return message.fromLine();
+        case subject:
+            return message.subject.empty() ? tr("(No subject)") : message.subject;
+        default:
+            return model_.mailboxName(message.mailboxID);
+    }
+}
+
+std::string MessageTable::tooltip(Column column, const MessageSummary& message) const {
+    switch (column) {
+        case date:
+            return locale::dateAndTime(message.date, locale::DateStyle::full, calendar_);
+        case from:
+            return MailMessage::line(message.from);
+        default:
+            return {};
+    }
+}
+
+std::optional<std::size_t> MessageTable::rowOf(const Shown& shown) const {
+    const std::size_t row = gtk_list_item_get_position(shown.item);
+    return row < rows_.messages().size() ? std::optional(row) : std::nullopt;
+}
+
+// The cell below a point of the view, or null.
+MessageCell* MessageTable::cellAt(double x, double y) {
+    Gtk::Widget* widget = view_.pick(x, y);
+    while (widget != nullptr && widget != &view_) {
+        auto* cell = dynamic_cast<MessageCell*>(widget);
+        // The padding around the cell belongs to it.
+        if (cell == nullptr && widget->get_css_name() == "cell")
+            cell = dynamic_cast<MessageCell*>(widget->get_first_child());
+        if (cell != nullptr) return cell;
+        widget = widget->get_parent();
+    }
+    return nullptr;
+}
+
+// Null while the selected row is out of sight.
+MessageCell* MessageTable::selectedCell() {
+    for (const auto& [cell, shown] : shown_)
+        if (shown.column == subject && rowOf(shown) && rowOf(shown) == rows_.selectedRow()) return cell;
+    return nullptr;
+}
+
+// ---- What the model says ----
+
+void MessageTable::showMessages() {
+    calendar_ = Calendar::current();
+    const bool hadFocus = hasFocus(*list_);
+    const bool wasEmpty = rows_.messages().empty();
+    rows_.setMessages(model_.messages.get(), model_.selection.get());
+    if (!rows_.messages().empty()) scrollTo(rows_.selectedRow().value_or(0), hadFocus && !wasEmpty);
+    showWhyEmpty();
+    set_visible_child(rows_.messages().empty() ? static_cast<Gtk::Widget&>(empty_) : scroller_);
+}
+
+void MessageTable::showWhyEmpty() {
+    if (model_.filter.get().hasCriteria()) {
+        empty_.setButton(tr("Clear Filters"), "app.clear-filters");
+    } else {
+        empty_.hideButton();
+    }
+}
+
+void MessageTable::showSortOrder() {
+    const SortOrder& order = model_.sortOrder.get();
+    isShowingSortOrder_ = true;
+    for (const Column column : {date, from, subject}) {
+        const bool isFirst = !order.empty() && order.front().key == layouts[column].sortsBy;
+        const bool isAscending = isFirst && order.front().ascending;
+        if (isFirst)
+            view_.sort_by_column(columns_[column], isAscending ? Gtk::SortType::ASCENDING : Gtk::SortType::DESCENDING);
+        if (titles_[column] != nullptr)
+            accessible::setDescription(*titles_[column], !isFirst      ? ""
+                                                         : isAscending ? tr("Sorted ascending")
+                                                                       : tr("Sorted descending"));
+    }
+    isShowingSortOrder_ = false;
+}
+
+void MessageTable::titleClicked() {
+    if (isShowingSortOrder_) return;
+    if (const auto first = shownByTitles(view_.gobj())) sortBy(first->key);
+}
+
+void MessageTable::sortBy(SortKey key) { model_.sortOrder.set(clicked(model_.sortOrder.get(), key)); }
+
+// The toolkit leaves column titles out of the round of the Tab key.
+void MessageTable::makeTitlesReachable() {
+    Gtk::Widget* header = childNamed(view_, "header");
+    Gtk::Widget* title = header != nullptr ? header->get_first_child() : nullptr;
+    for (const Column column : {date, from, subject, mailbox}) {
+        if (title == nullptr) return;
+        accessible::setLabel(*title, tr(layouts[column].title));
+        if (const auto key = layouts[column].sortsBy) {
+            titles_[column] = title;
+            title->set_focusable();
+            const auto keys = Gtk::EventControllerKey::create();
+            keys->signal_key_pressed().connect(
+                [this, key](guint pressed, guint, Gdk::ModifierType) {
+                    const bool isActivating =
+                        pressed == GDK_KEY_Return || pressed == GDK_KEY_KP_Enter || pressed == GDK_KEY_space;
+                    if (isActivating) sortBy(*key);
+                    return isActivating;
+                },
+                false);
+            title->add_controller(keys);
+        }
+        title = title->get_next_sibling();
+    }
+}
+
+// ---- Moving about ----
+
+void MessageTable::scrollTo(std::size_t row, bool focus) {
+    gtk_widget_activate_action(list_->gobj(), "list.scroll-to-item", "u", static_cast<guint>(row));
+    if (!focus || rows_.selectedRow() != row) return;
+    // The row may be there only after the next layout.
+    focusing_.disconnect();
+    focusing_ = Glib::signal_idle().connect(
+        [this] {
+            MessageCell* cell = selectedCell();
+            Gtk::Widget* widget = cell;
+            while (widget != nullptr && widget->get_css_name() != "row") widget = widget->get_parent();
+            if (widget != nullptr) widget->grab_focus();
+            return false;
+        },
+        Glib::PRIORITY_LOW);
+}
+
+void MessageTable::addTypeAhead() {
+    const auto keys = Gtk::EventControllerKey::create();
+    keys->set_propagation_phase(Gtk::PropagationPhase::CAPTURE);
+    keys->signal_key_pressed().connect(
+        [this, controller = keys.get()](guint pressed, guint, Gdk::ModifierType state) {
+            const auto commands = Gdk::ModifierType::CONTROL_MASK | Gdk::ModifierType::ALT_MASK |
+                                  Gdk::ModifierType::SUPER_MASK | Gdk::ModifierType::META_MASK;
+            const char32_t character = gdk_keyval_to_unicode(pressed);
+            const std::uint32_t when = controller->get_current_event_time();
+            if ((state & commands) != Gdk::ModifierType() || character < U' ' || character == 0x7F) return false;
+            if (character == U' ' && !typeAhead_.isTyping(when)) return false;
+            if (!hasFocus(*list_)) return false;
+            goTo(character, when);
+            return true;
+        },
+        false);
+    view_.add_controller(keys);
+}
+
+void MessageTable::goTo(char32_t character, std::uint32_t when) {
+    const SortOrder& order = model_.sortOrder.get();
+    const Column searched = !order.empty() && order.front().key == SortKey::from ? from : subject;
+    const MessageList& messages = rows_.messages();
+    const auto found = typeAhead_.type(character, when, rows_.selectedRow(), messages.size(),
+                                       [&](std::size_t row) { return text(searched, messages[row]); });
+    if (!found) return;
+    model_.selection.set(messages[*found].id());
+    scrollTo(*found, true);
+}
+
+// ---- Tooltips and the context menu ----
+
+void MessageTable::addTooltips() {
+    view_.set_has_tooltip();
+    view_.signal_query_tooltip().connect(
+        [this](int x, int y, bool isByKey, const Glib::RefPtr<Gtk::Tooltip>& tooltipShown) {
+            MessageCell* cell = isByKey ? nullptr : cellAt(x, y);
+            const auto shown = cell != nullptr ? shown_.find(cell) : shown_.end();
+            if (shown == shown_.end()) return false;
+            const auto row = rowOf(shown->second);
+            const std::string words = row ? tooltip(shown->second.column, rows_.messages()[*row]) : std::string();
+            if (words.empty()) return false;
+            tooltipShown->set_text(words);
+            return true;
+        },
+        false);
+}
+
+void MessageTable::addContextMenu() {
+    const auto entries = Gio::Menu::create();
+    entries->append(tr("Show Mail’s File in Finder"), "app.show-file");
+    menu_.set_menu_model(entries);
+    menu_.set_has_arrow(false);
+    menu_.set_parent(view_);
+
+    const auto click = Gtk::GestureClick::create();
+    click->set_button(GDK_BUTTON_SECONDARY);
+    click->signal_pressed().connect([this](int, double x, double y) {
+        MessageCell* cell = cellAt(x, y);
+        const auto row = cell != nullptr ? rowOf(shown_.at(cell)) : std::nullopt;
+        if (!row) return;
+        model_.selection.set(rows_.messages()[*row].id());
+        openMenu({static_cast<int>(x), static_cast<int>(y), 1, 1});
+    });
+    view_.add_controller(click);
+
+    const auto keys = Gtk::ShortcutController::create();
+    const auto open = Gtk::CallbackAction::create([this](Gtk::Widget&, const Glib::VariantBase&) {
+        MessageCell* cell = selectedCell();
+        double x = 0, y = 0;
+        if (cell == nullptr || !cell->translate_coordinates(view_, 0, cell->get_height(), x, y)) return false;
+        openMenu({static_cast<int>(x), static_cast<int>(y), 1, 1});
+        return true;
+    });
+    for (const auto& trigger : {Gtk::KeyvalTrigger::create(GDK_KEY_Menu),
+                                Gtk::KeyvalTrigger::create(GDK_KEY_F10, Gdk::ModifierType::SHIFT_MASK)})
+        keys->add_shortcut(Gtk::Shortcut::create(trigger, open));
+    view_.add_controller(keys);
+}
+
+void MessageTable::openMenu(const Gdk::Rectangle& at) {
+    menu_.set_pointing_to(at);
+    menu_.popup();
+}
+
+}   // namespace ostrel

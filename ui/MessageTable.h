@@ -1,0 +1,80 @@
+#pragma once
+
+#include "app/AppModel.h"
+#include "platform/Time.h"
+#include "ui/EmptyState.h"
+#include "ui/MessageCell.h"
+#include "ui/MessageTableModel.h"
+#include "ui/TypeAhead.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include <gtkmm/columnview.h>
+#include <gtkmm/columnviewcolumn.h>
+#include <gtkmm/listitem.h>
+#include <gtkmm/popovermenu.h>
+#include <gtkmm/scrolledwindow.h>
+#include <gtkmm/stack.h>
+
+namespace ostrel {
+
+// The messages as a table: one row selected, sorted by a click on a title, found by typing; or a word on why there is
+// none.
+class MessageTable : public Gtk::Stack {
+public:
+    explicit MessageTable(AppModel& model);
+    ~MessageTable() override;
+
+private:
+    enum Column { date, from, subject, mailbox, columnCount };
+    struct Shown {
+        Column column;
+        GtkListItem* item;   // tells the row that the cell shows now
+    };
+
+    void addColumn(Column column);
+    Glib::RefPtr<Gtk::ListItemFactory> factory(Column column);
+    std::string text(Column column, const MessageSummary& message) const;
+    std::string tooltip(Column column, const MessageSummary& message) const;
+    std::optional<std::size_t> rowOf(const Shown& shown) const;
+    MessageCell* cellAt(double x, double y);
+    MessageCell* selectedCell();
+
+    void showMessages();
+    void showWhyEmpty();
+    void showSortOrder();
+    void titleClicked();
+    void sortBy(SortKey key);
+    void makeTitlesReachable();
+
+    void scrollTo(std::size_t row, bool focus);
+    void addTypeAhead();
+    void goTo(char32_t character, std::uint32_t when);
+    void addTooltips();
+    void addContextMenu();
+    void openMenu(const Gdk::Rectangle& at);
+
+    AppModel& model_;
+    Calendar calendar_ = Calendar::current();
+    MessageTableModel rows_;
+    std::unordered_map<MessageCell*, Shown> shown_;
+    std::array<Glib::RefPtr<Gtk::ColumnViewColumn>, columnCount> columns_;
+    std::array<Gtk::Widget*, columnCount> titles_{};   // null where the column does not sort
+    bool isShowingSortOrder_ = false;
+    Gtk::ScrolledWindow scroller_;
+    Gtk::ColumnView view_;
+    Gtk::Widget* list_;   // the part of the view that scrolls
+    Gtk::PopoverMenu menu_;
+    EmptyState empty_;
+    TypeAhead typeAhead_;
+    sigc::connection focusing_;
+    std::vector<Subscription> subscriptions_;
+};
+
+}   // namespace ostrel

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "app/AppModel.h"
+#include "render/WebPreview.h"
+#include "ui/EmptyState.h"
+
+#include <memory>
+#include <vector>
+
+#include <gtkmm/label.h>
+#include <gtkmm/overlay.h>
+#include <gtkmm/stack.h>
+
+namespace ostrel {
+
+// The selected message as it will look on paper. Its page stays until that of the next message has come.
+class PreviewPane : public Gtk::Stack {
+public:
+    // opener gets the addresses that the reader clicks.
+    PreviewPane(AppModel& model, WebPreview::LinkOpener opener);
+
+private:
+    void show();
+    void makePreview();
+
+    AppModel& model_;
+    WebPreview::LinkOpener opener_;
+    EmptyState empty_;
+    Gtk::Overlay page_;
+    Gtk::Label status_;                     // for screen readers: the page itself tells them nothing when it comes
+    std::unique_ptr<WebPreview> preview_;   // made with the first page: it starts the engine
+    std::vector<Subscription> subscriptions_;
+};
+
+}   // namespace ostrel

@@ -1,0 +1,44 @@
+// ostrel: the window.
+
+#include "platform/Translation.h"
+#include "render/EngineHome.h"
+#include "render/EngineSandbox.h"
+#include "render/MainLoop.h"
+#include "render/ReducedFonts.h"
+#include "ui/Application.h"
+#include "ui/ApplicationID.h"
+
+#include <iostream>
+
+#include <glibmm/miscutils.h>
+
+namespace {
+
+// What the engine needs to find when it starts, while there is one thread only.
+void prepare(const ostrel::EngineHome& home) {
+    const auto cache = ostrel::usersCache();
+    home.moveCacheIn();
+    if (!ostrel::reducedFonts::provide(cache)) ostrel::reducedFonts::provide(home.path());
+    if (!ostrel::engineSandbox::allowOrDoWithout())
+        std::cerr << "The web engine runs without its sandbox: this system does not allow one.\n";
+}
+
+}   // namespace
+
+int main() {
+    using namespace ostrel;
+    i18n::start();
+    Glib::set_prgname(applicationID);   // by which the desktop finds the window's icon
+    const EngineHome home;
+    prepare(home);
+    Application* running = nullptr;
+    mainLoop::onInterrupt([&running] {
+        if (running != nullptr) running->end();
+    });
+    const auto application = Glib::make_refptr_for_instance(new Application);
+    running = application.get();
+    Glib::set_application_name(Glib::ustring(i18n::tr("Ostrel")));
+    const int status = application->run();
+    running = nullptr;
+    return status;
+}
