@@ -47,7 +47,10 @@ std::u16string asTyped(std::u16string_view text) {
         } else if (isStandIn(c) && U_SUCCESS(status)) {
             icu::UnicodeString meant = normalizer->normalize(icu::UnicodeString(static_cast<UChar32>(c)), status);
             if (meant.length() > 1 && meant.charAt(0) == u' ') meant.remove(0, 1);   // a vowel sign shown alone
-            typed.append(meant);
+            // Viewers turn lines that go from right to left round sign by sign; several in one place would come out
+            // backwards. A viewer's own search takes the one for the several.
+            const bool isTurned = c >= 0xFB1D && c <= 0xFEFC && meant.countChar32() > 1;
+            typed.append(isTurned ? icu::UnicodeString(static_cast<UChar32>(c)) : meant);
         } else {
             typed.append(static_cast<UChar32>(c));
         }

@@ -45,7 +45,8 @@ TEST_F(Printing, WordsOfEveryScriptAreFound) {
         {"Ethiopic", "\u12a0\u121b\u122d\u129b"},
         {"Hebrew", "\u05e9\u05dc\u05d5\u05dd \u05e2\u05d5\u05dc\u05dd"},
         {"Arabic", "\u0645\u0631\u062d\u0628\u0627 \u0628\u0627\u0644\u0639\u0627\u0644\u0645"},
-        {"Arabic, lam-alef", "\u0627\u0644\u0633\u0644\u0627\u0645", false},   // one glyph, of which one sign is told
+        {"Arabic, lam-alef", "\u0627\u0644\u0633\u0644\u0627\u0645",
+         false},   // told as U+FEFC: viewers find it, plain text does not
         {"Japanese", "\u65e5\u672c\u8a9e\u306e\u30c6\u30b9\u30c8"},
         {"Chinese", "\u4e2d\u6587\u6d4b\u8bd5"},
         {"Chinese, traditional", "\u7e41\u9ad4\u4e2d\u6587"},
