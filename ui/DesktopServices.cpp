@@ -1,0 +1,176 @@
+#include "ui/DesktopServices.h"
+
+#include "platform/Files.h"
+#include "platform/Translation.h"
+
+#include <array>
+#include <memory>
+#include <utility>
+
+#include <gio/gdesktopappinfo.h>
+#include <giomm/file.h>
+#include <giomm/notification.h>
+#include <glibmm/main.h>
+#include <gtkmm/messagedialog.h>
+
+namespace ostrel {
+namespace {
+
+using i18n::tr;
+
+// Alerts of functions that have no window at hand.
+std::function<Gtk::Window*()>& frontWindow() {
+    static std::function<Gtk::Window*()> ask = [] { return nullptr; };
+    return ask;
+}
+
+void alert(const std::string& title, const std::string& text) {
+    auto* dialog = new Gtk::MessageDialog(title, false, Gtk::MessageType::INFO, Gtk::ButtonsType::NONE, true);
+    dialog->set_title(title);
+    dialog->set_secondary_text(text);
+    dialog->add_button(tr("OK"), Gtk::ResponseType::OK);
+    if (Gtk::Window* window = frontWindow()()) dialog->set_transient_for(*window);
+    dialog->signal_response().connect([dialog](int) {
+        dialog->hide();
+        Glib::signal_idle().connect_once([dialog] { delete dialog; });
+    });
+    dialog->present();
+}
+
+// For programs that we start: not with the fonts that are made for our prints.
+Glib::RefPtr<Gio::AppLaunchContext> launchContext() {
+    const auto context = Gdk::Display::get_default()->get_app_launch_context();
+    context->unsetenv("FONTCONFIG_FILE");
+    return context;
+}
+
+void launch(const std::string& uri, std::function<void()> failed) {
+    g_app_info_launch_default_for_uri_async(
+        uri.c_str(), launchContext()->gobj(), nullptr,
+        [](GObject*, GAsyncResult* result, gpointer data) {
+            const std::unique_ptr<std::function<void()>> call(static_cast<std::function<void()>*>(data));
+            GError* error = nullptr;
+            if (g_app_info_launch_default_for_uri_finish(result, &error)) return;
+            g_clear_error(&error);
+            (*call)();
+        },
+        new std::function<void()>(std::move(failed)));
+}
+
+void openFolder(const std::filesystem::path& folder) {
+    launch(Gio::File::create_for_path(folder.native())->get_uri(), [folder] {
+        alert(tr("The folder could not be shown"),
+              i18n::filled(tr("This desktop has no file manager. The folder is %@"), displayText(folder)));
+    });
+}
+
+}   // namespace
+
+DesktopServices::DesktopServices(Gtk::Application& application, std::function<Gtk::Window*()> activeWindow)
+    : application_(application), activeWindow_(std::move(activeWindow)) {
+    frontWindow() = activeWindow_;
+}
+
+DesktopServices::~DesktopServices() {
+    frontWindow() = [] { return nullptr; };
+}
+
+void DesktopServices::chooseFolder(const FolderRequest& request,
+                                   std::function<void(std::optional<std::filesystem::path>)> chosen) {
+    if (chooser_) {   // one question at a time
+        chooser_->show();
+        chosen(std::nullopt);
+        return;
+    }
+    chooser_ = Gtk::FileChooserNative::create(request.message, Gtk::FileChooser::Action::SELECT_FOLDER, request.prompt,
+                                              tr("Cancel"));
+    if (Gtk::Window* window = activeWindow_()) chooser_->set_transient_for(*window);
+    chooser_->set_modal();
+    chooser_->set_create_folders(request.canCreate);
+    chooser_->signal_response().connect([this, chosen = std::move(chosen)](int response) {
+        const auto chooser = std::exchange(chooser_, nullptr);
+        const auto file = response == Gtk::ResponseType::ACCEPT ? chooser->get_file() : nullptr;
+        const std::string path = file ? file->get_path() : std::string();
+        chooser->hide();
+        // The chooser is in the middle of its own work.
+        Glib::signal_idle().connect_once([chooser, chosen, path] {
+            chosen(path.empty() ? std::nullopt : std::optional<std::filesystem::path>(path));
+        });
+    });
+    chooser_->show();
+}
+
+void DesktopServices::reveal(const std::filesystem::path& path) {
+    struct Request {
+        std::filesystem::path path;
+    };
+    // Connects to the bus and asks the file manager; whatever fails, the folder is opened by the default program.
+    g_bus_get(
+        G_BUS_TYPE_SESSION, nullptr,
+        [](GObject*, GAsyncResult* result, gpointer data) {
+            auto* request = static_cast<Request*>(data);
+            GDBusConnection* bus = g_bus_get_finish(result, nullptr);
+            if (bus == nullptr) {
+                openFolder(request->path.parent_path());
+                delete request;
+                return;
+            }
+            const std::string uri = Gio::File::create_for_path(request->path.native())->get_uri();
+            const std::array<const char*, 2> uris{uri.c_str(), nullptr};
+            g_dbus_connection_call(
+                bus, "org.freedesktop.FileManager1", "/org/freedesktop/FileManager1", "org.freedesktop.FileManager1",
+                "ShowItems", g_variant_new("(^ass)", uris.data(), ""), nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr,
+                [](GObject* connection, GAsyncResult* answer, gpointer asked) {
+                    const std::unique_ptr<Request> done(static_cast<Request*>(asked));
+                    GVariant* value = g_dbus_connection_call_finish(G_DBUS_CONNECTION(connection), answer, nullptr);
+                    if (value != nullptr) {
+                        g_variant_unref(value);
+                    } else {
+                        openFolder(done->path.parent_path());
+                    }
+                },
+                request);
+            g_object_unref(bus);
+        },
+        new Request{path});
+}
+
+std::shared_ptr<void> DesktopServices::keepAwake(const std::string& reason) {
+    const guint cookie = gtk_application_inhibit(
+        application_.gobj(), nullptr,
+        static_cast<GtkApplicationInhibitFlags>(GTK_APPLICATION_INHIBIT_SUSPEND | GTK_APPLICATION_INHIBIT_IDLE),
+        reason.c_str());
+    if (cookie == 0) return nullptr;   // this desktop sleeps as it likes
+    return {application_.gobj(),
+            [cookie](GtkApplication* application) { gtk_application_uninhibit(application, cookie); }};
+}
+
+void DesktopServices::notify(const std::string& title, const std::string& text) {
+    const auto notification = Gio::Notification::create(title);
+    notification->set_body(text);
+    application_.send_notification("export", notification);
+}
+
+void DesktopServices::openLink(const std::string& url) {
+    launch(url, [url] {
+        alert(tr("The link could not be opened"),
+              i18n::filled(tr("This desktop has no program for it. The address is %@"), url));
+    });
+}
+
+void DesktopServices::openPrivacySettings() {
+    constexpr std::array panels{"gnome-applications-panel.desktop", "gnome-privacy-panel.desktop",
+                                "systemsettings.desktop", "xfce-settings-manager.desktop"};
+    for (const char* panel : panels) {
+        GDesktopAppInfo* found = g_desktop_app_info_new(panel);
+        if (found == nullptr) continue;
+        const bool isOpen = g_app_info_launch(G_APP_INFO(found), nullptr, G_APP_LAUNCH_CONTEXT(launchContext()->gobj()),
+                                              nullptr) != FALSE;
+        g_object_unref(found);
+        if (isOpen) return;
+    }
+    alert(tr("The settings could not be opened"), tr("This desktop has no such settings. Give your user the right to "
+                                                     "read the Mail folder, or choose a copy of it."));
+}
+
+}   // namespace ostrel

@@ -1,0 +1,32 @@
+#include "ui/Headline.h"
+
+#include "ui/Accessible.h"
+#include "ui/Symbols.h"
+
+namespace ostrel {
+
+void wrapFromLeft(Gtk::Label& label) {
+    label.set_wrap();
+    label.set_wrap_mode(Pango::WrapMode::WORD_CHAR);
+    label.set_natural_wrap_mode(Gtk::NaturalWrapMode::WORD);
+    label.set_xalign(0);
+}
+
+Headline::Headline(const char* symbol, const std::string& text, int symbolSize)
+    : Gtk::Box(Gtk::Orientation::HORIZONTAL, 9) {
+    accessible::hide(image_);
+    image_.set_pixel_size(symbolSize);
+    image_.set_valign(Gtk::Align::START);
+    wrapFromLeft(label_);
+    label_.set_hexpand();
+    append(image_);
+    append(label_);
+    set(symbol, text);
+}
+
+void Headline::set(const char* symbol, const std::string& text) {
+    image_.set_from_icon_name(symbols::iconName(symbol));
+    label_.set_text(text);
+}
+
+}   // namespace ostrel

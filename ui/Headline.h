@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+
+#include <gtkmm/box.h>
+#include <gtkmm/image.h>
+#include <gtkmm/label.h>
+
+namespace ostrel {
+
+// A symbol and a text beside it, read as one: titles, and lines that a symbol makes easier to find.
+class Headline : public Gtk::Box {
+public:
+    Headline(const char* symbol, const std::string& text, int symbolSize = 16);
+
+    void set(const char* symbol, const std::string& text);
+    Gtk::Label& label() { return label_; }
+    Gtk::Image& image() { return image_; }
+
+private:
+    Gtk::Image image_;
+    Gtk::Label label_;
+};
+
+// A label of several lines, from the left.
+void wrapFromLeft(Gtk::Label& label);
+
+}   // namespace ostrel

@@ -1,0 +1,92 @@
+#include "ui/HelpWindow.h"
+
+#include "platform/Translation.h"
+#include "ui/Accessible.h"
+#include "ui/Contact.h"
+#include "ui/DesktopServices.h"
+#include "ui/Headline.h"
+
+#include <string>
+
+#include <gtkmm/adjustment.h>
+#include <gtkmm/separator.h>
+
+namespace ostrel {
+namespace {
+
+using i18n::tr;
+
+constexpr int defaultWidth = 780, defaultHeight = 540, leastWidth = 680, leastHeight = 440;
+constexpr int listWidth = 220, pageWidth = 640, padding = 24, paragraphSpacing = 14;
+
+}   // namespace
+
+HelpWindow::HelpWindow()
+    : topics_(helpTopics()),
+      columns_(Gtk::Orientation::HORIZONTAL),
+      page_(Gtk::Orientation::VERTICAL, paragraphSpacing) {
+    set_title(tr("Ostrel Help"));
+    set_default_size(defaultWidth, defaultHeight);
+    set_size_request(leastWidth, leastHeight);
+
+    titles_.add_css_class("navigation-sidebar");
+    titles_.set_selection_mode(Gtk::SelectionMode::BROWSE);
+    accessible::setLabel(titles_, tr("Topics"));
+    for (const Topic& topic : topics_) {
+        auto& title = *Gtk::make_managed<Headline>(topic.symbol, topic.title);
+        title.set_margin(6);
+        titles_.append(title);
+        accessible::setLabel(*title.get_parent(), topic.title);
+    }
+    titles_.signal_row_selected().connect([this](Gtk::ListBoxRow* row) {
+        if (row != nullptr) show(topics_[static_cast<std::size_t>(row->get_index())]);
+    });
+    list_.set_child(titles_);
+    list_.set_policy(Gtk::PolicyType::NEVER, Gtk::PolicyType::AUTOMATIC);
+    list_.set_size_request(listWidth, -1);
+
+    page_.set_margin(padding);
+    scroller_.set_child(page_);
+    scroller_.set_policy(Gtk::PolicyType::NEVER, Gtk::PolicyType::AUTOMATIC);
+    scroller_.set_hexpand();
+    columns_.append(list_);
+    columns_.append(*Gtk::make_managed<Gtk::Separator>(Gtk::Orientation::VERTICAL));
+    columns_.append(scroller_);
+    set_child(columns_);
+    titles_.select_row(*titles_.get_row_at_index(0));
+}
+
+void HelpWindow::show(const Topic& topic) {
+    while (Gtk::Widget* old = page_.get_first_child()) page_.remove(*old);
+    const auto add = [this](const std::string& text, bool isTitle) {
+        auto& label = *Gtk::make_managed<Gtk::Label>(text);
+        wrapFromLeft(label);
+        label.set_selectable();
+        label.set_halign(Gtk::Align::START);
+        label.set_max_width_chars(80);
+        if (isTitle) label.add_css_class("title-1");
+        page_.append(label);
+    };
+    add(topic.title, true);
+    for (const std::string& paragraph : topic.paragraphs) add(paragraph, false);
+    if (topic.id == "support") {
+        auto& mail = *Gtk::make_managed<Gtk::Button>(tr("Email Support"));
+        mail.set_halign(Gtk::Align::START);
+        mail.signal_clicked().connect(
+            [] { DesktopServices::openLink(std::string("mailto:") + contact::supportAddress); });
+        auto& web = *Gtk::make_managed<Gtk::LinkButton>(contact::webSite, contact::webSite);
+        web.set_halign(Gtk::Align::START);
+        web.signal_activate_link().connect(
+            [] {
+                DesktopServices::openLink(contact::webSite);
+                return true;
+            },
+            false);
+        page_.append(mail);
+        page_.append(web);
+    }
+    page_.set_size_request(-1, -1);
+    scroller_.get_vadjustment()->set_value(0);
+}
+
+}   // namespace ostrel

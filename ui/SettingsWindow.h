@@ -1,0 +1,37 @@
+#pragma once
+
+#include "app/AppModel.h"
+
+#include <string>
+#include <vector>
+
+#include <gtkmm/box.h>
+#include <gtkmm/button.h>
+#include <gtkmm/headerbar.h>
+#include <gtkmm/label.h>
+#include <gtkmm/scrolledwindow.h>
+#include <gtkmm/stack.h>
+#include <gtkmm/stackswitcher.h>
+#include <gtkmm/window.h>
+
+namespace ostrel {
+
+// What can be chosen for good. Every change is kept at once.
+class SettingsWindow : public Gtk::Window {
+public:
+    explicit SettingsWindow(AppModel& model);
+
+private:
+    Gtk::Box& addSection(const std::string& title);
+    void addMailFolder(Gtk::Box& section);
+    void addExports(Gtk::Box& section);
+    void showFolder();
+
+    AppModel& model_;
+    Gtk::ScrolledWindow scroller_;
+    Gtk::Box form_;
+    Gtk::Label folder_;
+    Subscription subscription_;
+};
+
+}   // namespace ostrel

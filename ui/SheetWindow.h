@@ -1,0 +1,39 @@
+#pragma once
+
+#include "app/AppModel.h"
+
+#include <string>
+
+#include <gtkmm/box.h>
+#include <gtkmm/button.h>
+#include <gtkmm/eventcontrollerkey.h>
+#include <gtkmm/label.h>
+#include <gtkmm/scrolledwindow.h>
+#include <gtkmm/window.h>
+
+namespace ostrel {
+
+// A sheet: a window that covers the main window until it is done with. Its content scrolls where it does not fit; its
+// buttons stay in sight.
+class SheetWindow : public Gtk::Window {
+public:
+    SheetWindow(AppModel& model, Gtk::Window& parent, const std::string& title);
+
+protected:
+    AppModel& model() { return model_; }
+    // Where the sheet's own widgets go, above its buttons.
+    Gtk::Box& content() { return content_; }
+    // Buttons from left to right.
+    Gtk::Box& buttons() { return buttons_; }
+    // Escape, and closing the window by other means. Closes the sheet unless overridden.
+    virtual void cancel();
+
+    bool on_close_request() override;
+
+private:
+    AppModel& model_;
+    Gtk::ScrolledWindow scroller_;
+    Gtk::Box body_, content_, buttons_;
+};
+
+}   // namespace ostrel
