@@ -12,6 +12,8 @@
 #include <set>
 #include <utility>
 
+#include <malloc.h>
+
 namespace ostrel {
 
 namespace {
@@ -182,8 +184,12 @@ void AppModel::adopt(std::shared_ptr<const PreparedIndex> prepared) {
     auto retired = std::exchange(prepared_, prepared);
     order_ = prepared->sorted(sortOrder.get());
     index.set(prepared->index());
-    // To free a large index takes longer than a picture on the screen.
-    surroundings_.tasks.inBackground([retired = std::move(retired)] {});
+    // To free a large index takes longer than a picture on the screen. What it leaves between the next one's memory,
+    // the system gets back only when asked to take it.
+    surroundings_.tasks.inBackground([retired = std::move(retired)]() mutable {
+        retired.reset();
+        ::malloc_trim(0);
+    });
     state.set({MailState::Kind::ready});
 }
 
