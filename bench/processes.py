@@ -29,16 +29,19 @@ class ProcessTree:
 
     def memory(self):
         """Bytes of all together; what they share counts once (the sum of proportional set sizes)."""
-        return sum(self.memory_by_program().values())
+        return sum(self._memory_by_program("Pss:").values())
 
-    def memory_by_program(self):
-        """The same for each name among them."""
+    def own_memory_by_program(self):
+        """By name: the bytes that are in no file, so that it does not matter who else runs the same programs."""
+        return self._memory_by_program("Pss_Anon:")
+
+    def _memory_by_program(self, kind):
         total = {}
         for pid in self._living():
             try:
                 name = pathlib.Path(f"/proc/{pid}/comm").read_text().strip()
                 for line in pathlib.Path(f"/proc/{pid}/smaps_rollup").read_text().splitlines():
-                    if line.startswith("Pss:"):
+                    if line.startswith(kind):
                         total[name] = total.get(name, 0) + int(line.split()[1]) * 1024
             except OSError:
                 pass   # ended meanwhile

@@ -26,9 +26,8 @@ class Row:
         self.memory, self.by_program, self.processes, self.handles = 0, {}, 0, 0   # at most
 
     def look(self, tree):
-        by_program = tree.memory_by_program()
-        self.memory = max(self.memory, sum(by_program.values()))
-        for name, size in by_program.items():
+        self.memory = max(self.memory, tree.memory())
+        for name, size in tree.own_memory_by_program().items():
             self.by_program[name] = max(self.by_program.get(name, 0), size)
         processes, handles = tree.open_handles()
         self.processes, self.handles = max(self.processes, processes), max(self.handles, handles)
@@ -44,7 +43,9 @@ def soak(build, store, destination, settings):
     process = subprocess.Popen([build / "tools/ostrel-export", store, destination], stdout=subprocess.DEVNULL,
                                env=os.environ | {"XDG_CONFIG_HOME": settings})   # none stored: the defaults
     tree = ProcessTree(process.pid)
-    print(f"{'messages':>8} {'a sec.':>7} {'proc. ms':>9} " + " ".join(f"{name:>8}" for name in ["MB all", *PROGRAMS])
+    print("Memory in MB, at most: all that the processes use and share with whoever else runs the same programs; then each "
+          "one's own.")
+    print(f"{'messages':>8} {'a sec.':>7} {'proc. ms':>9} " + " ".join(f"{name:>8}" for name in ["all", *PROGRAMS])
           + f" {'processes':>9} {'handles':>7}")
     row, used, before = None, 0, 0
     while process.poll() is None:
