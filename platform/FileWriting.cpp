@@ -1,5 +1,6 @@
 #include "platform/Descriptor.h"
 #include "platform/Files.h"
+#include "platform/SystemCalls.h"
 
 #include <array>
 #include <atomic>
@@ -11,7 +12,8 @@
 namespace ostrel::files {
 namespace {
 
-// A new hidden file beside its target. Gone again unless moved over the target.
+// A new file beside its target, without a name where the file system can make one, else hidden. Gone again unless moved
+// over the target; one without a name also when the program is killed.
 class TemporaryFile {
 public:
     explicit TemporaryFile(const std::filesystem::path& target);
@@ -25,12 +27,14 @@ public:
     void moveToTarget();
 
 private:
+    template <typename Make>
+    void takeName(Make make);
+    void close();
     [[noreturn]] void fail() const { throw FileError::writing(target_, lastError()); }
 
     const std::filesystem::path& target_;
-    std::filesystem::path path_;
+    std::filesystem::path path_;   // empty as long as the file has no name; at the end the target
     int descriptor_ = -1;
-    bool isMoved_ = false;
 };
 
 // Short whatever the target's name is: that may use up all the bytes a name can have.
@@ -39,43 +43,88 @@ std::string temporaryName() {
     return ".ostrel-" + std::to_string(::getpid()) + "-" + std::to_string(++counter) + ".part";
 }
 
-TemporaryFile::TemporaryFile(const std::filesystem::path& target) : target_(target) {
-    constexpr int attempts = 100;   // a killed process that had our id may have left some behind
-    for (int i = 0; i < attempts && descriptor_ < 0; ++i) {
-        path_ = target.parent_path() / temporaryName();
-        descriptor_ =
-            uninterrupted([&] { return ::open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666); });
-        if (descriptor_ < 0 && errno != EEXIST) break;
-    }
-    if (descriptor_ < 0) fail();
+int openNameless(const std::filesystem::path& folder) {
+    static const bool canBeNamedLater = ::access("/proc/self/fd", X_OK) == 0;
+    if (!canBeNamedLater) return -1;
+    const std::filesystem::path here = folder.empty() ? "." : folder;
+    return uninterrupted(
+        [&] { return systemCalls().open(AT_FDCWD, here.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0666); });
+}
+
+TemporaryFile::TemporaryFile(const std::filesystem::path& target)
+    : target_(target), descriptor_(openNameless(target.parent_path())) {
+    if (descriptor_ >= 0) return;
+    takeName([&](const char* path) {
+        return descriptor_ = uninterrupted(
+                   [&] { return systemCalls().open(AT_FDCWD, path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666); });
+    });
 }
 
 TemporaryFile::~TemporaryFile() {
     if (descriptor_ >= 0) ::close(descriptor_);
-    if (!isMoved_) ::unlink(path_.c_str());
+    if (!path_.empty() && path_ != target_) ::unlink(path_.c_str());
+}
+
+// A temporary name; make answers less than nothing when it could not make a file of that name.
+template <typename Make>
+void TemporaryFile::takeName(Make make) {
+    constexpr int attempts = 100;   // a killed process that had our id may have left some behind
+    for (int i = 0; i < attempts; ++i) {
+        const auto path = target_.parent_path() / temporaryName();
+        if (make(path.c_str()) >= 0) {
+            path_ = path;
+            return;
+        }
+        if (errno != EEXIST) break;
+    }
+    fail();
 }
 
 void TemporaryFile::write(std::string_view content) {
     while (!content.empty()) {
-        const ssize_t count = uninterrupted([&] { return ::write(descriptor_, content.data(), content.size()); });
+        const ssize_t count =
+            uninterrupted([&] { return systemCalls().write(descriptor_, content.data(), content.size()); });
         if (count < 0) fail();
         content.remove_prefix(static_cast<std::size_t>(count));
     }
 }
 
+// Linux has closed the file also when a signal came in between; a network disk reports a failed write only here.
+void TemporaryFile::close() {
+    if (systemCalls().close(std::exchange(descriptor_, -1)) != 0 && errno != EINTR) fail();
+}
+
 void TemporaryFile::moveToTarget() {
-    // Linux has closed the file also when a signal came in between; a network disk reports a failed write only here.
-    if (::close(std::exchange(descriptor_, -1)) != 0 && errno != EINTR) fail();
-    if (::rename(path_.c_str(), target_.c_str()) != 0) fail();
-    isMoved_ = true;
+    if (path_.empty() && systemCalls().link(descriptor_, target_.c_str()) == 0) {
+        path_ = target_;
+        try {
+            close();
+        } catch (const FileError&) {
+            ::unlink(target_.c_str());
+            throw;
+        }
+        return;
+    }
+    // A file of that name is there already, to be replaced.
+    if (path_.empty()) takeName([&](const char* path) { return systemCalls().link(descriptor_, path); });
+    close();
+    if (systemCalls().rename(path_.c_str(), target_.c_str()) != 0) fail();
+    path_ = target_;
 }
 
 }   // namespace
 
 void createFolders(const std::filesystem::path& folder) {
-    std::error_code error;
-    std::filesystem::create_directories(folder, error);
-    if (error) throw FileError::writing(folder, error);
+    std::filesystem::path path;
+    for (const auto& name : folder) {
+        path /= name;
+        if (name.empty() || isFolder(path)) continue;
+        if (systemCalls().makeFolder(path.c_str(), 0777) == 0) continue;
+        const auto cause = lastError();
+        if (cause != std::errc::file_exists) throw FileError::writing(folder, cause);
+        // Another program has been quicker, or it is a file.
+        if (!isFolder(path)) throw FileError::writing(folder, std::make_error_code(std::errc::not_a_directory));
+    }
 }
 
 void writeAtomically(const std::filesystem::path& path, ByteView content) {
@@ -90,11 +139,12 @@ void copyAtomically(const std::filesystem::path& from, const std::filesystem::pa
     // The file system shares or copies the blocks itself where it can. Where it cannot, or stops half-way, the loop
     // below goes on from there and meets the error, if there is one, on the side it belongs to.
     constexpr std::size_t atOnce = std::size_t{1} << 30;
-    while (::copy_file_range(source.number(), nullptr, file.descriptor(), nullptr, atOnce, 0) > 0) {
+    while (systemCalls().copy(source.number(), file.descriptor(), atOnce) > 0) {
     }
     std::array<char, 65536> buffer;
     while (true) {
-        const ssize_t count = uninterrupted([&] { return ::read(source.number(), buffer.data(), buffer.size()); });
+        const ssize_t count =
+            uninterrupted([&] { return systemCalls().read(source.number(), buffer.data(), buffer.size()); });
         if (count < 0) throw FileError::reading(from, lastError());
         if (count == 0) break;
         file.write({buffer.data(), static_cast<std::size_t>(count)});

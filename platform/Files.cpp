@@ -1,6 +1,7 @@
 #include "platform/Files.h"
 
 #include "platform/Descriptor.h"
+#include "platform/SystemCalls.h"
 #include "platform/Text.h"
 #include "platform/Translation.h"
 
@@ -79,8 +80,11 @@ std::optional<struct stat> statusOf(const std::filesystem::path& path, int flags
 // O_NOATIME is for the owner of a file only; the mail store may belong to someone else.
 files::Descriptor openQuietly(const char* path, int flags, int folder = AT_FDCWD) {
     flags |= O_RDONLY | O_CLOEXEC | O_NOCTTY;
-    int number = files::uninterrupted([&] { return ::openat(folder, path, flags | O_NOATIME); });
-    if (number < 0 && errno == EPERM) number = files::uninterrupted([&] { return ::openat(folder, path, flags); });
+    const auto open = [&](int more) {
+        return files::uninterrupted([&] { return files::systemCalls().open(folder, path, flags | more, 0); });
+    };
+    int number = open(O_NOATIME);
+    if (number < 0 && errno == EPERM) number = open(0);
     return files::Descriptor(number);
 }
 
@@ -114,7 +118,7 @@ OpenFolder openFolder(const FilePath& folder, int flags = 0) {
     std::vector<FolderEntry> entries;
     while (true) {
         errno = 0;
-        const dirent* entry = ::readdir(directory.get());
+        const dirent* entry = files::systemCalls().nextEntry(directory.get());
         if (entry == nullptr) break;
         const std::string_view name = entry->d_name;
         if (name != "." && name != "..")
@@ -136,8 +140,8 @@ void appendFrom(int descriptor, const FilePath& path, std::string& out, std::siz
         const std::size_t stepEnd = filled + step;
         out.resize(stepEnd);
         while (filled < stepEnd) {
-            const ssize_t count =
-                files::uninterrupted([&] { return ::read(descriptor, out.data() + filled, stepEnd - filled); });
+            const ssize_t count = files::uninterrupted(
+                [&] { return files::systemCalls().read(descriptor, out.data() + filled, stepEnd - filled); });
             if (count < 0) throw FileError::reading(path, files::lastError());
             if (count == 0) return out.resize(filled);
             filled += static_cast<std::size_t>(count);
@@ -156,7 +160,7 @@ OpenFile openRegularFile(const files::Entry& entry) {
     OpenFile file{entry.openFolder < 0 ? openQuietly(path.native().c_str(), O_NONBLOCK)
                                        : openQuietly(std::string(entry.name).c_str(), O_NONBLOCK, entry.openFolder),
                   {}};
-    if (!file.descriptor.isOpen() || ::fstat(file.descriptor.number(), &file.status) != 0)
+    if (!file.descriptor.isOpen() || files::systemCalls().status(file.descriptor.number(), &file.status) != 0)
         throw FileError::reading(path, files::lastError());
     if (S_ISDIR(file.status.st_mode)) throw FileError::reading(path, std::make_error_code(std::errc::is_a_directory));
     if (!S_ISREG(file.status.st_mode))
@@ -202,8 +206,8 @@ ReadHandle::~ReadHandle() { ::close(descriptor_); }
 std::size_t ReadHandle::read(std::span<char> buffer) {
     std::size_t filled = 0;
     while (filled < buffer.size()) {
-        const ssize_t count =
-            uninterrupted([&] { return ::read(descriptor_, buffer.data() + filled, buffer.size() - filled); });
+        const ssize_t count = uninterrupted(
+            [&] { return systemCalls().read(descriptor_, buffer.data() + filled, buffer.size() - filled); });
         if (count < 0) throw FileError::reading(path_, lastError());
         filled += static_cast<std::size_t>(count);
         position_ += static_cast<std::uint64_t>(count);

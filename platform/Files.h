@@ -103,7 +103,7 @@ std::optional<Instant> modificationDate(const std::filesystem::path& path);
 
 // Creates the folder and its missing parents; an existing folder is fine.
 void createFolders(const std::filesystem::path& folder);
-// Writes beside the target under a hidden temporary name, checks the close, renames over the target: the target is
+// Writes beside the target without a name or under a hidden one, checks the close, gives it the target's: the target is
 // whole or not there. On failure the temporary file is removed.
 void writeAtomically(const std::filesystem::path& path, ByteView content);
 // Copies a file's bytes the same way.

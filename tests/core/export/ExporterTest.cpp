@@ -1,11 +1,7 @@
-#include "core/export/Exporter.h"
-#include "core/mailstore/EmlBuilder.h"
-#include "platform/Files.h"
-#include "tests/platform/Surroundings.h"
+#include "tests/core/export/ExportFixture.h"
 
 #include <csignal>
 #include <filesystem>
-#include <functional>
 #include <new>
 #include <string>
 #include <vector>
@@ -17,18 +13,6 @@ namespace ostrel {
 namespace {
 
 namespace fs = std::filesystem;
-
-// Writes the page itself where the PDF should be, or does what the test wants.
-class FakeRenderer : public PDFRendering {
-public:
-    void renderPDF(const std::string& html, const fs::path& destination, const DocumentInfo& info) override {
-        infos.push_back(info);
-        if (instead) instead(infos.size());
-        files::writeAtomically(destination, bytesOf(html));
-    }
-    std::vector<DocumentInfo> infos;
-    std::function<void(std::size_t call)> instead;
-};
 
 // While this lives, no file can grow larger: as on a disk that is nearly full, and also for root.
 class FileSizeLimit {
@@ -50,63 +34,7 @@ private:
     void (*handler_)(int);
 };
 
-class ExporterTest : public testing::Test {
-protected:
-    ExporterTest() : settings_("Export") {
-        settings_.calendar = Calendar::utc();
-        settings_.dateText = [](Instant date) { return isoUTC(date); };
-        settings_.csvDate = [](Instant date) { return isoDateTime(date, Calendar::utc()); };
-    }
-
-    // A message file and its summary, minutes after an epoch of ours.
-    MessageSummary put(const std::string& subject, int minutes, const EmlBuilder& message) {
-        MessageSummary summary;
-        summary.url = mail_ / (std::to_string(++count_) + ".emlx");
-        summary.mailboxID = "INBOX.mbox";
-        summary.subject = subject;
-        summary.from = {{"Kim", "kim@x.org"}};
-        summary.date = Instant(std::chrono::minutes(28493700 + minutes));   // 2024-03-05 07:00 UTC
-        summary.messageID = std::to_string(count_) + "@x";
-        files::writeAtomically(summary.url, bytesOf(message.emlx(summary.date)));
-        return summary;
-    }
-    MessageSummary put(const std::string& subject, int minutes) {
-        return put(subject, minutes, EmlBuilder().header("Subject", subject).text("body of " + subject));
-    }
-
-    ExportResult run(const std::vector<MessageSummary>& messages) {
-        return Exporter::run(
-            messages, {{"INBOX.mbox", "Inbox"}}, out_.path(), settings_, renderer_,
-            [&](const ExportProgress& at) { progress_.push_back(at); }, cancel_.get_token());
-    }
-    // The last columns of each row: attachments, PDF, folder, conversation, Message-ID, note.
-    std::vector<std::string> indexTails(const ExportResult& result) const {
-        const Bytes bytes = files::readWhole(result.folder / "index.csv");
-        std::string_view rest = bytes.chars();
-        std::vector<std::string> tails;
-        while (!rest.empty()) {
-            const std::size_t end = rest.find("\r\n");
-            const std::string_view line = rest.substr(0, end);
-            const std::size_t mailbox = line.find(",Inbox,");
-            if (mailbox != std::string_view::npos) tails.emplace_back(line.substr(mailbox + 7));
-            rest.remove_prefix(end + 2);
-        }
-        return tails;
-    }
-    static std::vector<std::string> namesIn(const fs::path& folder) {
-        std::vector<std::string> names;
-        for (const fs::path& name : files::list(folder)) names.push_back(name);
-        return names;
-    }
-    static std::string content(const fs::path& file) { return std::string(files::readWhole(file).chars()); }
-
-    ScratchFolder mail_, out_;
-    ExportSettings settings_;
-    FakeRenderer renderer_;
-    std::vector<ExportProgress> progress_;
-    std::stop_source cancel_;
-    int count_ = 0;
-};
+using ExporterTest = ExportFixture;
 
 TEST_F(ExporterTest, MessagesBecomeFilesOldestFirst) {
     const ExportResult result = run({put("Second", 5), put("First", 1),
@@ -126,7 +54,7 @@ TEST_F(ExporterTest, MessagesBecomeFilesOldestFirst) {
         content(result.folder / "2024-03-05 0701 Kim - First (2).pdf").find("2024-03-05 0701 Kim - First (2)”</p>"),
         std::string::npos);
     EXPECT_EQ(
-        indexTails(result),
+        indexTails(result.folder),
         (std::vector<std::string>{"0,2024-03-05 0701 Kim - First.pdf,,C0001,2@x,",
                                   "2,2024-03-05 0701 Kim - First (2).pdf,2024-03-05 0701 Kim - First (2),C0002,3@x,",
                                   "0,2024-03-05 0705 Kim - Second.pdf,,C0003,1@x,"}));
@@ -152,7 +80,7 @@ TEST_F(ExporterTest, OneBadMessageIsNotedAndTheRunGoesOn) {
     EXPECT_EQ(result.failed[1], (ExportResult::Failure{"2.emlx", "The file is not a mail message."}));
     EXPECT_EQ(result.failed[2], (ExportResult::Failure{"Fails", "The engine crashed."}));
     EXPECT_EQ(result.failed[3], (ExportResult::Failure{"Huge", "There is not enough memory for this message."}));
-    EXPECT_EQ(indexTails(result),
+    EXPECT_EQ(indexTails(result.folder),
               (std::vector<std::string>{"0,,,C0001,1@x,Couldn’t be read", "0,,,C0002,2@x,Couldn’t be read",
                                         "0,,,C0003,3@x,Couldn’t be read", "0,,,C0004,4@x,Couldn’t be read",
                                         "0,2024-03-05 0705 Kim - Good.pdf,,C0005,5@x,"}));
@@ -175,7 +103,7 @@ TEST_F(ExporterTest, AttachmentsThatCannotBeHadOrSaved) {
     ASSERT_EQ(result.failed.size(), 1U);
     EXPECT_NE(result.failed[0].reason.find("b.bin"), std::string::npos) << result.failed[0].reason;
     EXPECT_EQ(
-        indexTails(result),
+        indexTails(result.folder),
         (std::vector<std::string>{"1,2024-03-05 0701 Kim - Missing.pdf,2024-03-05 0701 Kim - Missing,C0001,1@x,"
                                   "Attachments: not downloaded by Mail",
                                   "1,,,C0002,2@x,Couldn’t be read", "0,2024-03-05 0703 Kim - Good.pdf,,C0003,3@x,"}));
@@ -219,7 +147,7 @@ TEST_F(ExporterTest, CancellingKeepsWhatIsDone) {
     ExportResult result = run(messages);
     EXPECT_TRUE(result.cancelled);
     EXPECT_EQ(result.exported, 3U);
-    EXPECT_EQ(indexTails(result).size(), 3U) << "the message at hand is finished";
+    EXPECT_EQ(indexTails(result.folder).size(), 3U) << "the message at hand is finished";
     EXPECT_EQ(progress_.back(), (ExportProgress{2, 10, "M3"}));
 
     cancel_ = std::stop_source();
@@ -227,7 +155,7 @@ TEST_F(ExporterTest, CancellingKeepsWhatIsDone) {
     result = run(messages);
     EXPECT_TRUE(result.cancelled);
     EXPECT_TRUE(result.failed.empty());
-    EXPECT_TRUE(indexTails(result).empty()) << "a message that the renderer gave up has no row";
+    EXPECT_TRUE(indexTails(result.folder).empty()) << "a message that the renderer gave up has no row";
 }
 
 TEST_F(ExporterTest, ADestinationThatVanishesIsReported) {

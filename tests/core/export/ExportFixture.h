@@ -1,0 +1,94 @@
+#pragma once
+
+#include "core/export/Exporter.h"
+#include "core/mailstore/EmlBuilder.h"
+#include "platform/Files.h"
+#include "tests/platform/Surroundings.h"
+
+#include <filesystem>
+#include <functional>
+#include <stop_token>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace ostrel {
+
+// Writes the page itself where the PDF should be, or does what the test wants.
+class FakeRenderer : public PDFRendering {
+public:
+    void renderPDF(const std::string& html, const std::filesystem::path& destination,
+                   const DocumentInfo& info) override {
+        infos.push_back(info);
+        if (instead) instead(infos.size());
+        files::writeAtomically(destination, bytesOf(html));
+    }
+    std::vector<DocumentInfo> infos;
+    std::function<void(std::size_t call)> instead;
+};
+
+// A mail folder, a destination, and runs from the one to the other.
+class ExportFixture : public testing::Test {
+protected:
+    ExportFixture() : settings_("Export") {
+        settings_.calendar = Calendar::utc();
+        settings_.dateText = [](Instant date) { return isoUTC(date); };
+        settings_.csvDate = [](Instant date) { return isoDateTime(date, Calendar::utc()); };
+    }
+
+    // A message file and its summary, minutes after an epoch of ours.
+    MessageSummary put(const std::string& subject, int minutes, const EmlBuilder& message) {
+        MessageSummary summary;
+        summary.url = mail_ / "Messages" / (std::to_string(++count_) + ".emlx");
+        files::createFolders(mail_ / "Messages");
+        summary.mailboxID = "INBOX.mbox";
+        summary.subject = subject;
+        summary.from = {{"Kim", "kim@x.org"}};
+        summary.date = Instant(std::chrono::minutes(28493700 + minutes));   // 2024-03-05 07:00 UTC
+        summary.messageID = std::to_string(count_) + "@x";
+        files::writeAtomically(summary.url, bytesOf(message.emlx(summary.date)));
+        return summary;
+    }
+    MessageSummary put(const std::string& subject, int minutes) {
+        return put(subject, minutes, EmlBuilder().header("Subject", subject).text("body of " + subject));
+    }
+
+    ExportResult run(const std::vector<MessageSummary>& messages) {
+        return Exporter::run(
+            messages, {{"INBOX.mbox", "Inbox"}}, out_.path(), settings_, renderer_,
+            [&](const ExportProgress& at) { progress_.push_back(at); }, cancel_.get_token());
+    }
+    // The last columns of each row: attachments, PDF, folder, conversation, Message-ID, note.
+    static std::vector<std::string> indexTails(const std::filesystem::path& folder) {
+        const Bytes bytes = files::readWhole(folder / "index.csv");
+        std::string_view rest = bytes.chars();
+        std::vector<std::string> tails;
+        while (!rest.empty()) {
+            const std::size_t end = rest.find("\r\n");
+            const std::string_view line = rest.substr(0, end);
+            const std::size_t mailbox = line.find(",Inbox,");
+            if (mailbox != std::string_view::npos) tails.emplace_back(line.substr(mailbox + 7));
+            rest.remove_prefix(end + 2);
+        }
+        return tails;
+    }
+    static std::vector<std::string> namesIn(const std::filesystem::path& folder) {
+        std::vector<std::string> names;
+        for (const std::filesystem::path& name : files::list(folder)) names.push_back(name);
+        return names;
+    }
+    static std::string content(const std::filesystem::path& file) {
+        return std::string(files::readWhole(file).chars());
+    }
+
+    ScratchFolder mail_, out_;
+    ExportSettings settings_;
+    FakeRenderer renderer_;
+    std::vector<ExportProgress> progress_;
+    std::stop_source cancel_;
+    int count_ = 0;
+};
+
+}   // namespace ostrel
