@@ -44,6 +44,7 @@ FilterBar::FilterBar(AppModel& model, Mnemonics& mnemonics)
     texts_.append(person_);
     texts_.append(subject_);
     for (Gtk::Widget* child : std::initializer_list<Gtk::Widget*>{&start_, &end_, &clear_}) days_.append(*child);
+    days_.add_css_class("days");
     append(texts_);
     append(days_);
 

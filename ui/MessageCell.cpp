@@ -20,20 +20,15 @@ int MessageCell::scaled(int pixels) {
 }
 
 MessageCell::MessageCell(Width width) : width_(width) {
-    text_.set_parent(*this);
+    set_layout_manager({});   // the functions below lay it out
+    append(text_);
     text_.set_text_overflow(Gtk::Inscription::Overflow::ELLIPSIZE_END);
     text_.set_min_lines(1);
     text_.set_nat_lines(1);
     text_.set_xalign(0);
-    symbol_.set_parent(*this);
+    append(symbol_);
     symbol_.add_css_class("dim-label");
     symbol_.set_visible(false);
-}
-
-MessageCell::~MessageCell() {
-    if (!gobj()) return;
-    text_.unparent();
-    symbol_.unparent();
 }
 
 void MessageCell::setText(const std::string& text) { text_.set_text(text); }

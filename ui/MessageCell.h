@@ -2,15 +2,15 @@
 
 #include <string>
 
+#include <gtkmm/box.h>
 #include <gtkmm/image.h>
 #include <gtkmm/inscription.h>
-#include <gtkmm/widget.h>
 
 namespace ostrel {
 
 // One cell of the message table: a line of text, cut off where the column ends, and a symbol behind it if wanted. How
 // wide it wants to be does not depend on the text, so that columns stay as they are while the list scrolls.
-class MessageCell : public Gtk::Widget {
+class MessageCell : public Gtk::Box {
 public:
     struct Width {
         int minimum, ideal;   // pixels at the usual text size
@@ -19,7 +19,6 @@ public:
     static int scaled(int pixels);
 
     explicit MessageCell(Width width);
-    ~MessageCell() override;
 
     void setText(const std::string& text);
     // From the icon theme; spoken as the label says.
