@@ -34,6 +34,7 @@ PageLabels pageLabels() {
     };
     labels.truncated = tr("This message file was cut short; what Mail saved is shown.");
     labels.unreadable = tr("Couldn’t be read");
+    labels.tooLarge = tr("This message is too large to be shown whole; the rest was left out.");
     return labels;
 }
 

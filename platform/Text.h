@@ -52,6 +52,9 @@ char32_t foldCase(char32_t c);
 // space runs made one blank.
 std::string foldForSearch(std::string_view s);
 
+// The first bytes of the text, at most so many, ending between two characters.
+std::string_view prefix(std::string_view s, std::size_t mostBytes);
+
 // Byte length of the extended grapheme clusters of s, in order.
 std::vector<std::size_t> graphemeLengths(std::string_view s);
 

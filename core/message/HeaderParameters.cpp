@@ -20,12 +20,12 @@ struct Section {
 
 using Sections = std::map<std::string, std::vector<Section>>;   // by the parameter's name without markers
 
-// The pieces between the ";" that stand outside quoted strings; views into value.
-std::vector<std::string_view> splitAtSemicolons(std::string_view value) {
+// The first pieces between the ";" that stand outside quoted strings; views into value.
+std::vector<std::string_view> splitAtSemicolons(std::string_view value, std::size_t most) {
     std::vector<std::string_view> segments;
     std::size_t start = 0;
     bool isQuoted = false;
-    for (std::size_t at = 0; at < value.size(); ++at) {
+    for (std::size_t at = 0; at < value.size() && segments.size() < most; ++at) {
         switch (value[at]) {
             case '"':
                 isQuoted = !isQuoted;
@@ -42,7 +42,7 @@ std::vector<std::string_view> splitAtSemicolons(std::string_view value) {
                 break;
         }
     }
-    segments.push_back(value.substr(start));
+    if (segments.size() < most) segments.push_back(value.substr(start));
     return segments;
 }
 
@@ -124,10 +124,12 @@ void addSegment(std::string_view segment, std::map<std::string, std::string>& pa
 
 }   // namespace
 
-HeaderParameters HeaderParameters::parse(std::optional<std::string_view> headerValue) {
+HeaderParameters HeaderParameters::parse(std::optional<std::string_view> headerValue, std::size_t most) {
     HeaderParameters result;
     if (!headerValue) return result;
-    const auto segments = splitAtSemicolons(*headerValue);
+    auto segments = splitAtSemicolons(*headerValue, most + 2);   // the value, and one too many if there is one
+    result.isCutShort = segments.size() > most + 1;
+    if (result.isCutShort) segments.pop_back();
     result.value = text::trimBlanks(segments.front());
     Sections sections;
     for (std::size_t i = 1; i < segments.size(); ++i) addSegment(segments[i], result.params, sections);

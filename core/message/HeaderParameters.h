@@ -12,9 +12,14 @@ namespace ostrel {
 struct HeaderParameters {
     std::string value;                           // the part before the first ";", case kept
     std::map<std::string, std::string> params;   // lower-case name to decoded value
+    bool isCutShort = false;                     // there were more than could be kept
 
-    // Never fails; an absent value gives an empty record.
-    static HeaderParameters parse(std::optional<std::string_view> headerValue);
+    // A parameter takes more than a hundred bytes of memory where three in the file are enough for one. Real values
+    // have a few; long names that RFC 2231 divides come in some dozens of pieces.
+    static constexpr std::size_t parameterLimit = 250'000;
+
+    // Never fails; an absent value gives an empty record. Looks at the first `most` pieces behind a ";".
+    static HeaderParameters parse(std::optional<std::string_view> headerValue, std::size_t most = parameterLimit);
 
     // Nothing when there is no such parameter; name in lower case. The view lives as long as this object.
     std::optional<std::string_view> param(const std::string& name) const;

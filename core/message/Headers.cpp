@@ -31,7 +31,8 @@ bool equalIgnoringCase(std::string_view a, std::string_view b) {
 class FieldBuilder {
 public:
     // Without names every field is taken.
-    explicit FieldBuilder(std::optional<std::span<const std::string_view>> names) : names_(names) {
+    FieldBuilder(std::optional<std::span<const std::string_view>> names, std::size_t most)
+        : names_(names), most_(most) {
         if (names) fields_.reserve(names->size());
     }
 
@@ -46,9 +47,11 @@ public:
         }
     }
 
-    std::vector<HeaderField> finish() {
+    bool isCutShort() const { return isCutShort_; }
+
+    Headers finish() {
         finishField();
-        return std::move(fields_);
+        return {std::move(fields_), isCutShort_};
     }
 
 private:
@@ -57,6 +60,8 @@ private:
         if (colon == line.npos) return;
         const auto name = text::trimBlanks(line.substr(0, colon));
         if (name.empty() || name.find(' ') != name.npos || !isWanted(name)) return;
+        isCutShort_ = fields_.size() == most_;
+        if (isCutShort_) return;
         // The blanks at the end stay for now: they belong to the value if it is continued.
         auto value = line.substr(colon + 1);
         value.remove_prefix(std::min(value.find_first_not_of(" \t"), value.size()));
@@ -90,7 +95,9 @@ private:
     }
 
     std::optional<std::span<const std::string_view>> names_;
+    std::size_t most_;
     std::vector<HeaderField> fields_;
+    bool isCutShort_ = false;
     bool isOpen_ = false;   // the last field may still be continued
 };
 
@@ -99,7 +106,7 @@ Headers parseFields(ByteView headerBytes, FieldBuilder builder) {
     const bool isText = text::isValidUTF8(charsOf(headerBytes));
     const std::string decoded = isText ? std::string() : Charset::decode(headerBytes, "utf-8");
     const std::string_view text = isText ? charsOf(headerBytes) : decoded;
-    for (std::size_t start = 0; start < text.size();) {
+    for (std::size_t start = 0; start < text.size() && !builder.isCutShort();) {
         const auto lineFeed = std::min(text.find('\n', start), text.size());
         auto line = text.substr(start, lineFeed - start);
         // The CR of the break itself; one more, of a doubled CR, is the line's own.
@@ -107,15 +114,17 @@ Headers parseFields(ByteView headerBytes, FieldBuilder builder) {
         builder.addLine(line);
         start = lineFeed + 1;
     }
-    return {builder.finish()};
+    return builder.finish();
 }
 
 }   // namespace
 
-Headers Headers::parse(ByteView headerBytes) { return parseFields(headerBytes, FieldBuilder(std::nullopt)); }
+Headers Headers::parse(ByteView headerBytes, std::size_t most) {
+    return parseFields(headerBytes, FieldBuilder(std::nullopt, most));
+}
 
 Headers Headers::parseOnly(ByteView headerBytes, std::span<const std::string_view> names) {
-    return parseFields(headerBytes, FieldBuilder(names));
+    return parseFields(headerBytes, FieldBuilder(names, fieldLimit));
 }
 
 std::optional<std::string_view> Headers::first(std::string_view name) const {

@@ -21,10 +21,14 @@ struct HeaderField {
 // The header block of a message or of one part.
 struct Headers {
     std::vector<HeaderField> fields;   // in block order, duplicates kept
+    bool isCutShort = false;           // there were more than could be kept
+
+    // A field takes 64 bytes of memory where three in the file are enough for one. Real blocks have some dozens.
+    static constexpr std::size_t fieldLimit = 1'000'000;
 
     // Never fails; lines that cannot be a field are dropped. The whole block has one charset: UTF-8 when it is valid
-    // UTF-8, otherwise Windows-1252.
-    static Headers parse(ByteView headerBytes);
+    // UTF-8, otherwise Windows-1252. Keeps the first `most` fields.
+    static Headers parse(ByteView headerBytes, std::size_t most = fieldLimit);
     // The same without the fields of other names, letter case ignored: most of a block is of no use to a list. The
     // names asked for are ASCII.
     static Headers parseOnly(ByteView headerBytes, std::span<const std::string_view> names);

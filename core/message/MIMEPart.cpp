@@ -39,12 +39,12 @@ private:
     std::size_t checked_ = 0;
 };
 
-// The lines that begin with the delimiter, up to and including the first that closes. What follows the delimiter on
-// its line is not looked at, so that trailing blanks do no harm.
-std::vector<DelimiterLine> delimiterLines(std::string_view body, std::string_view delimiter) {
+// The first lines that begin with the delimiter, up to and including the first that closes. What follows the delimiter
+// on its line is not looked at, so that trailing blanks do no harm.
+std::vector<DelimiterLine> delimiterLines(std::string_view body, std::string_view delimiter, std::size_t most) {
     std::vector<DelimiterLine> lines;
     DelimiterTest test(body, delimiter);
-    for (std::size_t start = 0; start + delimiter.size() <= body.size();) {
+    for (std::size_t start = 0; start + delimiter.size() <= body.size() && lines.size() < most;) {
         const auto lineFeed = body.find('\n', start);
         const auto next = lineFeed == body.npos ? body.size() : lineFeed + 1;
         if (test.matchesAt(start)) {
@@ -69,23 +69,69 @@ std::string childNumber(const std::string& parent, std::size_t index) {
     return parent.empty() ? ordinal : parent + '.' + ordinal;
 }
 
-std::vector<MIMEPart> childrenOf(const MIMEPart& part, std::string_view type, int depth) {
-    const auto boundary = part.contentType.param("boundary");
-    if (!type.starts_with("multipart/") || !boundary || boundary->empty() || depth >= MIMEPart::depthLimit) return {};
-    const bool isDigest = type == "multipart/digest";
-    const auto pieces = MIMEPart::splitMultipart(part.body, *boundary);
-    std::vector<MIMEPart> children;
-    children.reserve(pieces.size());
-    for (const auto& piece : pieces) {
-        const auto split = splitHeaderAndBody(piece.view());
-        auto headers = Headers::parse(piece.view().first(split.headerSize));
-        // The members of a digest are messages unless they say otherwise (RFC 2046 section 5.1.5).
-        if (isDigest && !headers.first("Content-Type")) headers.fields.push_back({"Content-Type", "message/rfc822"});
-        children.push_back(MIMEPart::build(std::move(headers), piece.slice(split.bodyStart),
-                                           childNumber(part.number, children.size()), depth + 1));
+// Builds the tree, and counts what the message has used up of its limits: they hold for all its parts together, or
+// each of very many could have as much as a whole message may.
+class TreeBuilder {
+public:
+    MIMEPart build(Headers headers, Bytes body, std::string number, int depth) {
+        fields_ -= std::min(fields_, headers.fields.size());
+        isBeyondLimits_ |= headers.isCutShort;
+        MIMEPart part;
+        part.contentType = parameters(headers.first("Content-Type"));
+        part.disposition = parameters(headers.first("Content-Disposition"));
+        part.headers = std::move(headers);
+        part.body = std::move(body);
+        part.number = std::move(number);
+        part.children = childrenOf(part, text::lower(part.contentType.value), depth);
+        if (part.number.empty()) part.number = '1';
+        return part;
     }
-    return children;
-}
+
+    bool isBeyondLimits() const { return isBeyondLimits_; }
+
+private:
+    HeaderParameters parameters(std::optional<std::string_view> value) {
+        auto parsed = HeaderParameters::parse(value, parameters_);
+        parameters_ -= parsed.params.size();
+        isBeyondLimits_ |= parsed.isCutShort;
+        return parsed;
+    }
+
+    std::vector<Bytes> piecesOf(const MIMEPart& part, std::string_view boundary) {
+        auto pieces = MIMEPart::splitMultipart(part.body, boundary, parts_ + 1);
+        if (pieces.size() > parts_) {
+            isBeyondLimits_ = true;
+            pieces = MIMEPart::splitMultipart(part.body, boundary, parts_);
+        }
+        parts_ -= pieces.size();
+        return pieces;
+    }
+
+    std::vector<MIMEPart> childrenOf(const MIMEPart& part, std::string_view type, int depth) {
+        const auto boundary = part.contentType.param("boundary");
+        if (!type.starts_with("multipart/") || !boundary || boundary->empty() || depth >= MIMEPart::depthLimit)
+            return {};
+        const bool isDigest = type == "multipart/digest";
+        const auto pieces = piecesOf(part, *boundary);
+        std::vector<MIMEPart> children;
+        children.reserve(pieces.size());
+        for (const auto& piece : pieces) {
+            const auto split = splitHeaderAndBody(piece.view());
+            auto headers = Headers::parse(piece.view().first(split.headerSize), fields_);
+            // The members of a digest are messages unless they say otherwise (RFC 2046 section 5.1.5).
+            if (isDigest && !headers.first("Content-Type"))
+                headers.fields.push_back({"Content-Type", "message/rfc822"});
+            children.push_back(build(std::move(headers), piece.slice(split.bodyStart),
+                                     childNumber(part.number, children.size()), depth + 1));
+        }
+        return children;
+    }
+
+    std::size_t parts_ = MIMEPart::partLimit;   // still allowed, like the next two
+    std::size_t fields_ = Headers::fieldLimit;
+    std::size_t parameters_ = HeaderParameters::parameterLimit;
+    bool isBeyondLimits_ = false;
+};
 
 }   // namespace
 
@@ -96,25 +142,22 @@ MIMEPart MIMEPart::parse(const Bytes& bytes, std::string number, int depth) {
 }
 
 MIMEPart MIMEPart::build(Headers headers, Bytes body, std::string number, int depth) {
-    MIMEPart part;
-    part.contentType = HeaderParameters::parse(headers.first("Content-Type"));
-    part.disposition = HeaderParameters::parse(headers.first("Content-Disposition"));
-    part.headers = std::move(headers);
-    part.body = std::move(body);
-    part.number = std::move(number);
-    part.children = childrenOf(part, text::lower(part.contentType.value), depth);
-    if (part.number.empty()) part.number = '1';
-    return part;
+    TreeBuilder builder;
+    auto root = builder.build(std::move(headers), std::move(body), std::move(number), depth);
+    root.isBeyondLimits = builder.isBeyondLimits();
+    return root;
 }
 
-std::vector<Bytes> MIMEPart::splitMultipart(const Bytes& body, std::string_view boundary) {
+std::vector<Bytes> MIMEPart::splitMultipart(const Bytes& body, std::string_view boundary, std::size_t most) {
     const auto in = body.chars();
-    const auto lines = delimiterLines(in, "--" + std::string(boundary));
+    // A delimiter more than pieces, to see where the last of them ends.
+    const auto lines = delimiterLines(in, "--" + std::string(boundary), most + 1);
     std::vector<Bytes> pieces;
-    for (std::size_t i = 0; i < lines.size() && !lines[i].closes; ++i) {
+    for (std::size_t i = 0; i < lines.size() && !lines[i].closes && pieces.size() < most; ++i) {
         const auto start = lines[i].next;
-        if (i + 1 == lines.size()) {
-            pieces.push_back(body.slice(start));   // cut short: the rest is all there is
+        const bool isLast = i + 1 == lines.size() || (i + 1 == most && !lines[i + 1].closes);
+        if (isLast) {
+            pieces.push_back(body.slice(start));   // cut short, or too many: the rest is all there is
         } else {
             const auto length = lines[i + 1].start - start;
             pieces.push_back(body.slice(start, withoutFinalLineBreak(in.substr(start, length)).size()));

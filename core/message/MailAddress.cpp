@@ -144,6 +144,7 @@ public:
 
     std::vector<MailAddress> read() {
         for (;;) {
+            if (results_.size() >= MailAddress::listLimit) return std::move(results_);
             const auto token = lexer_.next();
             switch (token.kind) {
                 case Kind::comment:
@@ -169,19 +170,26 @@ public:
                     endPiece();
                     return std::move(results_);
                 default:
-                    (isInAngle_ ? angle_ : phrase_).push_back(token);
+                    keep(isInAngle_ ? angle_ : phrase_, token);
             }
         }
     }
 
 private:
+    static void keep(std::vector<AddressToken>& piece, const AddressToken& token) {
+        if (piece.size() < MailAddress::pieceLimit) piece.push_back(token);
+    }
+    void moveAngleToPhrase() {
+        for (const auto& token : angle_) keep(phrase_, token);
+    }
+
     // angle-addr := [CFWS] "<" addr-spec ">" [CFWS] / obs-angle-addr    (RFC 5322 §3.4)
     void openAngle() {
         if (isInAngle_) {
             if (hasAt(angle_))
                 endAngle();   // "<kim@x.org <ann@x.org>": the first one lacks its ">"
             else
-                phrase_.insert(phrase_.end(), angle_.begin(), angle_.end());
+                moveAngleToPhrase();
         }
         angle_.clear();
         isInAngle_ = true;
@@ -217,7 +225,7 @@ private:
     // obs-route := obs-domain-list ":"    (RFC 5322 §4.4): its commas separate no addresses
     void comma(const AddressToken& token) {
         if (isInAngle_ && !angle_.empty() && angle_.front().kind == Kind::at)
-            angle_.push_back(token);
+            keep(angle_, token);
         else
             endPiece();
     }
@@ -232,7 +240,7 @@ private:
             if (!angle_.empty() && angle_.front().kind == Kind::at)
                 angle_.clear();   // the route before the address
             else
-                angle_.push_back(token);
+                keep(angle_, token);
         } else if (lastSemicolon_ != std::string_view::npos && token.text.data() < start_ + lastSemicolon_) {
             if (hasAt(phrase_)) endPiece();   // an address that lacks its comma, not the group's name
             phrase_.clear();
@@ -240,7 +248,7 @@ private:
             looseNames_ = 0;
         } else {
             if (!groupColon_) groupColon_ = phrase_.size();
-            phrase_.push_back(token);
+            keep(phrase_, token);
         }
     }
 
@@ -249,7 +257,7 @@ private:
         const bool lacksClose = isInAngle_ && !angle_.empty();
         if (lacksClose) {
             angle_.front().isAfterBlank = true;   // the bracket divides like a blank
-            phrase_.insert(phrase_.end(), angle_.begin(), angle_.end());
+            moveAngleToPhrase();
         }
         isInAngle_ = false;
         auto rest = Tokens(phrase_);
@@ -335,6 +343,10 @@ private:
 
 }   // namespace
 
-std::vector<MailAddress> MailAddress::list(std::string_view value) { return ListReader(value).read(); }
+std::vector<MailAddress> MailAddress::list(std::string_view value) {
+    auto addresses = ListReader(value).read();
+    if (addresses.size() > listLimit) addresses.resize(listLimit);
+    return addresses;
+}
 
 }   // namespace ostrel

@@ -17,6 +17,13 @@ std::vector<std::string> identifiers(const Headers& headers, std::string_view na
     return MessageIDs::list(headers.first(name).value_or(""));
 }
 
+bool hasTooManyAddresses(const MailMessage& message) {
+    for (const auto* list : {&message.from, &message.to, &message.cc, &message.replyTo}) {
+        if (list->size() >= MailAddress::listLimit) return true;
+    }
+    return message.inReplyTo.size() >= MessageIDs::listLimit || message.references.size() >= MessageIDs::listLimit;
+}
+
 // Nothing when there are no pieces; pieces may be empty.
 std::optional<std::string> joined(const std::vector<std::string>& pieces, std::string_view separator) {
     if (pieces.empty()) return std::nullopt;
@@ -71,6 +78,8 @@ MailMessage MailMessage::make(MIMEPart root, bool isPartial,
     message.htmlBody = joined(collector.htmls, "\n<hr>\n");
     message.attachments = std::move(collector.files);
     message.problems = std::move(collector.problems);
+    if (root.isBeyondLimits) message.problems.emplace_back(problem::tooManyParts);
+    if (hasTooManyAddresses(message)) message.problems.emplace_back(problem::tooManyAddresses);
 
     auto& candidates = collector.inlineCandidates;
     const auto isReferredTo = referredTo(candidates, message.htmlBody ? std::string_view(*message.htmlBody) : "");

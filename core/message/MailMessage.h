@@ -19,6 +19,8 @@ namespace problem {
 inline constexpr const char* multipartWithoutParts = "multipart-without-parts";
 inline constexpr const char* attachmentMissing = "attachment-missing";
 inline constexpr const char* truncated = "truncated";
+inline constexpr const char* tooManyParts = "too-many-parts";           // or fields, or parameters of fields
+inline constexpr const char* tooManyAddresses = "too-many-addresses";   // or identifiers, in one field
 }   // namespace problem
 
 // One stored message, fully parsed.

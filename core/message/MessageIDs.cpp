@@ -17,7 +17,7 @@ public:
     explicit Reader(std::string_view value) : in_(value), comments_(value) {}
 
     std::vector<std::string> read() {
-        while (!in_.atEnd()) {
+        while (!in_.atEnd() && found_.size() < listLimit) {
             if (comments_.take(in_)) continue;
             if (in_.peek() == '<')
                 bracketed();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -9,6 +10,10 @@ namespace ostrel::MessageIDs {
 
 // The identifiers of a Message-ID, In-Reply-To or References value, in order, without angle brackets. Comments and
 // phrases are passed over; identifiers without brackets are taken when they look like one (they hold an "@").
+// Gives the first listLimit.
 std::vector<std::string> list(std::string_view value);
+
+// Three characters can become an identifier, which takes twenty times the memory. Conversations have some hundreds.
+constexpr std::size_t listLimit = 200'000;
 
 }   // namespace ostrel::MessageIDs

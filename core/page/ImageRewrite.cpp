@@ -122,7 +122,9 @@ std::uint64_t base64Length(std::uint64_t size) { return size / 3 * 4 + (size % 3
 
 void ImageRewriter::rewrite(std::string& out, std::string_view tag) {
     const std::string_view source = sourceOf(tag);
-    if (html::wordAt(source, 0, "data:image/") != std::string_view::npos) {
+    if (html::wordAt(source, 0, "data:image/") != std::string_view::npos &&
+        tag.size() <= embeddedBytesLimit - embeddedBytes_) {
+        embeddedBytes_ += tag.size();
         out.append(tag);
         return;
     }

@@ -13,8 +13,9 @@ namespace ostrel {
 // Rewrites the img tags of one message. The table must outlive the rewriter.
 class ImageRewriter {
 public:
-    // What all embedded images may add to one page. A message that shows its one large image a hundred thousand times
-    // would otherwise make a page larger than memory; an image past the limit is treated as one that is not there.
+    // What all images may add to one page, be they embedded or written into the HTML. A message that shows its one
+    // large image a hundred thousand times would otherwise make a page larger than memory; an image past the limit is
+    // treated as one that is not there.
     static constexpr std::size_t embeddedBytesLimit = std::size_t{256} << 20;
 
     explicit ImageRewriter(const std::map<std::string, MailAttachment>& inlineImages) : inlineImages_(inlineImages) {}

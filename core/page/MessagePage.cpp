@@ -1,4 +1,5 @@
 #include "core/page/HTMLMatchers.h"
+#include "core/page/ImageRewrite.h"
 #include "core/page/MessageHTML.h"
 #include "platform/LocaleFormat.h"
 #include "platform/Text.h"
@@ -36,6 +37,36 @@ struct Content {
     std::size_t blockedImages = 0;
 };
 
+// Cuts the texts of one page to what it may hold.
+class Limits {
+public:
+    std::string_view line(std::string_view text) { return cut(text, lineLimitBytes); }
+    std::string_view plain(std::string_view text) { return cut(text, textLimitBytes); }
+    // Images that the sender wrote into the HTML are no text.
+    std::string_view html(std::string_view text) {
+        text = cut(text, ImageRewriter::embeddedBytesLimit + textLimitBytes);
+        constexpr std::string_view image = "data:image/";
+        constexpr std::string_view ends = "\"'<> \t\r\n)";
+        std::size_t room = textLimitBytes, at = 0;
+        while (text.size() - at > room) {
+            const std::size_t begin = text.find(image, at);
+            if (begin == text.npos || begin - at >= room) return cut(text, at + room);
+            room -= begin - at;
+            at = std::min(text.find_first_of(ends, begin), text.size());
+        }
+        return text;
+    }
+    void mark() { isExceeded_ = true; }
+    bool isExceeded() const { return isExceeded_; }
+
+private:
+    std::string_view cut(std::string_view text, std::size_t most) {
+        isExceeded_ |= text.size() > most;
+        return text::prefix(text, most);
+    }
+    bool isExceeded_ = false;
+};
+
 // An escaped text with its web addresses made links.
 std::string linked(std::string text) {
     html::substitute(
@@ -49,20 +80,21 @@ std::string linked(std::string text) {
 
 bool hasText(const std::optional<std::string>& body) { return body && !text::trimBlanksAndNewlines(*body).empty(); }
 
-Content contentOf(const MailMessage& message, const PageLabels& labels) {
+Content contentOf(const MailMessage& message, const PageLabels& labels, Limits& limits) {
     if (hasText(message.htmlBody)) {
-        auto [html, blocked] = sanitize(*message.htmlBody, message.inlineImages);
+        auto [html, blocked] = sanitize(limits.html(*message.htmlBody), message.inlineImages);
         return {"<div class=\"html\">" + std::move(html) + "</div>", blocked};
     }
-    if (hasText(message.textBody)) return {"<div class=\"plain\">" + linked(escape(*message.textBody)) + "</div>"};
+    if (hasText(message.textBody))
+        return {"<div class=\"plain\">" + linked(escape(limits.plain(*message.textBody))) + "</div>"};
     return {"<p class=\"none\">" + escape(labels.noText) + "</p>"};
 }
 
 std::string headerRows(const MailMessage& message, const std::string& mailbox, const std::string& dateText,
-                       const PageLabels& labels) {
+                       const PageLabels& labels, Limits& limits) {
     std::string rows;
     const auto add = [&](const std::string& title, const std::string& value) {
-        rows += "<tr><th>" + escape(title) + "</th><td>" + escape(value) + "</td></tr>";
+        rows += "<tr><th>" + escape(title) + "</th><td>" + escape(limits.line(value)) + "</td></tr>";
     };
     add(labels.from, MailMessage::line(message.from));
     add(labels.to, MailMessage::line(message.to));
@@ -72,11 +104,16 @@ std::string headerRows(const MailMessage& message, const std::string& mailbox, c
     return rows;
 }
 
-std::string notes(const MailMessage& message, std::size_t blockedImages, const PageLabels& labels) {
+std::string notes(const MailMessage& message, std::size_t blockedImages, const PageLabels& labels,
+                  const Limits& limits) {
+    const auto has = [&](const char* code) {
+        return std::ranges::find(message.problems, code) != message.problems.end();
+    };
     std::string notes;
     const auto add = [&](const std::string& note) { notes += "<p class=\"note\">" + escape(note) + "</p>"; };
     if (blockedImages > 0) add(labels.remoteBlocked(blockedImages));
-    if (std::ranges::find(message.problems, problem::truncated) != message.problems.end()) add(labels.truncated);
+    if (has(problem::truncated)) add(labels.truncated);
+    if (limits.isExceeded() || has(problem::tooManyParts) || has(problem::tooManyAddresses)) add(labels.tooLarge);
     return notes;
 }
 
@@ -89,12 +126,16 @@ std::string sizePart(const MailAttachment& attachment, const PageLabels& labels)
 }
 
 std::string filesSection(const std::vector<MailAttachment>& attachments, const std::optional<std::string>& folder,
-                         const PageLabels& labels) {
+                         const PageLabels& labels, Limits& limits) {
     if (attachments.empty()) return "";
     std::string section = "<section class=\"files\"><h2>" + escape(labels.attachments) + " (" +
                           std::to_string(attachments.size()) + ")</h2><ul>";
     for (const auto& attachment : attachments) {
-        section += "<li>" + escape(attachment.filename) + sizePart(attachment, labels) + "</li>";
+        if (section.size() > textLimitBytes) {
+            limits.mark();
+            break;
+        }
+        section += "<li>" + escape(limits.line(attachment.filename)) + sizePart(attachment, labels) + "</li>";
     }
     section += "</ul>";
     if (folder) section += "<p class=\"saved\">" + escape(labels.savedIn) + " “" + escape(*folder) + "”</p>";
@@ -129,8 +170,11 @@ std::string escape(std::string_view text) {
 
 std::string page(const MailMessage& message, const std::string& mailbox, const std::string& dateText,
                  const std::optional<std::string>& attachmentFolder, const PageLabels& labels) {
-    const Content content = contentOf(message, labels);
-    const std::string title = escape(message.subject.empty() ? labels.noSubject : message.subject);
+    Limits limits;
+    const Content content = contentOf(message, labels, limits);
+    const std::string title = escape(limits.line(message.subject.empty() ? labels.noSubject : message.subject));
+    const std::string rows = headerRows(message, mailbox, dateText, labels, limits);
+    const std::string files = filesSection(message.attachments, attachmentFolder, labels, limits);
     std::string page;
     page.reserve(content.html.size() + 2 * styleSheet.size());
     page.append("<!DOCTYPE html>\n<html><head><meta charset=\"utf-8\">\n")
@@ -143,13 +187,13 @@ std::string page(const MailMessage& message, const std::string& mailbox, const s
         .append("</style></head>\n<body>\n<header class=\"ostrel\"><h1>")
         .append(title)
         .append("</h1><table>")
-        .append(headerRows(message, mailbox, dateText, labels))
+        .append(rows)
         .append("</table></header>\n")
-        .append(notes(message, content.blockedImages, labels))
+        .append(notes(message, content.blockedImages, labels, limits))
         .append("\n<main>")
         .append(content.html)
         .append("</main>\n")
-        .append(filesSection(message.attachments, attachmentFolder, labels))
+        .append(files)
         .append("\n</body></html>");
     return page;
 }

@@ -24,6 +24,7 @@ struct PageLabels {
     };
     std::string truncated = "This message file was cut short; what Mail saved is shown.";
     std::string unreadable = "Couldn’t be read";
+    std::string tooLarge = "This message is too large to be shown whole; the rest was left out.";
 };
 
 }   // namespace ostrel

@@ -3,7 +3,12 @@
 
 #include "core/message/EncodedWords.h"
 #include "core/message/MailMessage.h"
+#include "core/message/MessageIDs.h"
 #include "core/message/TransferEncoding.h"
+
+#include <algorithm>
+#include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -75,10 +80,76 @@ TEST(HostileMessageTest, ManyParts) {
     std::string parts;
     for (int i = 0; i < 100'000; ++i) parts += "--b\nContent-Type: a/b\n\nx\n";
     EXPECT_EQ(read("Content-Type: multipart/mixed; boundary=b\n\n" + parts).attachments.size(), 100'000u);
-    EXPECT_EQ(read("Content-Type: multipart/mixed; boundary=b\n\n" + repeated("--b\n", megabyte)).textBody->size(),
-              2 * (megabyte / 4 - 1));
     EXPECT_EQ(read("Content-Type: multipart/mixed; boundary=b\n\n" + repeated("\n--a\n", 4 * megabyte)).problems.size(),
               1u);
+}
+
+// At each limit nothing is missing; beyond it there is no more than the limit allows, and the message says so.
+TEST(HostileMessageTest, PartsFieldsAndParametersHaveLimitsForTheWholeMessage) {
+    const std::string head = "Content-Type: multipart/mixed; boundary=b\n\n", part = "--b\n\nx\n";
+    const auto parts = [&](std::size_t count) { return repeated(part, count * part.size()); };
+    const auto fields = [](std::size_t count) { return repeated("a:\n", 3 * count); };
+    const auto parameters = [](std::size_t count) {
+        std::string value = "Content-Type: multipart/mixed; boundary=b";
+        for (std::size_t i = 1; i < count; ++i) value += ";" + std::to_string(i) + "=";
+        return value + "\n\n";
+    };
+    constexpr auto partLimit = MIMEPart::partLimit, fieldLimit = Headers::fieldLimit,
+                   parameterLimit = HeaderParameters::parameterLimit;
+    const struct {
+        const char* why;
+        std::string message;
+        bool isBeyond;
+        std::size_t children, fields, parameters;   // of the root
+    } rows[] = {
+        {"as many parts as may be", head + parts(partLimit), false, partLimit, 1, 1},
+        {"closed", head + parts(partLimit) + "--b--\n", false, partLimit, 1, 1},
+        {"one part more", head + parts(partLimit + 1), true, partLimit, 1, 1},
+        {"nothing but delimiters", head + repeated("--b\n", 8 * megabyte), true, partLimit, 1, 1},
+        {"parts within a part",
+         head + "--b\n" + "Content-Type: multipart/mixed; boundary=c\n\n" + repeated("--c\n\nx\n", 7 * partLimit), true,
+         1, 1, 1},
+        {"as many fields as may be", fields(fieldLimit - 1) + head, false, 0, fieldLimit, 1},
+        {"one field more", fields(fieldLimit) + head, true, 0, fieldLimit, 0},
+        {"fields of many parts", head + "--b\n" + fields(fieldLimit / 2) + "\n--b\n" + fields(fieldLimit / 2) + "\n",
+         true, 2, 1, 1},
+        {"as many parameters as may be", parameters(parameterLimit), false, 0, 1, parameterLimit},
+        {"one parameter more", parameters(parameterLimit + 1), true, 0, 1, parameterLimit},
+        {"parameters of parts", parameters(parameterLimit / 2) + "--b\n" + parameters(parameterLimit / 2 + 1) + "--b--",
+         true, 1, 1, parameterLimit / 2},
+    };
+    for (const auto& row : rows) {
+        const auto root = MIMEPart::parse(Bytes(row.message));
+        EXPECT_EQ(root.isBeyondLimits, row.isBeyond) << row.why;
+        EXPECT_EQ(root.children.size(), row.children) << row.why;
+        EXPECT_EQ(root.headers.fields.size(), row.fields) << row.why;
+        EXPECT_EQ(root.contentType.params.size(), row.parameters) << row.why;
+        const auto problems = MailMessage::make(root, false, {}).problems;
+        EXPECT_EQ(std::ranges::count(problems, problem::tooManyParts), row.isBeyond) << row.why;
+    }
+    const auto rest = MIMEPart::parse(Bytes(head + parts(partLimit + 2))).children.back();
+    EXPECT_EQ(rest.body.chars(), "x\n" + part + part) << "the last part holds what is beyond";
+}
+
+TEST(HostileMessageTest, ListsOfAddressesAndIdentifiersHaveLimits) {
+    constexpr auto most = MailAddress::listLimit, mostIDs = MessageIDs::listLimit;
+    const auto repeatedTimes = [](std::string_view piece, std::size_t count) {
+        return repeated(piece, piece.size() * count);
+    };
+    EXPECT_EQ(MailAddress::list(repeatedTimes("a@b,", most - 1)).size(), most - 1);
+    for (const std::string piece : {"a@b,", "<a>"})
+        EXPECT_EQ(MailAddress::list(repeatedTimes(piece, most + 1)).size(), most) << piece;
+    const auto words = repeatedTimes("a ", MailAddress::pieceLimit - 1);
+    EXPECT_EQ(MailAddress::list(words + "b").front().name, words + "b");
+    for (const std::string piece : {"@", "a ", "<a", "<@a,", "a:"})
+        EXPECT_LE(MailAddress::list(repeated(piece, 8 * megabyte)).front().name.size(), 2 * MailAddress::pieceLimit);
+    EXPECT_EQ(MessageIDs::list(repeatedTimes("<a@b>", mostIDs + 1)).size(), mostIDs);
+
+    const auto problems = [](const std::string& field) { return read(field + "\n\n").problems; };
+    const std::vector<std::string> none, tooMany = {problem::tooManyAddresses};
+    EXPECT_EQ(problems("To: " + repeatedTimes("a@b,", most - 1)), none);
+    EXPECT_EQ(problems("To: " + repeatedTimes("a@b,", most + 1)), tooMany);
+    EXPECT_EQ(problems("References: " + repeatedTimes("<a@b>", mostIDs + 1)), tooMany);
 }
 
 TEST(HostileMessageTest, BoundariesWithLineFeeds) {

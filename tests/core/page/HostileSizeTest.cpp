@@ -63,6 +63,50 @@ TEST(HostileSizes, LinksAreFoundInOneGo) {
     EXPECT_EQ(page.find("<a href=\"http"), page.rfind("<a href=\"http")) << "one address, to its last slash";
 }
 
+// What stands within the limits is shown as ever; beyond them the page ends, and says so.
+TEST(HostileSizes, APageHoldsSoMuchTextAndNoMore) {
+    const auto text = [](std::size_t size) { return std::string(size - 1, 'x') + "y"; };
+    const std::string image =
+        "<img src=\"data:image/png;base64," + std::string(2 * MessageHTML::textLimitBytes, 'A') + "\">";
+    constexpr auto textLimit = MessageHTML::textLimitBytes, lineLimit = MessageHTML::lineLimitBytes;
+    const auto with = [](auto change) {
+        MailMessage message;
+        message.subject = "Subject";
+        message.textBody = "text";
+        change(message);
+        return message;
+    };
+    const struct {
+        const char* why;
+        MailMessage message;
+        bool isCut;
+        const char* end;   // of what is there
+    } rows[] = {
+        {"plain text", with([&](auto& m) { m.textBody = text(textLimit); }), false, "xxy</div>"},
+        {"more plain text", with([&](auto& m) { m.textBody = text(textLimit + 1); }), true, "xxx</div>"},
+        {"no half characters", with([&](auto& m) { m.textBody = text(textLimit - 1) + "é"; }), true, "xxy</div>"},
+        {"HTML", with([&](auto& m) { m.htmlBody = text(textLimit); }), false, "xxy</div>"},
+        {"more HTML", with([&](auto& m) { m.htmlBody = text(textLimit + 1); }), true, "xxx</div>"},
+        {"images are no text", with([&](auto& m) { m.htmlBody = "a" + image + "b" + image + "c"; }), false,
+         "\">c</div>"},
+        {"text between images is", with([&](auto& m) { m.htmlBody = text(textLimit / 2) + image + text(textLimit); }),
+         true, "xxx</div>"},
+        {"a subject", with([&](auto& m) { m.subject = text(lineLimit); }), false, "xxy</h1>"},
+        {"a longer subject", with([&](auto& m) { m.subject = text(lineLimit + 1); }), true, "xxx</h1>"},
+        {"names of files", with([&](auto& m) {
+             m.attachments.assign(9, {text(lineLimit), "a/b", {}, "1", MailAttachment::Missing{}});
+         }),
+         true, "xxy <span class=\"size\">(not downloaded by Mail)</span></li></ul></section>"},
+        {"parts that were left out", with([&](auto& m) { m.problems = {problem::tooManyParts}; }), true, ""},
+    };
+    const PageLabels labels;
+    for (const auto& row : rows) {
+        const auto page = MessageHTML::page(row.message, "", "", std::nullopt, labels);
+        EXPECT_EQ(page.find(labels.tooLarge) != page.npos, row.isCut) << row.why;
+        EXPECT_NE(page.find(row.end), page.npos) << row.why;
+    }
+}
+
 // A head gives way to all style sheets, so many heads beside a large sheet would make a page of terabytes.
 TEST(HostileSizes, StyleSheetsAreNotRepeatedWithoutLimit) {
     std::string html = "<style>" + std::string(1'000'000, 'x') + "</style>";
