@@ -45,6 +45,7 @@ ExportSheet::ExportSheet(AppModel& model, Desktop& desktop, Gtk::Window& parent)
     for (Headline* title : {&optionsTitle_, &progressTitle_, &summaryTitle_}) title->label().add_css_class("title-2");
     for (Gtk::Box* each : {&options_, &progress_, &summary_}) faces_.add(*each);
     faces_.set_vhomogeneous(false);
+    faces_.set_hhomogeneous(false);
     content().append(faces_);
     for (Gtk::Button* button : {&close_, &choose_, &stop_, &reveal_, &finish_}) buttons().append(*button);
     for (Gtk::Button* button : {&choose_, &finish_}) button->add_css_class("suggested-action");
@@ -85,7 +86,7 @@ void ExportSheet::buildProgress() {
 
 void ExportSheet::buildSummary() {
     for (Gtk::Label* label : {&saved_, &savedAttachments_, &failed_, &folder_}) wrapFromLeft(*label);
-    failed_.add_css_class("warning");
+    failed_.add_css_class("attention");
     folder_.add_css_class("caption");
     folder_.add_css_class("dim-label");
     folder_.set_wrap_mode(Pango::WrapMode::CHAR);
@@ -129,7 +130,7 @@ void ExportSheet::show(const ExportProgress& progress) {
 void ExportSheet::show(const ExportResult& result) {
     summaryTitle_.set(result.cancelled ? "stop.circle" : "checkmark.circle.fill",
                       result.cancelled ? tr("Export stopped") : tr("Export finished"));
-    summaryTitle_.image().set_css_classes({result.cancelled ? "warning" : "success"});
+    summaryTitle_.image().set_css_classes({result.cancelled ? "attention" : "success"});
     saved_.set_text(trCount("%lld messages saved as PDFs", result.exported));
     savedAttachments_.set_text(trCount("%lld attachments saved", result.attachments));
     savedAttachments_.set_visible(result.attachments > 0);
@@ -153,6 +154,7 @@ void ExportSheet::face(Gtk::Widget& shown, const std::string& title, const std::
     }
     set_focus(*visible.back());
     set_deletable(&shown != &progress_);
+    fit();
 }
 
 void ExportSheet::cancel() {

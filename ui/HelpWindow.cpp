@@ -9,6 +9,9 @@
 #include <string>
 
 #include <gtkmm/adjustment.h>
+#include <gtkmm/button.h>
+#include <gtkmm/label.h>
+#include <gtkmm/linkbutton.h>
 #include <gtkmm/separator.h>
 
 namespace ostrel {
@@ -17,7 +20,7 @@ namespace {
 using i18n::tr;
 
 constexpr int defaultWidth = 780, defaultHeight = 540, leastWidth = 680, leastHeight = 440;
-constexpr int listWidth = 220, pageWidth = 640, padding = 24, paragraphSpacing = 14;
+constexpr int listWidth = 220, padding = 24, paragraphSpacing = 14;
 
 }   // namespace
 
@@ -28,6 +31,7 @@ HelpWindow::HelpWindow()
     set_title(tr("Ostrel Help"));
     set_default_size(defaultWidth, defaultHeight);
     set_size_request(leastWidth, leastHeight);
+    set_titlebar(header_);
 
     titles_.add_css_class("navigation-sidebar");
     titles_.set_selection_mode(Gtk::SelectionMode::BROWSE);
@@ -63,7 +67,7 @@ void HelpWindow::show(const Topic& topic) {
         wrapFromLeft(label);
         label.set_selectable();
         label.set_halign(Gtk::Align::START);
-        label.set_max_width_chars(80);
+        label.set_max_width_chars(80);   // about 640 pixels
         if (isTitle) label.add_css_class("title-1");
         page_.append(label);
     };
@@ -85,7 +89,6 @@ void HelpWindow::show(const Topic& topic) {
         page_.append(mail);
         page_.append(web);
     }
-    page_.set_size_request(-1, -1);
     scroller_.get_vadjustment()->set_value(0);
 }
 

@@ -5,9 +5,7 @@
 #include <vector>
 
 #include <gtkmm/box.h>
-#include <gtkmm/button.h>
-#include <gtkmm/label.h>
-#include <gtkmm/linkbutton.h>
+#include <gtkmm/headerbar.h>
 #include <gtkmm/listbox.h>
 #include <gtkmm/scrolledwindow.h>
 #include <gtkmm/window.h>
@@ -23,6 +21,7 @@ private:
     void show(const Topic& topic);
 
     std::vector<Topic> topics_;
+    Gtk::HeaderBar header_;
     Gtk::Box columns_, page_;
     Gtk::ScrolledWindow list_, scroller_;
     Gtk::ListBox titles_;

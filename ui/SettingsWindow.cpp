@@ -6,6 +6,8 @@
 #include "ui/Headline.h"
 #include "ui/OptionRows.h"
 
+#include <gtkmm/headerbar.h>
+
 namespace ostrel {
 namespace {
 
@@ -37,6 +39,7 @@ SettingsWindow::SettingsWindow(AppModel& model) : model_(model), form_(Gtk::Orie
     scroller_.set_child(form_);
     scroller_.set_policy(Gtk::PolicyType::NEVER, Gtk::PolicyType::AUTOMATIC);
     set_child(scroller_);
+    set_focus(choose_);   // else the folder's text would take it, and select itself
     subscription_ = model_.settings.observe([this] { showFolder(); });
     showFolder();
 }
@@ -67,11 +70,11 @@ void SettingsWindow::addMailFolder(Gtk::Box& section) {
     note.add_css_class("caption");
     note.add_css_class("dim-label");
     auto& buttons = *Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, spacing);
-    auto& choose = *Gtk::make_managed<Gtk::Button>(tr("Choose a Folder…"));
-    choose.set_action_name("app.choose-folder");
+    choose_.set_label(tr("Choose a Folder…"));
+    choose_.set_action_name("app.choose-folder");
     auto& standard = *Gtk::make_managed<Gtk::Button>(tr("Use Apple Mail’s Folder"));
     standard.set_action_name("app.use-default-folder");
-    buttons.append(choose);
+    buttons.append(choose_);
     buttons.append(standard);
     for (Gtk::Widget* each : std::initializer_list<Gtk::Widget*>{&row, &note, &buttons}) section.append(*each);
 }

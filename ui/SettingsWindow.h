@@ -3,15 +3,11 @@
 #include "app/AppModel.h"
 
 #include <string>
-#include <vector>
 
 #include <gtkmm/box.h>
 #include <gtkmm/button.h>
-#include <gtkmm/headerbar.h>
 #include <gtkmm/label.h>
 #include <gtkmm/scrolledwindow.h>
-#include <gtkmm/stack.h>
-#include <gtkmm/stackswitcher.h>
 #include <gtkmm/window.h>
 
 namespace ostrel {
@@ -31,6 +27,7 @@ private:
     Gtk::ScrolledWindow scroller_;
     Gtk::Box form_;
     Gtk::Label folder_;
+    Gtk::Button choose_;
     Subscription subscription_;
 };
 

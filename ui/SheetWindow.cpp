@@ -1,9 +1,15 @@
 #include "ui/SheetWindow.h"
 
+#include <algorithm>
+
+#include <gtkmm/application.h>
+
 namespace ostrel {
 namespace {
 
-constexpr int width = 520, margin = 24, spacing = 12;
+constexpr int width = 540, mostHeight = 560, margin = 24, spacing = 12;
+// What the frame of a window and a scroll bar may take of its width.
+constexpr int frame = 30;
 
 }   // namespace
 
@@ -15,13 +21,13 @@ SheetWindow::SheetWindow(AppModel& model, Gtk::Window& parent, const std::string
     set_title(title);
     set_transient_for(parent);
     set_modal();
-    set_default_size(width, -1);
-    add_css_class("sheet");
+    if (const auto application = parent.get_application()) application->add_window(*this);   // its actions
+    header_.add_css_class("flat");
+    set_titlebar(header_);
 
     content_.set_margin(margin);
     scroller_.set_child(content_);
     scroller_.set_policy(Gtk::PolicyType::NEVER, Gtk::PolicyType::AUTOMATIC);
-    scroller_.set_propagate_natural_height();
     scroller_.set_vexpand();
     buttons_.set_halign(Gtk::Align::END);
     buttons_.set_margin(margin);
@@ -39,6 +45,18 @@ SheetWindow::SheetWindow(AppModel& model, Gtk::Window& parent, const std::string
         },
         false);
     add_controller(keys);
+}
+
+// The scrolled window does not know how its lines will break.
+void SheetWindow::fit() {
+    const auto heightOf = [](const Gtk::Widget& part) {
+        int least = 0, natural = 0, unused = 0;
+        part.measure(Gtk::Orientation::VERTICAL, width - frame, least, natural, unused, unused);
+        return natural;
+    };
+    const int content = std::min(heightOf(content_), mostHeight);
+    scroller_.set_min_content_height(content);
+    set_default_size(width, content + heightOf(buttons_) + heightOf(header_));
 }
 
 void SheetWindow::cancel() { model_.sheet.set(std::nullopt); }

@@ -7,7 +7,7 @@
 #include <gtkmm/box.h>
 #include <gtkmm/button.h>
 #include <gtkmm/eventcontrollerkey.h>
-#include <gtkmm/label.h>
+#include <gtkmm/headerbar.h>
 #include <gtkmm/scrolledwindow.h>
 #include <gtkmm/window.h>
 
@@ -25,6 +25,9 @@ protected:
     Gtk::Box& content() { return content_; }
     // Buttons from left to right.
     Gtk::Box& buttons() { return buttons_; }
+    // Makes the sheet as high as its content, where the display allows. When the content is complete, and when it
+    // becomes another.
+    void fit();
     // Escape, and closing the window by other means. Closes the sheet unless overridden.
     virtual void cancel();
 
@@ -32,6 +35,7 @@ protected:
 
 private:
     AppModel& model_;
+    Gtk::HeaderBar header_;
     Gtk::ScrolledWindow scroller_;
     Gtk::Box body_, content_, buttons_;
 };

@@ -29,6 +29,7 @@ Gtk::Widget& feature(const char* symbol, const std::string& title, const std::st
         wrapFromLeft(*label);
         texts.append(*label);
     }
+    texts.set_hexpand();
     row.append(image);
     row.append(texts);
     // One element to a screen reader.
@@ -81,6 +82,7 @@ WelcomeSheet::WelcomeSheet(AppModel& model, Gtk::Window& parent) : SheetWindow(m
     buttons().append(start);
     set_default_widget(start);
     set_focus(start);
+    fit();
 }
 
 void WelcomeSheet::begin() {
