@@ -8,7 +8,10 @@
 #include "tests/render/TemptingPage.h"
 
 #include <algorithm>
+#include <chrono>
+#include <csignal>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -94,12 +97,15 @@ protected:
     }
 
     // Runs the command under the tracer and says what it did against the promises. The programs named must have run.
-    void expectKept(const std::string& why, const Command& command, const std::vector<std::string>& programs,
-                    const std::vector<std::string>& alsoAllowed = {}) {
+    void expectKept(
+        const std::string& why, const Command& command, const std::vector<std::string>& programs,
+        const std::vector<std::string>& alsoAllowed = {},
+        const std::function<void(Trace&)>& meanwhile = [](Trace&) {}) {
         const std::vector<std::string> paths = everything();
         makeAccessTimesOld(paths);
         const State before = stateOf(paths);
         Trace trace(command, scratch_.path());
+        meanwhile(trace);
         EXPECT_EQ(trace.program().wait(), 0) << why << ": " << trace.program().errors();
         EXPECT_EQ(stateOf(paths), before) << why;
         EXPECT_EQ(everything(), paths) << why;
@@ -138,6 +144,42 @@ TEST_F(PromisesTest, AnInspectionOnlyReadsTheStoreAndCallsNobody) {
     const Command each = {"/bin/sh", "-c", R"(for file; do "$0" page "$file"; done; true)", INSPECT_PROGRAM};
     expectKept("page", surroundings() + each + messages(), {"ostrel-inspect"});
 }
+
+#ifdef APPLICATION_PROGRAM
+// Ends the program when the engine runs and the message that calls out has been read three times more: shown twice,
+// at least.
+void endOnceShown(Trace& trace) {
+    const auto count = [&](std::string_view begin, std::string_view end) {
+        return std::ranges::count_if(trace.calls(), [&](const std::string& call) {
+            return call.starts_with(begin) && call.substr(0, call.find("\",")).ends_with(end);
+        });
+    };
+    const auto timesRead = [&] { return count("openat(", "900001.emlx"); };
+    const auto giveUp = std::chrono::steady_clock::now() + std::chrono::seconds(120);
+    const auto waitUntil = [&](const auto& isSo) {
+        while (!isSo() && std::chrono::steady_clock::now() < giveUp) {
+        }
+        EXPECT_TRUE(isSo()) << "the message was not shown";
+    };
+    waitUntil([&] { return count("execve(", "WebKitWebProcess") > 0; });
+    const auto before = timesRead();
+    waitUntil([&] { return timesRead() >= before + 3; });
+    for (const pid_t program : trace.program().descendants("ostrel")) kill(program, SIGINT);
+}
+
+TEST_F(PromisesTest, TheWindowOnlyReadsTheStoreAndCallsNobody) {
+    if (!Trace::isPossible(scratch_.path())) GTEST_SKIP() << noTracer;
+    files::createFolders(scratch_ / "config/ostrel");
+    const std::string settings = R"({"onboardingDone":true,"paper":"a4","includeAttachments":true,"includeIndex":true,)"
+                                 R"("skipDuplicates":true,"mailFolder":")" +
+                                 store().native() + "\"}";
+    files::writeAtomically(scratch_ / "config/ostrel/settings.json", bytesOf(settings));
+    // The session's bus and the one for screen readers; the system's, which may tell of power and networks.
+    expectKept("window", surroundings() + Command{SESSION, APPLICATION_PROGRAM},
+               {"ostrel", "WebKitNetworkProcess", "WebKitWebProcess"},
+               {"/tmp/dbus-", "/at-spi", "/dbus/system_bus_socket"}, endOnceShown);
+}
+#endif
 
 // Also where nobody can be watched: where nothing can be written, an export is whole all the same.
 TEST_F(PromisesTest, AnExportOfAStoreMountedReadOnlyIsWhole) {
