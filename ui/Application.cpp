@@ -6,6 +6,7 @@
 #include "render/WebPDFRenderer.h"
 #include "ui/About.h"
 #include "ui/ApplicationID.h"
+#include "ui/SheetWindow.h"
 #include "ui/ShortcutsWindow.h"
 #include "ui/Symbols.h"
 
@@ -102,11 +103,10 @@ void Application::showShortcuts() {
 
 void Application::showAbout() { ostrel::showAbout(get_active_window()); }
 
-// A sheet belongs to the window that it covers.
+// A sheet goes with the window that it covers, and comes back with it.
 void Application::closeActive() {
     Gtk::Window* window = get_active_window();
-    while (window != nullptr && window->get_modal() && window->get_transient_for() != nullptr)
-        window = window->get_transient_for();
+    if (dynamic_cast<SheetWindow*>(window) != nullptr) window = main_.get();
     if (window != nullptr) window->close();
 }
 

@@ -20,6 +20,18 @@ constexpr int sidebarMinimum = 200, sidebarIdeal = 240, sidebarMaximum = 360;
 constexpr int messagesMinimum = 380, messagesIdeal = 520;
 constexpr int previewMinimum = 100;
 
+// The menus are in reach everywhere in the window.
+Mnemonics lettersOf(const Glib::RefPtr<Gio::MenuModel>& menuBar) {
+    Mnemonics letters;
+    for (int i = 0; i < menuBar->get_n_items(); ++i) {
+        char* label = nullptr;
+        if (!g_menu_model_get_item_attribute(menuBar->gobj(), i, G_MENU_ATTRIBUTE_LABEL, "s", &label)) continue;
+        letters.take(label);
+        g_free(label);
+    }
+    return letters;
+}
+
 // An icon alone: the tooltip says more than its name.
 void prepare(Gtk::Button& button, const char* symbol, const std::string& name, const std::string& tooltip,
              const char* action) {
@@ -35,6 +47,7 @@ MainWindow::MainWindow(AppModel& model, Desktop& desktop, WebPreview::LinkOpener
                        const Glib::RefPtr<Gio::MenuModel>& menuBar)
     : model_(model),
       desktop_(desktop),
+      mnemonics_(lettersOf(menuBar)),
       menuBar_(menuBar),
       access_(model, desktop),
       noMail_(model),

@@ -27,4 +27,11 @@ std::string Mnemonics::mark(const std::string& text) {
     return marked;
 }
 
+void Mnemonics::take(const std::string& marked) {
+    for (std::size_t i = 0; i + 1 < marked.size(); ++i) {
+        if (marked[i] != '_') continue;
+        if (marked[++i] != '_') taken_.insert(lowered(marked[i]));
+    }
+}
+
 }   // namespace ostrel

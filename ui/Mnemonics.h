@@ -13,6 +13,9 @@ public:
     // back without where no letter is free. Underscores of the text itself are doubled.
     std::string mark(const std::string& text);
 
+    // The letter of a text that is marked already is taken.
+    void take(const std::string& marked);
+
 private:
     std::set<char> taken_;   // lower case
 };
