@@ -10,7 +10,9 @@
 
 #include <iostream>
 
+#include <glibmm/init.h>
 #include <glibmm/miscutils.h>
+#include <gtk/gtk.h>
 
 namespace {
 
@@ -20,7 +22,8 @@ void prepare(const ostrel::EngineHome& home) {
     home.moveCacheIn();
     if (!ostrel::reducedFonts::provide(cache)) ostrel::reducedFonts::provide(home.path());
     if (!ostrel::engineSandbox::allowOrDoWithout())
-        std::cerr << "The web engine runs without its sandbox: this system does not allow one.\n";
+        std::cerr << ostrel::i18n::tr("The web engine runs without its sandbox: this system does not allow one.")
+                  << '\n';
 }
 
 }   // namespace
@@ -28,6 +31,9 @@ void prepare(const ostrel::EngineHome& home) {
 int main() {
     using namespace ostrel;
     i18n::start();
+    // The locale is set as far as it may be; the toolkit would set a decimal comma too, for everybody.
+    gtk_disable_setlocale();
+    Glib::set_init_to_users_preferred_locale(false);
     Glib::set_prgname(applicationID);   // by which the desktop finds the window's icon
     const EngineHome home;
     prepare(home);
