@@ -19,7 +19,7 @@ namespace {
 namespace fs = std::filesystem;
 
 // A folder just made is not locked yet.
-constexpr auto surelyLocked = std::chrono::minutes(1);
+constexpr auto surelyLocked = std::chrono::seconds(5);
 
 // The open folder, locked; -1 when it is no folder, another user's or in use.
 int lockFolder(const fs::path& folder) {

@@ -107,6 +107,13 @@ protected:
         return output.substr(0, output.find('\n'));
     }
 
+    static void expectWholePDF(const fs::path& file) {
+        const std::string pdf(files::readWhole(file).chars());
+        EXPECT_TRUE(pdf.starts_with("%PDF-")) << file;
+        EXPECT_NE(pdf.rfind("%%EOF"), pdf.npos) << file;
+        EXPECT_GT(pdf.rfind("%%EOF") + 16, pdf.size()) << file;
+    }
+
     // Every row that names a PDF has it, whole; every PDF has its row; nothing half-written lies about.
     static void expectTrueIndex(const fs::path& folder, const std::vector<Record>& index) {
         std::size_t named = 0, present = 0;
@@ -114,9 +121,7 @@ protected:
             ASSERT_EQ(row.size(), 12U) << row.front();
             if (&row == &index.front() || row[7].empty()) continue;
             ++named;
-            const Bytes pdf = files::readWhole(folder / row[7]);
-            EXPECT_TRUE(pdf.chars().starts_with("%PDF-")) << row[7];
-            EXPECT_NE(pdf.chars().substr(pdf.size() - 16).find("%%EOF"), std::string_view::npos) << row[7];
+            expectWholePDF(folder / row[7]);
             if (row[6] != "0") {
                 EXPECT_EQ(std::to_string(files::list(folder / row[8]).size()), row[6]) << row[8];
             }
@@ -187,6 +192,25 @@ TEST_F(ExportProgramTest, AnEngineCrashCostsOneMessage) {
     const auto failed = std::ranges::count(index, "Couldn’t be read", [](const Record& row) { return row[11]; });
     EXPECT_LE(failed, 1) << program.errors();
     EXPECT_GT(index.size(), 50U);
+}
+
+TEST_F(ExportProgramTest, WhatAKilledRunLeavesIsWholeAndTheNextRunWorksAtOnce) {
+    makeStore({"60"});
+    for (const std::size_t written : {1, 7, 20}) {
+        Program program(exportCommand(), home_);
+        waitForPDFs(home_ / "out", written);
+        program.signal(SIGKILL);
+        EXPECT_EQ(program.wait(), -SIGKILL);
+        for (const auto& entry : fs::recursive_directory_iterator(home_ / "out")) {
+            if (entry.path().extension() == ".pdf") expectWholePDF(entry.path());
+        }
+        fs::remove_all(home_ / "out");
+        fs::create_directory(home_ / "out");
+    }
+    Program next(exportCommand(), home_);
+    EXPECT_EQ(next.wait(), 0) << next.errors();
+    const fs::path folder = folderOf(next);
+    expectTrueIndex(folder, readCSV(folder / "index.csv"));
 }
 
 TEST_F(ExportProgramTest, TheLossOfItsDisplayEndsTheRunWithAnIndex) {
