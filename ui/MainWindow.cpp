@@ -17,8 +17,8 @@ using i18n::tr;
 
 constexpr int defaultWidth = 1240, defaultHeight = 760;
 constexpr int sidebarMinimum = 200, sidebarIdeal = 240, sidebarMaximum = 360;
-constexpr int messagesMinimum = 380, messagesIdeal = 520;
-constexpr int previewMinimum = 100;
+constexpr int messagesMinimum = 384, messagesIdeal = 520;   // all columns of the list at their least need 382
+constexpr int previewMinimum = 100, previewIdeal = 320;
 
 // The menus are in reach everywhere in the window.
 Mnemonics lettersOf(const Glib::RefPtr<Gio::MenuModel>& menuBar) {
@@ -59,8 +59,9 @@ MainWindow::MainWindow(AppModel& model, Desktop& desktop, WebPreview::LinkOpener
       preview_(model, std::move(opener)),
       mailboxes_(Gtk::Orientation::VERTICAL),
       messages_(Gtk::Orientation::VERTICAL),
-      messagesAndPreview_({messagesIdeal, 0}, messages_, preview_),
-      columns_({sidebarIdeal, sidebarMaximum}, mailboxes_, messagesAndPreview_) {
+      messagesAndPreview_({MessageCell::scaled(messagesIdeal), 0, previewIdeal}, messages_, preview_),
+      columns_({MessageCell::scaled(sidebarIdeal), MessageCell::scaled(sidebarMaximum)}, mailboxes_,
+               messagesAndPreview_) {
     set_title(tr("Ostrel"));
     set_default_size(defaultWidth, defaultHeight);
     set_hide_on_close();

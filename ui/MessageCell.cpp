@@ -14,9 +14,13 @@ constexpr int symbolGap = 6;
 }   // namespace
 
 int MessageCell::scaled(int pixels) {
-    constexpr double usualResolution = 96.0 * 1024;
-    const int resolution = Gtk::Settings::get_default()->property_gtk_xft_dpi().get_value();
-    return static_cast<int>(pixels * std::max(1.0, resolution / usualResolution));
+    constexpr double usualResolution = 96.0 * 1024, usualPoints = 11;
+    const auto settings = Gtk::Settings::get_default();
+    const Pango::FontDescription font(settings->property_gtk_font_name().get_value());
+    const int resolution = settings->property_gtk_xft_dpi().get_value();
+    const double scale = (font.get_size() / static_cast<double>(PANGO_SCALE) / usualPoints) *
+                         (resolution > 0 ? resolution / usualResolution : 1.0);
+    return static_cast<int>(pixels * std::max(1.0, scale));
 }
 
 MessageCell::MessageCell(Width width) : width_(width) {

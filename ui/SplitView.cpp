@@ -1,9 +1,11 @@
 #include "ui/SplitView.h"
 
+#include <algorithm>
+
 namespace ostrel {
 
 SplitView::SplitView(Width width, Gtk::Widget& first, Gtk::Widget& second)
-    : wanted_(width.ideal), maximum_(width.maximum) {
+    : wanted_(width.ideal), maximum_(width.maximum), forSecond_(width.forSecond) {
     set_start_child(first);
     set_end_child(second);
     set_resize_start_child(false);
@@ -16,7 +18,7 @@ SplitView::SplitView(Width width, Gtk::Widget& first, Gtk::Widget& second)
 // A handle that gave way to a narrow window comes back when the window grows.
 void SplitView::size_allocate_vfunc(int width, int height, int baseline) {
     isAllocating_ = true;
-    if (width != allocated_) set_position(wanted_);
+    if (width != allocated_) set_position(std::min(wanted_, std::max(1, width - forSecond_)));   // not below the least
     allocated_ = width;
     Gtk::Paned::size_allocate_vfunc(width, height, baseline);
     isAllocating_ = false;

@@ -10,6 +10,7 @@ class SplitView : public Gtk::Paned {
 public:
     struct Width {
         int ideal, maximum;   // of the first column; the least is what its widget asks for. 0: no maximum
+        int forSecond = 0;    // where there is not room for both, the first leaves the second this much if it can
     };
     SplitView(Width width, Gtk::Widget& first, Gtk::Widget& second);
 
@@ -19,7 +20,7 @@ protected:
 private:
     void positionChanged();
 
-    int wanted_, maximum_;
+    int wanted_, maximum_, forSecond_;
     int allocated_ = 0;
     bool isAllocating_ = false;
 };
