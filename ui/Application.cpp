@@ -54,7 +54,6 @@ void Application::on_startup() {
         now});
     commands_ = std::make_unique<Commands>(*this, *model_, *this);
     main_ = std::make_unique<MainWindow>(*model_, *desktop_, &DesktopServices::openLink, get_menubar());
-    add_window(*main_);
     subscriptions_.push_back(model_->exportPhase.observe([this] { exportChanged(); }));
 }
 
@@ -75,24 +74,28 @@ void Application::addStyle() {
 
 // ---- Windows ----
 
-void Application::showMain() { main_->present(); }
+// A window that was closed has left the application, and its actions.
+void Application::bring(Gtk::Window& window) {
+    if (!window.get_application()) add_window(window);
+    window.present();
+}
+
+void Application::showMain() { bring(*main_); }
 
 void Application::showHelp() {
     if (!help_) {
         help_ = std::make_unique<HelpWindow>();
         help_->set_hide_on_close();
-        add_window(*help_);
     }
-    help_->present();
+    bring(*help_);
 }
 
 void Application::showSettings() {
     if (!settings_) {
         settings_ = std::make_unique<SettingsWindow>(*model_);
         settings_->set_hide_on_close();
-        add_window(*settings_);
     }
-    settings_->present();
+    bring(*settings_);
 }
 
 void Application::showShortcuts() {

@@ -43,6 +43,7 @@ private:
     void closeActive() override;
     void quit() override;
 
+    void bring(Gtk::Window& window);
     void addStyle();
     void followActivation();
     void exportChanged();
