@@ -51,8 +51,8 @@ void MessageCell::measure_vfunc(Gtk::Orientation orientation, int, int& minimum,
         text_.measure(orientation, -1, minimum, natural, minimumBaseline, naturalBaseline);
         return;
     }
-    minimum = scaled(width_.minimum);
-    natural = scaled(width_.ideal);
+    minimum = std::max(scaled(width_.minimum), width_.least);
+    natural = std::max(scaled(width_.ideal), minimum);
 }
 
 // The symbol follows the text directly where there is room, and keeps its place where there is not.

@@ -14,6 +14,7 @@ class MessageCell : public Gtk::Box {
 public:
     struct Width {
         int minimum, ideal;   // pixels at the usual text size
+        int least = 0;        // pixels at the user's text size
     };
     // As many pixels at the text size that the user chose.
     static int scaled(int pixels);

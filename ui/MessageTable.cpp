@@ -74,6 +74,18 @@ Gtk::Widget* childNamed(Gtk::Widget& parent, const char* cssName) {
     return nullptr;
 }
 
+// In pixels. A date that is cut off says nothing.
+int widestDate(Gtk::Widget& widget, const Calendar& calendar) {
+    int widest = 0;
+    for (int month = 1; month <= 12; ++month) {
+        const auto layout = widget.create_pango_layout(locale::date(calendar.startOfDay({2024, month, 28}), calendar));
+        int width = 0, height = 0;
+        layout->get_pixel_size(width, height);
+        widest = std::max(widest, width + 2);   // digits of equal width take a little more
+    }
+    return widest;
+}
+
 bool hasFocus(Gtk::Widget& widget) {
     return (widget.get_state_flags() & Gtk::StateFlags::FOCUS_WITHIN) != Gtk::StateFlags();
 }
@@ -87,6 +99,7 @@ MessageTable::MessageTable(AppModel& model)
              tr("Check more mailboxes on the left, or clear the filters.")) {
     view_.add_css_class("messages");
     accessible::setLabel(view_, tr("Messages"));
+    widestDate_ = widestDate(view_, calendar_);
     for (const Column column : {date, from, subject, mailbox}) addColumn(column);
     gtk_column_view_set_model(view_.gobj(), rows_.object());
     rows_.onSelect = [this](std::size_t row) { model_.selection.set(rows_.messages()[row].id()); };
@@ -146,8 +159,8 @@ Glib::RefPtr<Gtk::ListItemFactory> MessageTable::factory(Column column) {
     const auto made = Gtk::SignalListItemFactory::create();
     made->signal_setup().connect([this, column](const Glib::RefPtr<Gtk::ListItem>& item) {
         const Layout& layout = layouts[column];
-        auto* cell = Gtk::make_managed<MessageCell>(
-            MessageCell::Width{layout.minimum - cellPadding, layout.ideal - cellPadding});
+        auto* cell = Gtk::make_managed<MessageCell>(MessageCell::Width{
+            layout.minimum - cellPadding, layout.ideal - cellPadding, column == date ? widestDate_ : 0});
         if (column == date) cell->text().add_css_class("numeric");
         if (column == mailbox) cell->text().add_css_class("dim-label");
         if (column == subject) cell->setSymbol(symbols::iconName("paperclip"), tr("Has attachments"));

@@ -67,6 +67,7 @@ private:
     std::array<Glib::RefPtr<Gtk::ColumnViewColumn>, columnCount> columns_;
     std::array<Gtk::Widget*, columnCount> titles_{};   // null where the column does not sort
     bool isShowingSortOrder_ = false;
+    int widestDate_ = 0;
     Gtk::ScrolledWindow scroller_;
     Gtk::ColumnView view_;
     Gtk::Widget* list_;   // the part of the view that scrolls
