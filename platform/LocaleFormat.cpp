@@ -235,10 +235,11 @@ std::optional<Day> dayIn(std::string_view text) {
     const icu::UnicodeString typed =
         icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int32_t>(text.size()))).trim();
     const icu::Locale where = localeOf(localeName("LC_TIME"));
-    for (const icu::UnicodeString& pattern : {bestPattern("yMMdd", "y-MM-dd", where), icu::UnicodeString("y-MM-dd")}) {
+    for (icu::UnicodeString pattern : {bestPattern("yMMdd", "y-MM-dd", where), icu::UnicodeString("y-MM-dd")}) {
+        pattern.findAndReplace("MM", "M").findAndReplace("dd", "d");   // two digits are the least otherwise
         const DateFormat format = dateFormat(pattern, where);
         if (!format) continue;
-        format->setLenient(false);
+        format->setLenient(false);   // no 30th of February
         icu::ParsePosition end(0);
         const UDate when = format->parse(typed, end);
         if (end.getErrorIndex() >= 0 || end.getIndex() == 0 || end.getIndex() != typed.length()) continue;

@@ -54,6 +54,41 @@ TEST(LocaleFormat, categoriesOverrideLANGAndLC_ALLOverridesBoth) {
     EXPECT_EQ(measurementSystem(), MeasurementSystem::us);
 }
 
+TEST(LocaleFormat, writesDaysAndReadsThemAsTyped) {
+    const struct {
+        const char* locale;
+        std::string_view named, digits;
+    } locales[] = {
+        {"en_US.UTF-8", "Mar 5, 2024", "03/05/2024"},
+        {"de_DE.UTF-8", "5. M\u00e4rz 2024", "05.03.2024"},
+        {"sv_SE.UTF-8", "5 mars 2024", "2024-03-05"},
+    };
+    const Day day{2024, 3, 5};
+    for (const auto& row : locales) {
+        const EnvironmentVariable all("LC_ALL", row.locale);
+        EXPECT_EQ(date(morning, Calendar::utc()), row.named) << row.locale;
+        EXPECT_EQ(numericDate(day), row.digits) << row.locale;
+        EXPECT_EQ(dayIn(row.digits), day) << row.locale;
+        EXPECT_EQ(dayIn(" 2024-03-05 "), day) << row.locale;
+    }
+    const struct {
+        const char* why;
+        std::string_view typed;
+        std::optional<Day> day;
+    } rows[] = {
+        {"fewer digits", "3/5/2024", day},
+        {"a short year is of this century", "3/5/24", day},
+        {"nothing", "", std::nullopt},
+        {"half typed", "03/05/", std::nullopt},
+        {"no such day", "02/30/2024", std::nullopt},
+        {"a month too many", "13/01/2024", std::nullopt},
+        {"something behind it", "03/05/2024x", std::nullopt},
+        {"words", "yesterday", std::nullopt},
+    };
+    const EnvironmentVariable all("LC_ALL", "en_US.UTF-8");
+    for (const auto& row : rows) EXPECT_EQ(dayIn(row.typed), row.day) << row.why;
+}
+
 TEST(LocaleFormat, writesFileSizes) {
     const struct {
         const char* why;
