@@ -44,10 +44,8 @@ void returnMemory() {
 void settle() {
     doWithoutGraphics();
     returnMemory();
-    // Scripts of a few milliseconds for each page gain nothing from compilers and collectors beside them: 10 MB.
+    // Scripts of a few milliseconds for each page gain nothing from a compiler: 8 MB.
     setenv("JSC_useBaselineJIT", "0", 0);
-    setenv("JSC_useConcurrentGC", "0", 0);
-    setenv("JSC_numberOfGCMarkers", "1", 0);
 }
 
 }   // namespace ostrel::engineThrift
