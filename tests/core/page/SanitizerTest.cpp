@@ -168,9 +168,12 @@ TEST(Sanitizer, StopsEmbeddingBeforeThePageFillsTheMemory) {
     const Images images = {{"big", image(Bytes(std::string(12'000'000, 'x')))}, {"small", image(Bytes("abc"))}};
     std::string html;
     for (int i = 0; i < 20; ++i) html += "<img src=cid:big>";
+    const std::string written = "<img src=\"data:image/png;base64,";
+    html += written + std::string(13'000'000, 'A') + "\">";
     html += "<img src=cid:small>";
     const auto result = MessageHTML::sanitize(html, images);
-    EXPECT_EQ(4U, result.blocked) << "sixteen of 16 MB fit";
+    EXPECT_EQ(5U, result.blocked) << "sixteen of 16 MB fit, and none of 13 MB that the sender wrote into the HTML";
+    EXPECT_EQ(result.html.find(written + "AA"), std::string::npos);
     EXPECT_LE(result.html.size(), ImageRewriter::embeddedBytesLimit + html.size() + 1000);
     EXPECT_TRUE(result.html.ends_with("<img src=\"data:image/png;base64,YWJj\">")) << "a smaller one still fits";
 }
