@@ -27,7 +27,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::string_view formatVersion = "2";   // of what stands in the folder
+constexpr std::string_view formatVersion = "3";   // of what stands in the folder
 constexpr std::string_view namePrefix = "fonts-";
 
 // Families that mail names, and the generic ones; what they stand for on this system is for fontconfig to say.
@@ -54,6 +54,7 @@ constexpr auto keptUnused = std::chrono::hours(24 * 30);
 
 using ConfigPtr = std::unique_ptr<FcConfig, Releaser<FcConfigDestroy>>;
 using PatternPtr = std::unique_ptr<FcPattern, Releaser<FcPatternDestroy>>;
+using CharSetPtr = std::unique_ptr<FcCharSet, Releaser<FcCharSetDestroy>>;
 using BlobPtr = std::unique_ptr<hb_blob_t, Releaser<hb_blob_destroy>>;
 using FacePtr = std::unique_ptr<hb_face_t, Releaser<hb_face_destroy>>;
 using InputPtr = std::unique_ptr<hb_subset_input_t, Releaser<hb_subset_input_destroy>>;
@@ -98,6 +99,33 @@ std::set<fs::path> textFonts(FcConfig* config) {
                 const auto bytes = file ? files::size(*file).value_or(0) : 0;
                 if (bytes >= leastFileBytes && bytes <= mostFileBytes) result.insert(*file);
             }
+    return result;
+}
+
+// Fonts with PostScript outlines (those of Ghostscript often stand for Helvetica and Times) reach the PDF as drawings,
+// glyph by glyph: a plain mail takes a third more room and time. They are left out as far as TrueType fonts have all
+// their characters.
+std::set<fs::path> drawnFonts(FcConfig* config) {
+    const CharSetPtr covered(FcCharSetCreate());
+    for (FcChar32 c = 0xE000; c <= 0xF8FF; ++c) FcCharSetAddChar(covered.get(), c);   // private use: nobody mails them
+    std::vector<std::pair<fs::path, FcCharSet*>> drawn;
+    const FcFontSet* fonts = FcConfigGetFonts(config, FcSetSystem);
+    for (int each = 0; fonts && each < fonts->nfont; ++each) {
+        FcChar8 *file = nullptr, *format = nullptr;
+        FcCharSet* characters = nullptr;
+        if (FcPatternGetString(fonts->fonts[each], FC_FILE, 0, &file) != FcResultMatch ||
+            FcPatternGetString(fonts->fonts[each], FC_FONTFORMAT, 0, &format) != FcResultMatch ||
+            FcPatternGetCharSet(fonts->fonts[each], FC_CHARSET, 0, &characters) != FcResultMatch) {
+            continue;
+        }
+        const std::string_view name = plainText(format);
+        if (name == "TrueType") FcCharSetMerge(covered.get(), characters, nullptr);
+        if (name == "CFF" || name == "Type 1") drawn.emplace_back(plainText(file), characters);
+    }
+    std::set<fs::path> result;
+    for (const auto& [file, characters] : drawn) {
+        if (FcCharSetIsSubset(characters, covered.get())) result.insert(file);
+    }
     return result;
 }
 
@@ -163,21 +191,32 @@ std::optional<std::string> reduced(std::string_view font) {
 
 std::string escaped(const fs::path& path) { return GChars(g_markup_escape_text(path.c_str(), -1)).get(); }
 
+// The system's configuration, without some of its fonts.
+std::string baseOf(const std::string& system, const std::set<fs::path>& leftOut) {
+    std::string base = "<include>" + escaped(system) + "</include>\n<selectfont><rejectfont>\n";
+    for (const auto& font : leftOut) base += "<glob>" + escaped(font) + "</glob>\n";
+    return base + "</rejectfont></selectfont>\n";
+}
+
+ConfigPtr configOf(const std::string& base) {
+    ConfigPtr config(FcConfigCreate());
+    const std::string whole = "<fontconfig>\n" + base + "</fontconfig>\n";
+    if (!config || !FcConfigParseAndLoadFromMemory(config.get(), fcText(whole.c_str()), FcTrue) ||
+        !FcConfigBuildFonts(config.get())) {
+        return nullptr;
+    }
+    return config;
+}
+
 // The reduced face has the names of the whole one and wins by its higher version. The first cache folder is the one
 // that fontconfig writes to.
-std::string configuration(const fs::path& folder, const std::string& system) {
+std::string configuration(const fs::path& folder, const std::string& base) {
     const std::string faces = escaped(folder / "faces");
     return "<?xml version=\"1.0\"?>\n"
            "<!DOCTYPE fontconfig SYSTEM \"urn:fontconfig:fonts.dtd\">\n"
            "<fontconfig>\n"
            "<cachedir>" +
-           escaped(folder / "cache") +
-           "</cachedir>\n"
-           "<include>" +
-           escaped(system) +
-           "</include>\n"
-           "<dir>" +
-           faces +
+           escaped(folder / "cache") + "</cachedir>\n" + base + "<dir>" + faces +
            "</dir>\n"
            "<match target=\"scan\">\n"
            "<test name=\"file\" compare=\"contains\"><string>" +
@@ -195,7 +234,7 @@ void fillCache(const fs::path& configurationFile) {
 }
 
 // Beside the place, then renamed to it: whoever sees the folder sees all of it.
-void make(const fs::path& folder, const std::string& system, const std::set<fs::path>& fonts) {
+void make(const fs::path& folder, const std::string& base, const std::set<fs::path>& fonts) {
     std::string name = folder.string() + ".XXXXXX";
     if (!mkdtemp(name.data())) throw FileError::writing(name, std::error_code(errno, std::generic_category()));
     try {
@@ -208,7 +247,7 @@ void make(const fs::path& folder, const std::string& system, const std::set<fs::
             if (const auto face = reduced(bytes.chars()))
                 files::writeAtomically(unfinished / "faces" / (std::to_string(++number) + ".ttf"), bytesOf(*face));
         }
-        files::writeAtomically(unfinished / "fonts.conf", bytesOf(configuration(folder, system)));
+        files::writeAtomically(unfinished / "fonts.conf", bytesOf(configuration(folder, base)));
         fs::rename(unfinished, folder);
     } catch (const std::exception&) {
         std::error_code ignored;
@@ -239,14 +278,16 @@ std::optional<fs::path> folderIn(const fs::path& cache) {
     const ConfigPtr config(FcConfigReference(nullptr));   // what this program uses, loaded here if nobody has yet
     const std::unique_ptr<FcChar8, Releaser<FcStrFree>> system(FcConfigGetFilename(config.get(), nullptr));
     if (!config || !system) return std::nullopt;
-    const auto fonts = textFonts(config.get());
-    const std::string systemFile = plainText(system.get());
-    const auto folder = cache / "ostrel" / (std::string(namePrefix) + keyOf(systemFile, fonts));
+    const auto leftOut = drawnFonts(config.get());
+    const std::string base = baseOf(plainText(system.get()), leftOut);
+    const ConfigPtr chosen = leftOut.empty() ? nullptr : configOf(base);
+    const auto fonts = textFonts(chosen ? chosen.get() : config.get());
+    const auto folder = cache / "ostrel" / (std::string(namePrefix) + keyOf(base, fonts));
     const auto isThere = [&] { return files::isRegularFile(folder / "fonts.conf"); };
     try {
         if (!isThere()) {
             files::createFolders(folder.parent_path());
-            make(folder, systemFile, fonts);
+            make(folder, base, fonts);
             removeOld(folder.parent_path());
         }
     } catch (const std::exception&) {
