@@ -1,5 +1,6 @@
 #include "platform/Translation.h"
 
+#include "platform/Installation.h"
 #include "platform/LocaleFormat.h"
 
 #include <algorithm>
@@ -7,7 +8,6 @@
 #include <cstdlib>
 #include <initializer_list>
 #include <string_view>
-#include <system_error>
 
 #include <libintl.h>
 
@@ -83,11 +83,7 @@ void start(const std::filesystem::path& catalogues) {
     ::bind_textdomain_codeset("libc", "UTF-8");
 }
 
-void start() {
-    std::error_code error;
-    const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
-    start(program.parent_path().parent_path() / "share" / "locale");
-}
+void start() { start(installation::prefix() / "share" / "locale"); }
 
 std::string tr(const char* english) {
     // The empty key is the catalogue's own header.

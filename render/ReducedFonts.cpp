@@ -1,6 +1,7 @@
 #include "render/ReducedFonts.h"
 
 #include "platform/Files.h"
+#include "render/EngineEnvironment.h"
 #include "render/GRef.h"
 
 #include <algorithm>
@@ -303,7 +304,7 @@ bool provide(const fs::path& cache) {
     constexpr const char* chosen = "FONTCONFIG_FILE";
     if (std::getenv(chosen) != nullptr) return true;   // somebody wants just those fonts
     provided() = folderIn(cache);                      // loads the system's fonts, with which this program itself stays
-    if (provided()) setenv(chosen, (*provided() / "fonts.conf").c_str(), 1);
+    if (provided()) engineEnvironment::set(chosen, *provided() / "fonts.conf");
     return provided().has_value();
 }
 

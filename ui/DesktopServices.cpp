@@ -2,6 +2,7 @@
 
 #include "platform/Files.h"
 #include "platform/Translation.h"
+#include "render/EngineEnvironment.h"
 
 #include <array>
 #include <memory>
@@ -37,10 +38,16 @@ void alert(const std::string& title, const std::string& text) {
     dialog->present();
 }
 
-// For programs that we start: not with the fonts that are made for our prints.
+// For programs that we start: not with what is meant for the engine.
 Glib::RefPtr<Gio::AppLaunchContext> launchContext() {
     const auto context = Gdk::Display::get_default()->get_app_launch_context();
-    context->unsetenv("FONTCONFIG_FILE");
+    for (const auto& [variable, value] : engineEnvironment::usersOwn()) {
+        if (value) {
+            context->setenv(variable, *value);
+        } else {
+            context->unsetenv(variable);
+        }
+    }
     return context;
 }
 

@@ -70,43 +70,38 @@ bool looksTheSame(hb_face_t* before, hb_face_t* after, const std::vector<hb_code
 }   // namespace
 
 struct FontSubsetter::Face {
-    std::string packed;    // to recognise it by; comparing is nothing beside unpacking
-    std::string program;   // face points into it
-    FacePtr face;          // null: not a font for us
+    const std::string program;   // face points into it
+    FacePtr face;                // null: not a font for us
 
-    Face(std::string_view packedProgram, std::size_t size) : packed(packedProgram) {
-        auto unpacked = zlib::inflate(packed, size, fontLimit);
-        if (!unpacked) return;
-        program = std::move(*unpacked);
+    explicit Face(std::string_view program_) : program(program_) {
         const BlobPtr blob(hb_blob_create(program.data(), static_cast<unsigned>(program.size()),
                                           HB_MEMORY_MODE_READONLY, nullptr, nullptr));
         face.reset(hb_face_create(blob.get(), 0));
         if (!isPlainTrueType(face.get())) face.reset();
     }
-    std::size_t size() const { return packed.size() + program.size(); }
 };
 
 FontSubsetter::FontSubsetter() = default;
 FontSubsetter::~FontSubsetter() = default;
 
-const FontSubsetter::Face& FontSubsetter::faceOf(std::string_view packed, std::size_t size) {
-    const auto known = std::ranges::find_if(faces_, [&](const auto& face) { return face->packed == packed; });
+const FontSubsetter::Face& FontSubsetter::faceOf(std::string_view program) {
+    const auto known = std::ranges::find_if(faces_, [&](const auto& face) { return face->program == program; });
     if (known != faces_.end()) {
         faces_.splice(faces_.begin(), faces_, known);
         return *faces_.front();
     }
-    faces_.push_front(std::make_unique<Face>(packed, size));
-    heldBytes_ += faces_.front()->size();
+    faces_.push_front(std::make_unique<Face>(program));
+    heldBytes_ += program.size();
     while (heldBytes_ > memoryLimit && faces_.size() > 1) {
-        heldBytes_ -= faces_.back()->size();
+        heldBytes_ -= faces_.back()->program.size();
         faces_.pop_back();
     }
     return *faces_.front();
 }
 
-std::optional<FontSubsetter::Program> FontSubsetter::subset(std::string_view packed, std::size_t size,
-                                                            const pdf::CodeSet& glyphs) {
-    auto* const face = faceOf(packed, size).face.get();
+std::optional<FontSubsetter::Program> FontSubsetter::subset(std::string_view program, const pdf::CodeSet& glyphs) {
+    if (program.size() > fontLimit) return std::nullopt;
+    auto* const face = faceOf(program).face.get();
     if (!face) return std::nullopt;
     const InputPtr input(hb_subset_input_create_or_fail());
     if (!input) return std::nullopt;
@@ -125,9 +120,7 @@ std::optional<FontSubsetter::Program> FontSubsetter::subset(std::string_view pac
     const BlobPtr blob(hb_face_reference_blob(cut.get()));
     unsigned length = 0;
     const auto* const data = hb_blob_get_data(blob.get(), &length);
-    Program result{zlib::deflate({data, length}, zlib::Effort::good), length};
-    if (result.packed.size() >= packed.size()) return std::nullopt;
-    return result;
+    return Program{zlib::deflate({data, length}, zlib::Effort::good), length};
 }
 
 }   // namespace ostrel

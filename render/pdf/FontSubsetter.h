@@ -11,9 +11,8 @@
 
 namespace ostrel {
 
-// Cuts TrueType programs down to some of their glyphs. The engine embeds the same few installed fonts in every file,
-// packed into the same bytes each time, so the unpacked fonts of earlier calls are kept, within a fixed amount of
-// memory.
+// Cuts TrueType programs down to some of their glyphs. The engine embeds the same few installed fonts in every file, so
+// what was found out about the fonts of earlier calls is kept, within a fixed amount of memory.
 class FontSubsetter {
 public:
     FontSubsetter();
@@ -23,13 +22,13 @@ public:
         std::string packed;             // a zlib stream
         std::size_t unpackedSize = 0;   // bytes
     };
-    // packed: the font as a zlib stream; size: what it says to unpack to, a hint. Glyphs keep their numbers and their
-    // outlines; hinting, layout and naming tables go. Nothing when the font is not understood or would not shrink.
-    std::optional<Program> subset(std::string_view packed, std::size_t size, const pdf::CodeSet& glyphs);
+    // Glyphs keep their numbers and their outlines; hinting, layout and naming tables go. Nothing when the font is not
+    // understood.
+    std::optional<Program> subset(std::string_view program, const pdf::CodeSet& glyphs);
 
 private:
     struct Face;
-    const Face& faceOf(std::string_view packed, std::size_t size);
+    const Face& faceOf(std::string_view program);
 
     std::list<std::unique_ptr<Face>> faces_;   // latest used first
     std::size_t heldBytes_ = 0;

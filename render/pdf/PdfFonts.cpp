@@ -29,9 +29,7 @@ std::optional<Font> understood(QPDFObjectHandle type0, const CodeSet& codes) {
     auto descriptor = descendant.getKey("/FontDescriptor");
     if (!descriptor.isIndirect() || !descriptor.isDictionary()) return std::nullopt;
     auto program = descriptor.getKey("/FontFile2");
-    if (!program.isStream() || !program.getDict().getKey("/Filter").isNameAndEquals("/FlateDecode") ||
-        program.getDict().hasKey("/DecodeParms"))
-        return std::nullopt;
+    if (!program.isStream() || packingOf(program) == Packing::other) return std::nullopt;
     return Font{descendant, descriptor, program, &codes};
 }
 
@@ -156,10 +154,20 @@ void shareWidths(Family& family, const std::map<QPDFObjGen, CodeSet>& glyphsOf) 
     }
 }
 
+std::optional<FontSubsetter::Program> subset(QPDFObjectHandle program, std::string_view storedBytes,
+                                             const CodeSet& glyphs, FontSubsetter& subsetter) {
+    if (packingOf(program) == Packing::none) return subsetter.subset(storedBytes, glyphs);
+    auto length = program.getDict().getKey("/Length1");
+    const auto size = length.isInteger() ? std::max<long long>(length.getIntValue(), 0) : 0;
+    const auto unpacked = zlib::inflate(storedBytes, static_cast<std::size_t>(size), streamLimit);
+    return unpacked ? subsetter.subset(*unpacked, glyphs) : std::nullopt;
+}
+
 }   // namespace
 
 FontCounts reduceFonts(QPDF& file, const GlyphUse& use, FontSubsetter& subsetter) {
-    std::map<std::string, Family> families;   // by the program's stored bytes
+    std::vector<std::shared_ptr<Buffer>> held;     // what the keys look into
+    std::map<std::string_view, Family> families;   // by the program's stored bytes
     std::map<QPDFObjGen, std::size_t> parents;
     std::map<QPDFObjGen, CodeSet> glyphsOf;   // by descendant font
     std::set<std::pair<QPDFObjGen, QPDFObjGen>> links;
@@ -170,8 +178,8 @@ FontCounts reduceFonts(QPDF& file, const GlyphUse& use, FontSubsetter& subsetter
         auto type0 = file.getObject(id);
         const auto font = understood(type0, codes);
         if (!font) continue;
-        const auto bytes = stored(font->program);
-        auto& family = families[std::string(viewOf(*bytes))];
+        held.push_back(stored(font->program));
+        auto& family = families[viewOf(*held.back())];
         family.programs.emplace(font->program.getObjGen(), font->program);
         family.descriptors.emplace(font->descriptor.getObjGen(), font->descriptor);
         family.descendants.emplace(font->descendant.getObjGen(), font->descendant);
@@ -186,12 +194,10 @@ FontCounts reduceFonts(QPDF& file, const GlyphUse& use, FontSubsetter& subsetter
     const References references(file);
     for (auto& [bytes, family] : families) {
         auto program = family.programs.begin()->second;
-        auto length = program.getDict().getKey("/Length1");
-        const auto size = length.isInteger() ? std::max<long long>(length.getIntValue(), 0) : 0;
         std::optional<FontSubsetter::Program> reduced;
         if (use.isComplete() && isClosed(family, parents, references))
-            reduced = subsetter.subset(bytes, static_cast<std::size_t>(size), family.glyphs);
-        if (!reduced) {
+            reduced = subset(program, bytes, family.glyphs, subsetter);
+        if (!reduced || reduced->packed.size() >= bytes.size()) {
             ++counts.kept;
             continue;
         }

@@ -20,7 +20,7 @@ namespace {
 
 constexpr std::size_t mostPixels = std::size_t{1} << 26;   // 200 MB unpacked; larger ones stay as they are
 
-// A picture as the engine embeds it: 8 bits a channel, packed without a predictor.
+// A picture as the engine embeds it: 8 bits a channel, without a predictor.
 struct Picture {
     ImageSize size;
     std::size_t channels = 0;
@@ -38,11 +38,12 @@ std::size_t channelsOf(QPDFObjectHandle colorSpace) {
     return channels.isInteger() && channels.getIntValue() == 3 ? 3 : 0;
 }
 
-std::optional<Picture> understood(QPDFObjectHandle dict) {
+std::optional<Picture> understood(QPDFObjectHandle image) {
+    auto dict = image.getDict();
     auto width = dict.getKey("/Width"), height = dict.getKey("/Height"), bits = dict.getKey("/BitsPerComponent");
-    if (!dict.getKey("/Subtype").isNameAndEquals("/Image") || !dict.getKey("/Filter").isNameAndEquals("/FlateDecode") ||
-        dict.hasKey("/DecodeParms") || dict.hasKey("/Decode") || dict.hasKey("/Mask") || !width.isInteger() ||
-        !height.isInteger() || !bits.isInteger() || bits.getIntValue() != 8)
+    if (!dict.getKey("/Subtype").isNameAndEquals("/Image") || packingOf(image) == Packing::other ||
+        dict.hasKey("/Decode") || dict.hasKey("/Mask") || !width.isInteger() || !height.isInteger() ||
+        !bits.isInteger() || bits.getIntValue() != 8)
         return std::nullopt;
     const auto w = width.getIntValue(), h = height.getIntValue();
     const Picture picture{{static_cast<std::size_t>(w), static_cast<std::size_t>(h)},
@@ -158,12 +159,19 @@ QPDFObjectHandle predictorParameters(const Picture& picture) {
     return parameters;
 }
 
-// Drawings pack better as they are, photographs as differences; a strip from the middle tells which this is.
-bool isBetterPredicted(std::string_view pixels, const Picture& picture) {
+// What a picture will take, judged by a strip from its middle: drawings pack better as they are, photographs as
+// differences.
+struct Estimate {
+    std::size_t plain = 0, predicted = 0;   // bytes
+};
+
+Estimate estimate(std::string_view pixels, const Picture& picture) {
     const auto rows = std::clamp<std::size_t>((std::size_t{1} << 17) / picture.rowBytes(), 1, picture.size.height);
     const auto strip = pixels.substr((picture.size.height - rows) / 2 * picture.rowBytes(), rows * picture.rowBytes());
-    return zlib::deflate(predicted(strip, picture.rowBytes(), picture.channels), zlib::Effort::quick).size() <
-           zlib::deflate(strip, zlib::Effort::quick).size();
+    const auto ofWhole = [&](std::string_view part) {
+        return zlib::deflate(part, zlib::Effort::quick).size() * picture.size.height / rows;
+    };
+    return {ofWhole(strip), ofWhole(predicted(strip, picture.rowBytes(), picture.channels))};
 }
 
 }   // namespace
@@ -173,18 +181,19 @@ std::size_t packImages(QPDF& file, std::string_view html) {
     std::size_t restored = 0;
     for (auto image : file.getAllObjects()) {
         if (!image.isStream()) continue;
-        const auto picture = understood(image.getDict());
+        const auto picture = understood(image);
         if (!picture) continue;
         const auto pixels = decoded(image, picture->bytes());
         if (!pixels || pixels->size() != picture->bytes()) continue;
-        const auto storedBytes = stored(image)->getSize();
+        const auto expected = estimate(*pixels, *picture);
         const auto* const original = picture->channels == 3 ? originals.matching(picture->size, *pixels) : nullptr;
-        if (original && original->size() < storedBytes) {
+        if (original && original->size() < std::min(expected.plain, expected.predicted)) {
             image.replaceStreamData(*original, QPDFObjectHandle::newName("/DCTDecode"), QPDFObjectHandle::newNull());
             ++restored;
-        } else if (isBetterPredicted(*pixels, *picture)) {
+        } else if (expected.predicted < expected.plain) {
             auto packed = zlib::deflate(predicted(*pixels, picture->rowBytes(), picture->channels), zlib::Effort::good);
-            if (packed.size() < storedBytes) replaceDeflated(image, std::move(packed), predictorParameters(*picture));
+            if (packed.size() < stored(image)->getSize())
+                replaceDeflated(image, std::move(packed), predictorParameters(*picture));
         } else {
             repack(image, *pixels, zlib::Effort::good);
         }

@@ -5,15 +5,15 @@
 #include <qpdf/Buffer.hh>
 
 namespace ostrel::pdf {
-namespace {
 
-bool isPlainFlate(QPDFObjectHandle dict) {
+Packing packingOf(QPDFObjectHandle stream) {
+    auto dict = stream.getDict();
     auto filter = dict.getKey("/Filter");
+    if (filter.isNull()) return Packing::none;
     if (filter.isArray() && filter.getArrayNItems() == 1) filter = filter.getArrayItem(0);
-    return filter.isNameAndEquals("/FlateDecode") && dict.getKey("/DecodeParms").isNull();
+    const bool isPlain = filter.isNameAndEquals("/FlateDecode") && dict.getKey("/DecodeParms").isNull();
+    return isPlain ? Packing::zlib : Packing::other;
 }
-
-}   // namespace
 
 std::shared_ptr<Buffer> stored(QPDFObjectHandle stream) { return stream.getRawStreamData(); }
 
@@ -23,7 +23,9 @@ std::string_view viewOf(const Buffer& buffer) {
 
 std::optional<std::string> decoded(QPDFObjectHandle stream, std::size_t expected) {
     try {
-        if (isPlainFlate(stream.getDict())) {
+        const auto packing = packingOf(stream);
+        if (packing == Packing::none) return std::string(viewOf(*stored(stream)));
+        if (packing == Packing::zlib) {
             const auto raw = stored(stream);
             return zlib::inflate(viewOf(*raw), expected ? expected : raw->getSize() * 6, streamLimit);
         }

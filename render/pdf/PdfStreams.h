@@ -14,6 +14,11 @@ namespace ostrel::pdf {
 // Content and pictures that inflate beyond this stay as they are; the engine writes nothing near it.
 inline constexpr std::size_t streamLimit = std::size_t{512} << 20;
 
+// How a stream's bytes are packed: not at all, as a zlib stream without a predictor, or in a way that only libqpdf
+// reads.
+enum class Packing { none, zlib, other };
+Packing packingOf(QPDFObjectHandle stream);
+
 // The stream's bytes with its filters undone. Nothing when a filter is not understood or its data are damaged.
 std::optional<std::string> decoded(QPDFObjectHandle stream, std::size_t expected = 0);
 

@@ -116,7 +116,8 @@ TEST(PdfFinisher, SaysWhatTheDocumentIs) {
 }
 
 // Two fonts that carry the same program, as the engine writes them.
-std::string twoFonts(const std::string& program, const std::string& encoding = "/Identity-H") {
+std::string twoFonts(const std::string& program, const std::string& encoding = "/Identity-H",
+                     SamplePdf::Streams streams = SamplePdf::Streams::packed) {
     SamplePdf pdf;
     std::string fonts;
     for (const auto* name : {"/F1", "/F2"}) {
@@ -131,7 +132,7 @@ std::string twoFonts(const std::string& program, const std::string& encoding = "
         fonts += std::string(name) + " " + ref(font) + " ";
     }
     pdf.page("BT /F1 9 Tf <00240025> Tj /F2 9 Tf <003C00C8> Tj ET", "<< /Font << " + fonts + ">> >>");
-    return pdf.bytes();
+    return pdf.bytes(streams);
 }
 
 TEST(PdfFinisher, EmbedsOnlyTheGlyphsShownAndEachFontOnce) {
@@ -146,6 +147,8 @@ TEST(PdfFinisher, EmbedsOnlyTheGlyphsShownAndEachFontOnce) {
     EXPECT_EQ(first.getObjGen(), second.getObjGen());
     EXPECT_EQ(first.getKey("/DescendantFonts").getArrayItem(0).getKey("/W").unparse(), "[ 36 [ 600 610 ] 60 [ 700 ] ]")
         << "widths of the glyphs shown; the one of glyph 200 is the usual one";
+    const auto fromStored = finish(twoFonts(*program, "/Identity-H", SamplePdf::Streams::stored));
+    EXPECT_NEAR(static_cast<double>(fromStored.pdf.size()), static_cast<double>(made.pdf.size()), 20) << "as small";
 }
 
 TEST(PdfFinisher, LeavesFontsWholeWhoseUseItCannotTell) {
@@ -199,6 +202,7 @@ TEST(PdfFinisher, PutsPhotographsBackAndKeepsEveryPixelOfTheOthers) {
     const auto html = "<img src='data:image/jpeg;base64," + TransferEncoding::encodeBase64(bytesOf(photo.jpeg)) + "'>";
     const auto made = finish(pdf.bytes(), {.html = html});
     EXPECT_EQ(made.report.jpegsRestored, 1u);
+    EXPECT_EQ(finish(pdf.bytes(SamplePdf::Streams::stored), {.html = html}).pdf.size(), made.pdf.size());
     OpenedPdf finished(made.pdf);
     auto restored = finished.resource(0, "/XObject", "/A");
     EXPECT_TRUE(restored.getDict().getKey("/Filter").isNameAndEquals("/DCTDecode"));

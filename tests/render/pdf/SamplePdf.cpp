@@ -32,8 +32,9 @@ void SamplePdf::page(const std::string& content, const std::string& resources, d
     file_.addPage(page, false);
 }
 
-std::string SamplePdf::bytes() {
+std::string SamplePdf::bytes(Streams streams) {
     QPDFWriter writer(file_);
+    writer.setCompressStreams(streams == Streams::packed);
     writer.setOutputMemory();
     writer.setObjectStreamMode(qpdf_o_disable);
     writer.setDeterministicID(true);

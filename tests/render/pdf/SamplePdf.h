@@ -19,7 +19,9 @@ public:
     // resources in PDF syntax; refer to objects with ref().
     void page(const std::string& content, const std::string& resources = "<< >>", double width = 595,
               double height = 842);
-    std::string bytes();
+    // The engine packs its streams or, asked to, stores them.
+    enum class Streams { packed, stored };
+    std::string bytes(Streams streams = Streams::packed);
 
 private:
     QPDF file_;

@@ -1,0 +1,45 @@
+#include "platform/Files.h"
+#include "render/MainLoop.h"
+#include "render/PageGeometry.h"
+#include "render/PagePrinter.h"
+#include "render/TemporaryFolder.h"
+
+#include <future>
+#include <memory>
+
+#include <gtest/gtest.h>
+#include <qpdf/QPDF.hh>
+
+namespace ostrel {
+namespace {
+
+std::filesystem::path printedByTheEngine(const std::string& html, const std::filesystem::path& folder) {
+    const auto output = folder / "printed.pdf";
+    std::shared_ptr<PagePrinter> printer;
+    std::promise<void> done;
+    mainLoop::post([&] {
+        printer = std::make_shared<PagePrinter>(paperSize(Paper::a4), PrintLimits{});
+        printer->print(html, output, [&](const PrintOutcome&) { done.set_value(); });
+    });
+    done.get_future().get();
+    mainLoop::post([printer = std::move(printer)] {});
+    return output;
+}
+
+// What makes printing fast: the library is found, gets into the engine's sandbox and takes the place of packing.
+TEST(StoredStreams, AreWhatTheEngineWrites) {
+    const TemporaryFolder folder("ostrel-test-");
+    const auto printed = printedByTheEngine("<p>Some words <b>in two fonts</b>", folder.path());
+    QPDF file;
+    file.processFile(printed.c_str());
+    int streams = 0;
+    for (auto object : file.getAllObjects()) {
+        if (!object.isStream()) continue;
+        ++streams;
+        EXPECT_FALSE(object.getDict().hasKey("/Filter")) << object.getDict().unparse();
+    }
+    EXPECT_GE(streams, 3);
+}
+
+}   // namespace
+}   // namespace ostrel
