@@ -1,31 +1,14 @@
 #include "render/EngineThrift.h"
 
+#include "render/EngineLibraries.h"
+
 #include <cstdlib>
-#include <optional>
 #include <string>
 
-#include <EGL/egl.h>
 #include <malloc.h>
 
 namespace ostrel::engineThrift {
 namespace {
-
-// Toolkit and engine set OpenGL up, though nothing is shown: 20 MB of drivers and their compiler in each process.
-void doWithoutGraphics() {
-    setenv("GDK_DEBUG", "gl-disable", 1);
-    setenv("WEBKIT_DISABLE_DMABUF_RENDERER", "1", 1);
-    // The library looks for drivers once, and here finds none. The web process must not inherit that: it ends without.
-    constexpr const char* drivers = "__EGL_VENDOR_LIBRARY_FILENAMES";
-    const char* const set = std::getenv(drivers);
-    const auto before = set ? std::optional<std::string>(set) : std::nullopt;
-    setenv(drivers, "/nonexistent", 1);
-    eglQueryString(EGL_NO_DISPLAY, EGL_EXTENSIONS);
-    if (before) {
-        setenv(drivers, before->c_str(), 1);
-    } else {
-        unsetenv(drivers);
-    }
-}
 
 // One message after the other needs no arena for each thread, and what a large one took goes back to the system instead
 // of raising the allocator's thresholds for good.
@@ -42,7 +25,7 @@ void returnMemory() {
 }   // namespace
 
 void settle() {
-    doWithoutGraphics();
+    engineLibraries::doWithoutGraphics();
     returnMemory();
     // Scripts of a few milliseconds for each page gain nothing from a compiler: 8 MB.
     setenv("JSC_useBaselineJIT", "0", 0);

@@ -3,12 +3,12 @@
 #include "platform/Translation.h"
 #include "render/DisplayLoss.h"
 #include "render/EngineHome.h"
+#include "render/EngineLibraries.h"
 #include "render/EngineSandbox.h"
 #include "render/EngineThrift.h"
 #include "render/MainLoop.h"
 #include "render/PrivateDisplay.h"
 #include "render/ReducedFonts.h"
-#include "render/StoredStreams.h"
 
 #include <cassert>
 #include <cstdlib>
@@ -40,7 +40,7 @@ HeadlessEngine::HeadlessEngine(std::function<void()> displayLost) : home_(std::m
     const std::filesystem::path cache = usersCache();
     home_->moveIn();
     if (!reducedFonts::provide(cache)) reducedFonts::provide(home_->path());
-    storedStreams::provide();
+    engineLibraries::storeStreams();
     isSandboxed_ = engineSandbox::allowOrDoWithout();
     if (PrivateDisplay::isNeeded()) display_ = std::make_unique<PrivateDisplay>();
     // Nothing of the toolkit is shown; a locale that the C library lacks would only be warned about.

@@ -2,10 +2,10 @@
 
 #include "platform/Translation.h"
 #include "render/EngineHome.h"
+#include "render/EngineLibraries.h"
 #include "render/EngineSandbox.h"
 #include "render/MainLoop.h"
 #include "render/ReducedFonts.h"
-#include "render/StoredStreams.h"
 #include "ui/Application.h"
 #include "ui/ApplicationID.h"
 
@@ -22,7 +22,7 @@ void prepare(const ostrel::EngineHome& home) {
     const auto cache = ostrel::usersCache();
     home.moveCacheIn();
     if (!ostrel::reducedFonts::provide(cache)) ostrel::reducedFonts::provide(home.path());
-    ostrel::storedStreams::provide();
+    ostrel::engineLibraries::storeStreams();
     if (!ostrel::engineSandbox::allowOrDoWithout())
         std::cerr << ostrel::i18n::tr("The web engine runs without its sandbox: this system does not allow one.")
                   << '\n';

@@ -3,12 +3,17 @@
 #include "render/PageGeometry.h"
 #include "render/PagePrinter.h"
 #include "render/TemporaryFolder.h"
+#include "tests/render/EngineProcess.h"
 
+#include <fstream>
 #include <future>
+#include <iterator>
 #include <memory>
+#include <string>
 
 #include <gtest/gtest.h>
 #include <qpdf/QPDF.hh>
+#include <unistd.h>
 
 namespace ostrel {
 namespace {
@@ -27,7 +32,7 @@ std::filesystem::path printedByTheEngine(const std::string& html, const std::fil
 }
 
 // What makes printing fast: the library is found, gets into the engine's sandbox and takes the place of packing.
-TEST(StoredStreams, AreWhatTheEngineWrites) {
+TEST(EngineLibraries, HaveTheEngineStoreItsStreams) {
     const TemporaryFolder folder("ostrel-test-");
     const auto printed = printedByTheEngine("<p>Some words <b>in two fonts</b>", folder.path());
     QPDF file;
@@ -39,6 +44,19 @@ TEST(StoredStreams, AreWhatTheEngineWrites) {
         EXPECT_FALSE(object.getDict().hasKey("/Filter")) << object.getDict().unparse();
     }
     EXPECT_GE(streams, 3);
+}
+
+// A driver of OpenGL and its compiler would take 50 MB.
+TEST(EngineLibraries, HaveTheEngineLoadNoDriver) {
+    const TemporaryFolder folder("ostrel-test-");
+    printedByTheEngine("<p style='transform:rotate(3deg)'>Some words", folder.path());
+    for (const int process : {webProcess().value_or(-1), getpid()}) {
+        std::ifstream file("/proc/" + std::to_string(process) + "/maps");
+        const std::string maps(std::istreambuf_iterator<char>(file), {});
+        EXPECT_NE(maps.find("webkit"), std::string::npos) << process;
+        for (const char* part : {"_dri.so", "libgallium", "libLLVM"})
+            EXPECT_EQ(maps.find(part), std::string::npos) << process << ' ' << part;
+    }
 }
 
 }   // namespace
