@@ -54,6 +54,7 @@ void Application::on_startup() {
         now});
     commands_ = std::make_unique<Commands>(*this, *model_, *this);
     main_ = std::make_unique<MainWindow>(*model_, *desktop_, &DesktopServices::openLink, get_menubar());
+    set_accel_for_action("win.mailboxes", "F9");
     subscriptions_.push_back(model_->exportPhase.observe([this] { exportChanged(); }));
 }
 
@@ -119,10 +120,8 @@ void Application::quit() {
         return;
     }
     showMain();
-    question_ = std::make_unique<Gtk::MessageDialog>(*main_, tr("An export is running"), false,
-                                                     Gtk::MessageType::QUESTION, Gtk::ButtonsType::NONE, true);
-    question_->set_title(tr("An export is running"));
-    question_->set_secondary_text(
+    question_ = std::make_unique<Alert>(
+        main_.get(), tr("An export is running"),
         tr("If you quit now, the export stops after the current message. What’s done stays, with its index."));
     question_->add_button(tr("Keep Exporting"), Gtk::ResponseType::CANCEL);
     question_->add_button(tr("Stop and Quit"), Gtk::ResponseType::ACCEPT)->add_css_class("destructive-action");

@@ -3,6 +3,7 @@
 #include "app/AppModel.h"
 #include "render/MainLoop.h"
 #include "render/MainLoopTasks.h"
+#include "ui/Alert.h"
 #include "ui/ColorScheme.h"
 #include "ui/Commands.h"
 #include "ui/DesktopServices.h"
@@ -14,7 +15,6 @@
 #include <vector>
 
 #include <gtkmm/application.h>
-#include <gtkmm/messagedialog.h>
 #include <gtkmm/shortcutswindow.h>
 
 namespace ostrel {
@@ -57,7 +57,7 @@ private:
     std::unique_ptr<HelpWindow> help_;
     std::unique_ptr<SettingsWindow> settings_;
     std::unique_ptr<Gtk::ShortcutsWindow> shortcuts_;
-    std::unique_ptr<Gtk::MessageDialog> question_;
+    std::unique_ptr<Alert> question_;
     bool hasStarted_ = false, isActive_ = false, isEnding_ = false, wasExporting_ = false;
     mainLoop::Timer inactive_;
     std::vector<Subscription> subscriptions_;

@@ -3,6 +3,7 @@
 #include "platform/Files.h"
 #include "platform/Translation.h"
 #include "render/EngineEnvironment.h"
+#include "ui/Alert.h"
 
 #include <array>
 #include <memory>
@@ -12,7 +13,6 @@
 #include <giomm/file.h>
 #include <giomm/notification.h>
 #include <glibmm/main.h>
-#include <gtkmm/messagedialog.h>
 
 namespace ostrel {
 namespace {
@@ -26,11 +26,8 @@ std::function<Gtk::Window*()>& frontWindow() {
 }
 
 void alert(const std::string& title, const std::string& text) {
-    auto* dialog = new Gtk::MessageDialog(title, false, Gtk::MessageType::INFO, Gtk::ButtonsType::NONE, true);
-    dialog->set_title(title);
-    dialog->set_secondary_text(text);
+    auto* dialog = new Alert(frontWindow()(), title, text);
     dialog->add_button(tr("OK"), Gtk::ResponseType::OK);
-    if (Gtk::Window* window = frontWindow()()) dialog->set_transient_for(*window);
     dialog->signal_response().connect([dialog](int) {
         dialog->hide();
         Glib::signal_idle().connect_once([dialog] { delete dialog; });

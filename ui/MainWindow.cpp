@@ -16,9 +16,6 @@ namespace {
 using i18n::tr;
 
 constexpr int defaultWidth = 1240, defaultHeight = 760;
-constexpr int sidebarMinimum = 200, sidebarIdeal = 240, sidebarMaximum = 360;
-constexpr int messagesMinimum = 384, messagesIdeal = 520;   // all columns of the list at their least need 382
-constexpr int previewMinimum = 100, previewIdeal = 320;
 
 // The menus are in reach everywhere in the window.
 Mnemonics lettersOf(const Glib::RefPtr<Gio::MenuModel>& menuBar) {
@@ -59,9 +56,7 @@ MainWindow::MainWindow(AppModel& model, Desktop& desktop, WebPreview::LinkOpener
       preview_(model, std::move(opener)),
       mailboxes_(Gtk::Orientation::VERTICAL),
       messages_(Gtk::Orientation::VERTICAL),
-      messagesAndPreview_({MessageCell::scaled(messagesIdeal), 0, previewIdeal}, messages_, preview_),
-      columns_({MessageCell::scaled(sidebarIdeal), MessageCell::scaled(sidebarMaximum)}, mailboxes_,
-               messagesAndPreview_) {
+      columns_(mailboxes_, messages_, preview_) {
     set_title(tr("Ostrel"));
     set_default_size(defaultWidth, defaultHeight);
     set_hide_on_close();
@@ -69,11 +64,8 @@ MainWindow::MainWindow(AppModel& model, Desktop& desktop, WebPreview::LinkOpener
 
     mailboxes_.append(sidebar_);
     mailboxes_.append(footer_);
-    mailboxes_.set_size_request(sidebarMinimum, -1);
     for (Gtk::Widget* part : std::initializer_list<Gtk::Widget*>{&filter_, &table_, &exportBar_})
         messages_.append(*part);
-    messages_.set_size_request(messagesMinimum, -1);
-    preview_.set_size_request(previewMinimum, -1);
     for (Gtk::Widget* page : std::initializer_list<Gtk::Widget*>{&reading_, &access_, &noMail_, &columns_})
         content_.add(*page);
     content_.set_hhomogeneous(false);
@@ -91,10 +83,17 @@ MainWindow::MainWindow(AppModel& model, Desktop& desktop, WebPreview::LinkOpener
 MainWindow::~MainWindow() = default;
 
 void MainWindow::addToolbar(const Glib::RefPtr<Gio::MenuModel>& menuBar) {
+    const auto toggle = add_action_bool(
+        "mailboxes", [this] { columns_.toggleMailboxes(); }, true);
+    columns_.signalMailboxes.connect(
+        [toggle](bool areShown) { toggle->set_state(Glib::Variant<bool>::create(areShown)); });
+    prepare(showMailboxes_, "sidebar.left", tr("Mailboxes"), tr("Show or hide the mailboxes") + " (F9)",
+            "win.mailboxes");
     prepare(reload_, "arrow.clockwise", tr("Reload"), tr("Read the mail folder again (⌘R)"), "app.reload");
     prepare(export_, "square.and.arrow.up", tr("Export"), tr("Export the messages in the list to PDFs (⇧⌘E)"),
             "app.export");
     menuBar_.set_menu_model(menuBar);
+    header_.pack_start(showMailboxes_);
     header_.pack_start(menuBar_);
     header_.pack_end(export_);
     header_.pack_end(reload_);
@@ -104,8 +103,8 @@ void MainWindow::addToolbar(const Glib::RefPtr<Gio::MenuModel>& menuBar) {
 void MainWindow::showState() {
     const MailState& state = model_.state.get();
     const bool isReady = state.kind == MailState::Kind::ready;
-    reload_.set_visible(isReady);
-    export_.set_visible(isReady);
+    for (Gtk::Button* button : std::initializer_list<Gtk::Button*>{&showMailboxes_, &reload_, &export_})
+        button->set_visible(isReady);
     reading_.update(state);
     switch (state.kind) {
         case MailState::Kind::checking:
@@ -144,10 +143,7 @@ void MainWindow::showProblem() {
     alert_.reset();
     const auto& problem = model_.problem.get();
     if (!problem) return;
-    alert_ = std::make_unique<Gtk::MessageDialog>(*this, tr("Something went wrong"), false, Gtk::MessageType::ERROR,
-                                                  Gtk::ButtonsType::NONE, true);
-    alert_->set_title(tr("Something went wrong"));
-    alert_->set_secondary_text(*problem);
+    alert_ = std::make_unique<Alert>(this, tr("Something went wrong"), *problem);
     alert_->add_button(tr("OK"), Gtk::ResponseType::OK);
     alert_->signal_response().connect([this](int) {
         alert_->hide();

@@ -2,6 +2,7 @@
 
 #include "app/AppModel.h"
 #include "ui/AccessView.h"
+#include "ui/Alert.h"
 #include "ui/ExportBar.h"
 #include "ui/FilterBar.h"
 #include "ui/MailboxSidebar.h"
@@ -11,15 +12,15 @@
 #include "ui/PreviewPane.h"
 #include "ui/ReadingView.h"
 #include "ui/SidebarFooter.h"
-#include "ui/SplitView.h"
+#include "ui/ThreeColumns.h"
 
 #include <memory>
 #include <vector>
 
 #include <gtkmm/applicationwindow.h>
 #include <gtkmm/headerbar.h>
-#include <gtkmm/messagedialog.h>
 #include <gtkmm/popovermenubar.h>
+#include <gtkmm/togglebutton.h>
 
 namespace ostrel {
 
@@ -47,6 +48,7 @@ private:
     Mnemonics mnemonics_;
     Gtk::HeaderBar header_;
     Gtk::PopoverMenuBar menuBar_;
+    Gtk::ToggleButton showMailboxes_;
     Gtk::Button reload_, export_;
     Gtk::Stack content_;
     ReadingView reading_;
@@ -59,9 +61,9 @@ private:
     ExportBar exportBar_;
     PreviewPane preview_;
     Gtk::Box mailboxes_, messages_;
-    SplitView messagesAndPreview_, columns_;
+    ThreeColumns columns_;
     std::shared_ptr<Gtk::Window> sheet_;
-    std::unique_ptr<Gtk::MessageDialog> alert_;
+    std::unique_ptr<Alert> alert_;
     std::vector<Subscription> subscriptions_;
 };
 

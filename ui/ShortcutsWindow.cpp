@@ -28,13 +28,16 @@ std::string property(const char* name, const std::string& value) {
 
 std::unique_ptr<Gtk::ShortcutsWindow> makeShortcutsWindow() {
     const Group groups[] = {
-        {tr("Mailboxes"), {{tr("Choose Mail Folder…"), "<Primary>o"}, {tr("Reload Mailboxes"), "<Primary>r"}}},
+        {tr("Mailboxes"),
+         {{tr("Choose Mail Folder…"), "<Primary>o"},
+          {tr("Reload Mailboxes"), "<Primary>r"},
+          {tr("Show or hide the mailboxes"), "F9"}}},
         {tr("Messages"),
          {{tr("Export to PDF…"), "<Primary><Shift>e"},
           {tr("Clear Filters"), "<Primary><Shift>l"},
           {tr("Open the context menu"), "<Shift>F10"}}},
         {tr("Windows"),
-         {{tr("Ostrel Help"), "<Primary>question"},
+         {{tr("Ostrel Help"), "<Primary>question F1"},
           {tr("Keyboard Shortcuts"), "<Primary>F1"},
           {tr("Settings"), "<Primary>comma"},
           {tr("Close Window"), "<Primary>w"},

@@ -4,15 +4,17 @@
 
 namespace ostrel {
 
-SplitView::SplitView(Width width, Gtk::Widget& first, Gtk::Widget& second)
-    : wanted_(width.ideal), maximum_(width.maximum), forSecond_(width.forSecond) {
-    set_start_child(first);
-    set_end_child(second);
+SplitView::SplitView(Width width) : wanted_(width.ideal), maximum_(width.maximum), forSecond_(width.forSecond) {
     set_resize_start_child(false);
     set_shrink_start_child(false);
     set_shrink_end_child(false);
     set_position(wanted_);
     property_position().signal_changed().connect([this] { positionChanged(); });
+}
+
+void SplitView::setColumns(Gtk::Widget& first, Gtk::Widget& second) {
+    set_start_child(first);
+    set_end_child(second);
 }
 
 // A handle that gave way to a narrow window comes back when the window grows.

@@ -12,7 +12,8 @@ public:
         int ideal, maximum;   // of the first column; the least is what its widget asks for. 0: no maximum
         int forSecond = 0;    // where there is not room for both, the first leaves the second this much if it can
     };
-    SplitView(Width width, Gtk::Widget& first, Gtk::Widget& second);
+    explicit SplitView(Width width);
+    void setColumns(Gtk::Widget& first, Gtk::Widget& second);
 
 protected:
     void size_allocate_vfunc(int width, int height, int baseline) override;

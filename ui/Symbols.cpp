@@ -38,6 +38,7 @@ constexpr std::array table{
     Symbol{"paperclip", "ostrel-paperclip-symbolic"},
     Symbol{"paperplane", "ostrel-paperplane-symbolic"},
     Symbol{"play.circle", "ostrel-play-circle-symbolic"},
+    Symbol{"sidebar.left", "ostrel-sidebar-left-symbolic"},
     Symbol{"square.and.arrow.up", "ostrel-square-and-arrow-up-symbolic"},
     Symbol{"stop.circle", "ostrel-stop-circle-symbolic"},
     Symbol{"switch.2", "ostrel-switch-2-symbolic"},
