@@ -6,10 +6,31 @@
 
 #include <glibmm/main.h>
 #include <gtkmm/aboutdialog.h>
+#include <gtkmm/label.h>
 
 namespace ostrel {
 
 using i18n::tr;
+
+namespace {
+
+constexpr int lineCharacters = 50;
+
+// The panel makes its own labels, and opens with the first that can be selected focused and selected.
+void adjustLabels(Gtk::Widget& part, const std::string& credits) {
+    if (auto* label = dynamic_cast<Gtk::Label*>(&part)) {
+        label->set_selectable(false);
+        if (label->get_text().raw() == credits) {
+            label->add_css_class("caption");
+            label->add_css_class("dim-label");
+            label->set_max_width_chars(lineCharacters);
+        }
+    }
+    for (Gtk::Widget* child = part.get_first_child(); child != nullptr; child = child->get_next_sibling())
+        adjustLabels(*child, credits);
+}
+
+}   // namespace
 
 void showAbout(Gtk::Window* parent) {
     auto* about = new Gtk::AboutDialog;   // lives until it is closed
@@ -17,11 +38,14 @@ void showAbout(Gtk::Window* parent) {
     about->set_program_name(tr("Ostrel"));
     about->set_version(OSTREL_VERSION);
     about->set_logo_icon_name(applicationID);
-    about->set_comments(tr("Export Apple Mail messages to searchable PDFs, with attachments and an index") + "\n" +
-                        i18n::filled(tr("Read-only: your mail stays on this Mac and is never changed. Questions: %@"),
-                                     contact::supportAddress));
+    const std::string credits =
+        tr("Export Apple Mail messages to searchable PDFs, with attachments and an index") + "\n" +
+        i18n::filled(tr("Read-only: your mail stays on this Mac and is never changed. Questions: %@"),
+                     contact::supportAddress);
+    about->set_comments(credits);
     about->set_website(contact::webSite);
     about->set_website_label(contact::webSite);
+    adjustLabels(*about, credits);
     if (parent != nullptr) about->set_transient_for(*parent);
     about->set_modal(parent != nullptr);
     about->signal_hide().connect([about] { Glib::signal_idle().connect_once([about] { delete about; }); });

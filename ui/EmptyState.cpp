@@ -6,7 +6,7 @@
 namespace ostrel {
 namespace {
 
-constexpr int spacing = 12, margin = 24, symbolSize = 64, lineCharacters = 40;
+constexpr int spacing = 12, margin = 24, symbolSize = 64, lineCharacters = 50;
 
 void prepare(Gtk::Label& label) {
     label.set_wrap();

@@ -42,7 +42,7 @@ ExportSheet::ExportSheet(AppModel& model, Desktop& desktop, Gtk::Window& parent)
     buildOptions();
     buildProgress();
     buildSummary();
-    for (Headline* title : {&optionsTitle_, &progressTitle_, &summaryTitle_}) title->label().add_css_class("title-2");
+    for (Headline* title : {&optionsTitle_, &progressTitle_, &summaryTitle_}) title->add_css_class("title-2");
     for (Gtk::Box* each : {&options_, &progress_, &summary_}) faces_.add(*each);
     faces_.set_vhomogeneous(false);
     faces_.set_hhomogeneous(false);

@@ -34,7 +34,7 @@ FilterBar::FilterBar(AppModel& model, Mnemonics& mnemonics)
       end_(mnemonics.mark(tr("To date")), tr("To date")),
       clear_(mnemonics.mark(tr("Clear")), true),
       texts_(spacing, spacing),
-      days_(2 * spacing, spacing) {
+      days_(spacing + spacing / 2, spacing) {
     add_css_class("filter-bar");
     prepare(person_, tr("From or to (name or address)"), tr("Filter by sender or recipient"));
     prepare(subject_, tr("Subject contains"), tr("Filter by subject"));

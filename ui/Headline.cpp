@@ -16,10 +16,14 @@ Headline::Headline(const char* symbol, const std::string& text, int symbolSize)
     : Gtk::Box(Gtk::Orientation::HORIZONTAL, 9) {
     accessible::hide(image_);
     image_.set_pixel_size(symbolSize);
-    image_.set_valign(Gtk::Align::START);
+    image_.set_valign(Gtk::Align::CENTER);
+    accessible::hide(strut_);
+    mark_.append(strut_);
+    mark_.append(image_);
+    mark_.set_valign(Gtk::Align::START);
     wrapFromLeft(label_);
     label_.set_hexpand();
-    append(image_);
+    append(mark_);
     append(label_);
     set(symbol, text);
 }

@@ -65,6 +65,7 @@ void HelpWindow::show(const Topic& topic) {
     const auto add = [this](const std::string& text, bool isTitle) {
         auto& label = *Gtk::make_managed<Gtk::Label>(text);
         wrapFromLeft(label);
+        label.set_natural_wrap_mode(Gtk::NaturalWrapMode::NONE);   // else short texts end long before the margin
         label.set_selectable();
         label.set_halign(Gtk::Align::START);
         label.set_max_width_chars(80);   // about 640 pixels
@@ -80,6 +81,7 @@ void HelpWindow::show(const Topic& topic) {
             [] { DesktopServices::openLink(std::string("mailto:") + contact::supportAddress); });
         auto& web = *Gtk::make_managed<Gtk::LinkButton>(contact::webSite, contact::webSite);
         web.set_halign(Gtk::Align::START);
+        web.add_css_class("flush");
         web.signal_activate_link().connect(
             [] {
                 DesktopServices::openLink(contact::webSite);

@@ -43,6 +43,7 @@ NoMailView::NoMailView(AppModel& model)
     for (Gtk::Widget* each : std::initializer_list<Gtk::Widget*>{&image_, &title_, &text_, &buttons_})
         content_.append(*each);
     content_.set_margin(margin);
+    content_.set_halign(Gtk::Align::CENTER);
     content_.set_valign(Gtk::Align::CENTER);
     set_policy(Gtk::PolicyType::NEVER, Gtk::PolicyType::AUTOMATIC);
     set_child(content_);

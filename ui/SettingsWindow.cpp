@@ -30,8 +30,9 @@ SettingsWindow::SettingsWindow(AppModel& model) : model_(model), form_(Gtk::Orie
 
     // One page today, named all the same: the help sends people to "Settings › General".
     auto& general = *Gtk::make_managed<Headline>("gearshape", tr("General"));
-    general.label().add_css_class("heading");
+    general.add_css_class("heading");
     general.set_halign(Gtk::Align::CENTER);
+    general.set_valign(Gtk::Align::CENTER);
     auto& bar = *Gtk::make_managed<Gtk::HeaderBar>();
     bar.set_title_widget(general);
     set_titlebar(bar);
@@ -39,7 +40,6 @@ SettingsWindow::SettingsWindow(AppModel& model) : model_(model), form_(Gtk::Orie
     scroller_.set_child(form_);
     scroller_.set_policy(Gtk::PolicyType::NEVER, Gtk::PolicyType::AUTOMATIC);
     set_child(scroller_);
-    set_focus(choose_);   // else the folder's text would take it, and select itself
     subscription_ = model_.settings.observe([this] { showFolder(); });
     showFolder();
 }
@@ -86,6 +86,12 @@ void SettingsWindow::addExports(Gtk::Box& section) {
     section.append(*Gtk::make_managed<SwitchRow>(
         model_, tr("Skip duplicate messages (the same Message-ID in two mailboxes)"), &AppSettings::skipDuplicates));
     section.append(*Gtk::make_managed<PaperRow>(model_));
+}
+
+// Else the folder's text would take the focus, and select itself. Before, the button has no action to be active for.
+void SettingsWindow::on_show() {
+    set_focus(choose_);
+    Gtk::Window::on_show();
 }
 
 void SettingsWindow::showFolder() {

@@ -17,6 +17,9 @@ class SettingsWindow : public Gtk::Window {
 public:
     explicit SettingsWindow(AppModel& model);
 
+protected:
+    void on_show() override;
+
 private:
     Gtk::Box& addSection(const std::string& title);
     void addMailFolder(Gtk::Box& section);

@@ -7,7 +7,7 @@
 namespace ostrel {
 namespace {
 
-constexpr int width = 540, mostHeight = 560, margin = 24, spacing = 12;
+constexpr int width = 560, mostHeight = 560, margin = 24, spacing = 12;
 // What the frame of a window and a scroll bar may take of its width.
 constexpr int frame = 30;
 

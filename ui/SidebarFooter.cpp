@@ -2,12 +2,9 @@
 
 #include "platform/Text.h"
 #include "platform/Translation.h"
-#include "ui/Accessible.h"
-#include "ui/Symbols.h"
 
 #include <filesystem>
-
-#include <gtkmm/image.h>
+#include <string>
 
 namespace ostrel {
 namespace {
@@ -22,19 +19,6 @@ std::string folderName(const std::string& path) {
 }
 
 }   // namespace
-
-SidebarFooter::Line::Line(const char* symbol, const std::string& text)
-    : Gtk::Box(Gtk::Orientation::HORIZONTAL, 6), label_(text, Gtk::Align::START) {
-    auto* image = Gtk::make_managed<Gtk::Image>();
-    image->set_from_icon_name(symbols::iconName(symbol));
-    image->set_valign(Gtk::Align::START);
-    accessible::hide(*image);
-    label_.set_wrap();
-    label_.set_wrap_mode(Pango::WrapMode::WORD_CHAR);
-    label_.set_xalign(0);
-    append(*image);
-    append(label_);
-}
 
 SidebarFooter::SidebarFooter(AppModel& model)
     : Gtk::Box(Gtk::Orientation::VERTICAL, 3),
@@ -56,13 +40,13 @@ void SidebarFooter::show() {
     const auto& folder = model_.settings.get().mailFolder;
     folder_.set_visible(folder.has_value());
     if (folder) {
-        folder_.setText(folderName(*folder));
+        folder_.label().set_text(folderName(*folder));
         folder_.set_tooltip_text(text::toValidUTF8(*folder));
     }
     const auto& index = model_.index.get();
     const std::size_t unreadable = index ? index->unreadable : 0;
     damaged_.set_visible(unreadable > 0);
-    damaged_.setText(i18n::trCount("Damaged files skipped: %lld", unreadable));
+    damaged_.label().set_text(i18n::trCount("Damaged files skipped: %lld", unreadable));
 }
 
 }   // namespace ostrel

@@ -1,12 +1,11 @@
 #pragma once
 
 #include "app/AppModel.h"
+#include "ui/Headline.h"
 
-#include <string>
 #include <vector>
 
 #include <gtkmm/box.h>
-#include <gtkmm/label.h>
 
 namespace ostrel {
 
@@ -17,20 +16,10 @@ public:
     explicit SidebarFooter(AppModel& model);
 
 private:
-    // A symbol and a text that wraps where the sidebar ends.
-    class Line : public Gtk::Box {
-    public:
-        Line(const char* symbol, const std::string& text);
-        void setText(const std::string& text) { label_.set_text(text); }
-
-    private:
-        Gtk::Label label_;
-    };
-
     void show();
 
     AppModel& model_;
-    Line promise_, folder_, damaged_;
+    Headline promise_, folder_, damaged_;
     std::vector<Subscription> subscriptions_;
 };
 

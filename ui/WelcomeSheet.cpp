@@ -13,7 +13,7 @@ namespace {
 
 using i18n::tr;
 
-constexpr int iconSize = 64, featureSymbolSize = 24, spacing = 12;
+constexpr int iconSize = 64, featureSymbolSize = 24, spacing = 12, subtitleCharacters = 50;
 
 Gtk::Widget& feature(const char* symbol, const std::string& title, const std::string& text) {
     auto& row = *Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, spacing);
@@ -57,6 +57,8 @@ WelcomeSheet::WelcomeSheet(AppModel& model, Gtk::Window& parent) : SheetWindow(m
     subtitle.add_css_class("dim-label");
     subtitle.set_wrap();
     subtitle.set_justify(Gtk::Justification::CENTER);
+    subtitle.set_halign(Gtk::Align::CENTER);
+    subtitle.set_max_width_chars(subtitleCharacters);
     for (Gtk::Widget* part : std::initializer_list<Gtk::Widget*>{&icon, &title, &subtitle}) content().append(*part);
 
     auto& features = *Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL, spacing + spacing / 2);
