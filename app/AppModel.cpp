@@ -59,9 +59,9 @@ ExportOutcome runExport(const MessageList& list, const std::map<std::string, std
                         PDFRendering& renderer, const std::function<void(const ExportProgress&)>& progress,
                         const std::stop_token& cancel) {
     try {
-        std::vector<MessageSummary> messages;
+        std::vector<const MessageSummary*> messages;   // the list keeps them
         messages.reserve(list.size());
-        for (std::size_t row = 0; row < list.size(); ++row) messages.push_back(list[row]);
+        for (std::size_t row = 0; row < list.size(); ++row) messages.push_back(&list[row]);
         return Exporter::run(std::move(messages), mailboxNames, destination, settings, renderer, progress, cancel);
     } catch (const std::exception& error) {
         return error.what();

@@ -61,7 +61,7 @@ ExitStatus exportFolder(const fs::path& mailFolder, const fs::path& destination,
     const MailIndex index = scan(mailFolder, stop);
     MessageFilter filter;
     filter.skipDuplicates = settings.skipDuplicates;
-    const std::vector<MessageSummary> messages = filter.apply(index.messages, calendar);
+    const std::vector<const MessageSummary*> messages = filter.apply(index.messages, calendar);
 
     WebPDFRenderer renderer(settings.paper, stop);
     std::optional<std::string> indexTrouble;

@@ -43,17 +43,6 @@ void appendField(std::string& out, const std::string& value) {
     out += '"';
 }
 
-template <typename Fields>
-void appendRecord(std::string& out, const Fields& fields) {
-    bool isFirst = true;
-    for (const std::string& field : fields) {
-        if (!isFirst) out += ',';
-        isFirst = false;
-        appendField(out, field);
-    }
-    out.append(recordEnd);
-}
-
 }   // namespace
 
 const std::vector<std::string>& defaultHeaders() {
@@ -63,23 +52,34 @@ const std::vector<std::string>& defaultHeaders() {
     return headers;
 }
 
-std::string data(const std::vector<Row>& rows, const std::vector<std::string>& headers) {
-    std::string out(byteOrderMark);
-    appendRecord(out, headers);
-    for (const Row& row : rows) {
-        const std::string* const fields[] = {&row.date, &row.from, &row.to, &row.cc, &row.subject, &row.mailbox};
-        for (const std::string* field : fields) {
-            appendField(out, *field);
-            out += ',';
-        }
-        out += std::to_string(row.attachments);
-        for (const std::string* field : {&row.pdf, &row.folder, &row.thread, &row.messageID, &row.note}) {
-            out += ',';
-            appendField(out, *field);
-        }
-        out.append(recordEnd);
+std::string begin(const std::vector<std::string>& headers) {
+    std::string file(byteOrderMark);
+    bool isFirst = true;
+    for (const std::string& title : headers) {
+        if (!isFirst) file += ',';
+        isFirst = false;
+        appendField(file, title);
     }
-    return out;
+    return file.append(recordEnd);
+}
+
+void append(std::string& file, const Row& row) {
+    for (const std::string* field : {&row.date, &row.from, &row.to, &row.cc, &row.subject, &row.mailbox}) {
+        appendField(file, *field);
+        file += ',';
+    }
+    file += std::to_string(row.attachments);
+    for (const std::string* field : {&row.pdf, &row.folder, &row.thread, &row.messageID, &row.note}) {
+        file += ',';
+        appendField(file, *field);
+    }
+    file.append(recordEnd);
+}
+
+std::string data(const std::vector<Row>& rows, const std::vector<std::string>& headers) {
+    std::string file = begin(headers);
+    for (const Row& row : rows) append(file, row);
+    return file;
 }
 
 }   // namespace ostrel::CSVIndex

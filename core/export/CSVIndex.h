@@ -17,7 +17,12 @@ struct Row {
 // The twelve column titles, in order.
 const std::vector<std::string>& defaultHeaders();
 
-// The whole file. A field that a spreadsheet would run as a formula gets an apostrophe in front.
+// A file that has titles and no rows yet, and one row more at its end. A field that a spreadsheet would run as a
+// formula gets an apostrophe in front.
+std::string begin(const std::vector<std::string>& headers);
+void append(std::string& file, const Row& row);
+
+// The whole file.
 std::string data(const std::vector<Row>& rows, const std::vector<std::string>& headers);
 
 }   // namespace ostrel::CSVIndex

@@ -43,17 +43,20 @@ fs::path makeExportFolder(const fs::path& destination, const std::string& wished
 class Run {
 public:
     Run(const std::map<std::string, std::string>& mailboxNames, const ExportSettings& settings, PDFRendering& renderer,
-        const fs::path& folder, std::unordered_map<std::string, std::string> threads)
-        : mailboxNames_(mailboxNames), settings_(settings), renderer_(renderer), threads_(std::move(threads)) {
+        const fs::path& folder)
+        : mailboxNames_(mailboxNames),
+          settings_(settings),
+          renderer_(renderer),
+          index_(settings.csv ? CSVIndex::begin(settings.csvHeaders) : std::string()) {
         result_.folder = folder;
     }
 
     // Throws RenderCancelled when the renderer was cancelled; any other trouble of the message is noted.
-    void exportMessage(const MessageSummary& summary) {
+    void exportMessage(const MessageSummary& summary, const std::string& thread) {
         const std::string base = names_.unique(FileNamer::messageBase(summary.date, summary.fromLine(), summary.subject,
                                                                       settings_.labels.noSubject, settings_.calendar),
                                                "");
-        CSVIndex::Row row = beginRow(summary);
+        CSVIndex::Row row = beginRow(summary, thread);
         try {
             exportParts(summary, base, row);
             ++result_.exported;
@@ -64,7 +67,7 @@ public:
         } catch (const std::exception& error) {
             noteFailure(summary, row, error.what());
         }
-        rows_.push_back(std::move(row));
+        if (settings_.csv) CSVIndex::append(index_, row);
     }
 
     void markCancelled() { result_.cancelled = true; }
@@ -72,8 +75,7 @@ public:
     ExportResult finish() {
         if (settings_.csv) {
             try {
-                files::writeAtomically(result_.folder / indexName,
-                                       bytesOf(CSVIndex::data(rows_, settings_.csvHeaders)));
+                files::writeAtomically(result_.folder / indexName, bytesOf(index_));
             } catch (const FileError& error) {
                 throw IndexError(error, std::move(result_));
             }
@@ -88,7 +90,7 @@ private:
         return found == mailboxNames_.end() ? none : found->second;
     }
 
-    CSVIndex::Row beginRow(const MessageSummary& summary) const {
+    CSVIndex::Row beginRow(const MessageSummary& summary, const std::string& thread) const {
         CSVIndex::Row row;
         row.date = settings_.csvDate(summary.date);
         row.from = MailMessage::line(summary.from);
@@ -96,8 +98,7 @@ private:
         row.cc = MailMessage::line(summary.cc);
         row.subject = summary.subject;
         row.mailbox = mailboxName(summary);
-        const auto thread = threads_.find(summary.id());
-        if (thread != threads_.end()) row.thread = thread->second;
+        row.thread = thread;
         row.messageID = summary.messageID.value_or("");
         return row;
     }
@@ -165,9 +166,8 @@ private:
     const std::map<std::string, std::string>& mailboxNames_;
     const ExportSettings& settings_;
     PDFRendering& renderer_;
-    const std::unordered_map<std::string, std::string> threads_;
     FileNamer names_{{indexName}};
-    std::vector<CSVIndex::Row> rows_;
+    std::string index_;   // as it will be in the file: rows of so many texts each would take five times the memory
     ExportResult result_;
 };
 
@@ -179,19 +179,19 @@ ExportSettings::ExportSettings(std::string folderName_) : folderName(std::move(f
     csvDate = [zone](Instant date) { return isoDateTime(date, zone); };
 }
 
-ExportResult Exporter::run(std::vector<MessageSummary> messages, const std::map<std::string, std::string>& mailboxNames,
-                           const fs::path& into, const ExportSettings& settings, PDFRendering& renderer,
+ExportResult Exporter::run(std::vector<const MessageSummary*> messages,
+                           const std::map<std::string, std::string>& mailboxNames, const fs::path& into,
+                           const ExportSettings& settings, PDFRendering& renderer,
                            const std::function<void(const ExportProgress&)>& progress, std::stop_token cancel) {
     const fs::path folder = makeExportFolder(into, settings.folderName);
     std::ranges::stable_sort(messages, {}, &MessageSummary::date);
-    Run run(mailboxNames, settings, renderer, folder, Threads::assign(messages));
-    std::size_t done = 0;
+    const std::vector<std::string> threads = Threads::assign(messages);
+    Run run(mailboxNames, settings, renderer, folder);
     try {
-        for (const MessageSummary& message : messages) {
+        for (std::size_t done = 0; done < messages.size(); ++done) {
             if (cancel.stop_requested()) throw RenderCancelled();
-            progress({done, messages.size(), message.subject});
-            run.exportMessage(message);
-            ++done;
+            progress({done, messages.size(), messages[done]->subject});
+            run.exportMessage(*messages[done], threads[done]);
         }
         progress({messages.size(), messages.size(), ""});
     } catch (const RenderCancelled&) {

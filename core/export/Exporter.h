@@ -64,11 +64,11 @@ public:
 
 namespace Exporter {
 
-// Exports the messages, oldest first, into a new folder inside the destination: a PDF each, attachments in a folder of
-// the same name, index.csv at the end, also when cancelled. One bad message is noted and the run goes on. cancel is
-// asked before each message. progress is called on the calling thread. Throws FileError when the folder cannot be
-// created, IndexError when the index cannot be written.
-ExportResult run(std::vector<MessageSummary> messages, const std::map<std::string, std::string>& mailboxNames,
+// Exports the messages, which outlive the run, oldest first, into a new folder inside the destination: a PDF each,
+// attachments in a folder of the same name, index.csv at the end, also when cancelled. One bad message is noted and the
+// run goes on. cancel is asked before each message. progress is called on the calling thread. Throws FileError when the
+// folder cannot be created, IndexError when the index cannot be written.
+ExportResult run(std::vector<const MessageSummary*> messages, const std::map<std::string, std::string>& mailboxNames,
                  const std::filesystem::path& into, const ExportSettings& settings, PDFRendering& renderer,
                  const std::function<void(const ExportProgress&)>& progress, std::stop_token cancel);
 

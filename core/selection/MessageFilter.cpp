@@ -156,10 +156,10 @@ std::vector<std::uint32_t> MessageFilter::matches(const SearchableMessages& mess
     return found;
 }
 
-std::vector<MessageSummary> MessageFilter::apply(const std::vector<MessageSummary>& messages,
-                                                 const Calendar& calendar) const {
-    std::vector<MessageSummary> passing;
-    for (const auto position : matches(SearchableMessages(messages), calendar)) passing.push_back(messages[position]);
+std::vector<const MessageSummary*> MessageFilter::apply(const std::vector<MessageSummary>& messages,
+                                                        const Calendar& calendar) const {
+    std::vector<const MessageSummary*> passing;
+    for (const auto position : matches(SearchableMessages(messages), calendar)) passing.push_back(&messages[position]);
     return passing;
 }
 

@@ -68,8 +68,9 @@ struct MessageFilter {
     // that the copy in a mailbox that is not shown hides no other; a message without a Message-ID is nobody's
     // duplicate.
     std::vector<std::uint32_t> matches(const SearchableMessages& messages, const Calendar& calendar) const;
-    // The same on a plain list, which is prepared anew each time.
-    std::vector<MessageSummary> apply(const std::vector<MessageSummary>& messages, const Calendar& calendar) const;
+    // The same on a plain list, which is prepared anew each time: those of its messages that pass.
+    std::vector<const MessageSummary*> apply(const std::vector<MessageSummary>& messages,
+                                             const Calendar& calendar) const;
 
     bool operator==(const MessageFilter&) const = default;
 };

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <numeric>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 
 namespace ostrel::Threads {
@@ -41,16 +42,16 @@ private:
 class Grouping {
 public:
     // The group of each message of the list; equal numbers, equal group.
-    std::vector<std::uint32_t> groups(const std::vector<MessageSummary>& messages) {
+    std::vector<std::uint32_t> groups(const std::vector<const MessageSummary*>& messages) {
         std::vector<std::uint32_t> members;
         members.reserve(messages.size());
         identifiers_.reserve(messages.size());
-        for (const auto& message : messages) {
+        for (const MessageSummary* message : messages) {
             const auto member = sets_.add();
             members.push_back(member);
-            if (message.messageID) refer(member, *message.messageID);
-            for (const auto& identifier : message.inReplyTo) refer(member, identifier);
-            for (const auto& identifier : message.references) refer(member, identifier);
+            if (message->messageID) refer(member, *message->messageID);
+            for (const auto& identifier : message->inReplyTo) refer(member, identifier);
+            for (const auto& identifier : message->references) refer(member, identifier);
         }
         for (auto& member : members) member = sets_.find(member);
         return members;
@@ -77,7 +78,7 @@ std::string spell(std::size_t number, std::size_t width) {
 
 }   // namespace
 
-std::unordered_map<std::string, std::string> assign(const std::vector<MessageSummary>& messages) {
+std::vector<std::string> assign(const std::vector<const MessageSummary*>& messages) {
     Grouping grouping;
     auto numbers = grouping.groups(messages);
 
@@ -90,10 +91,9 @@ std::unordered_map<std::string, std::string> assign(const std::vector<MessageSum
     }
 
     const auto width = std::max<std::size_t>(4, std::to_string(count).size());
-    std::unordered_map<std::string, std::string> identifiers;
+    std::vector<std::string> identifiers;
     identifiers.reserve(messages.size());
-    for (std::size_t i = 0; i < messages.size(); ++i)
-        identifiers.try_emplace(messages[i].id(), spell(numbers[i], width));
+    for (const auto number : numbers) identifiers.push_back(spell(number, width));
     return identifiers;
 }
 

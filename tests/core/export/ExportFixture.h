@@ -56,8 +56,10 @@ protected:
     }
 
     ExportResult run(const std::vector<MessageSummary>& messages) {
+        std::vector<const MessageSummary*> list;
+        for (const auto& message : messages) list.push_back(&message);
         return Exporter::run(
-            messages, {{"INBOX.mbox", "Inbox"}}, out_.path(), settings_, renderer_,
+            list, {{"INBOX.mbox", "Inbox"}}, out_.path(), settings_, renderer_,
             [&](const ExportProgress& at) { progress_.push_back(at); }, cancel_.get_token());
     }
     // The last columns of each row: attachments, PDF, folder, conversation, Message-ID, note.

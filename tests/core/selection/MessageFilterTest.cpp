@@ -24,8 +24,8 @@ Instant utc(int year, int month, int day, std::chrono::seconds time = 0s) {
 // The file numbers of what passes: "1 3".
 std::string passing(const MessageFilter& filter, const Mails& mails, const Calendar& calendar = Calendar::utc()) {
     std::string line;
-    for (const auto& message : filter.apply(mails, calendar))
-        line += (line.empty() ? "" : " ") + message.url.filename().stem().string();
+    for (const auto* message : filter.apply(mails, calendar))
+        line += (line.empty() ? "" : " ") + message->url.filename().stem().string();
     return line;
 }
 

@@ -15,11 +15,16 @@ namespace {
 
 using Mails = std::vector<MessageSummary>;
 
+std::vector<std::string> assigned(const Mails& mails) {
+    std::vector<const MessageSummary*> list;
+    for (const auto& message : mails) list.push_back(&message);
+    return Threads::assign(list);
+}
+
 // The conversation of each message, in list order: "C0001 C0002 C0001".
 std::string conversations(const Mails& mails) {
-    const auto assigned = Threads::assign(mails);
     std::string line;
-    for (const auto& message : mails) line += (line.empty() ? "" : " ") + assigned.at(message.id());
+    for (const auto& identifier : assigned(mails)) line += (line.empty() ? "" : " ") + identifier;
     return line;
 }
 
@@ -59,11 +64,11 @@ TEST(ThreadsTest, groupsMessagesByWhatTheyReferTo) {
 TEST(ThreadsTest, keepsOneWidthSoThatTheColumnSorts) {
     Mails mails;
     for (int i = 0; i < 12'000; ++i) mails.push_back(mail(std::to_string(i)));
-    const auto assigned = Threads::assign(mails);
-    EXPECT_EQ(assigned.at(mails.front().id()), "C00001");
+    const auto identifiers = assigned(mails);
+    ASSERT_EQ(identifiers.size(), mails.size());
+    EXPECT_EQ(identifiers.front(), "C00001");
     std::string before;
-    for (const auto& message : mails) {
-        const auto& identifier = assigned.at(message.id());
+    for (const auto& identifier : identifiers) {
         ASSERT_LT(before, identifier);
         before = identifier;
     }
@@ -80,7 +85,8 @@ TEST(ThreadsTest, groupsAlikeInEveryOrder) {
     }
     const auto partition = [](const Mails& list) {
         std::map<std::string, std::set<std::string>> groups;
-        for (const auto& [path, identifier] : Threads::assign(list)) groups[identifier].insert(path);
+        const auto identifiers = assigned(list);
+        for (std::size_t i = 0; i < list.size(); ++i) groups[identifiers[i]].insert(list[i].id());
         std::set<std::set<std::string>> parts;
         for (const auto& [identifier, members] : groups) parts.insert(members);
         return parts;
@@ -100,9 +106,9 @@ TEST(ThreadsTest, takesHostileReferencesInOnePass) {
     for (int i = 1; i <= 20'000; ++i) {   // the longest chain, each link told once
         mails.push_back(mail(std::to_string(i)).id(std::to_string(i) + "c").replyTo(std::to_string(i - 1) + "c"));
     }
-    const auto assigned = Threads::assign(mails);
-    EXPECT_EQ(assigned.at(mails[1].id()), "C0002");
-    EXPECT_EQ(assigned.at(mails[20'000].id()), "C0002");
+    const auto identifiers = assigned(mails);
+    EXPECT_EQ(identifiers[1], "C0002");
+    EXPECT_EQ(identifiers[20'000], "C0002");
 }
 
 }   // namespace
