@@ -34,9 +34,10 @@ void write(JsonWriter& json, const std::vector<MailAddress>& addresses) {
     json.close(']');
 }
 
-void write(JsonWriter& json, const std::vector<std::string>& texts) {
+template <class Text>
+void write(JsonWriter& json, const std::vector<Text>& texts) {
     json.open('[');
-    for (const std::string& text : texts) json.text(text);
+    for (const Text& text : texts) json.text(text);
     json.close(']');
 }
 
@@ -51,13 +52,13 @@ void write(JsonWriter& json, const MailAccount& account) {
 
 void write(JsonWriter& json, const MessageSummary& message, const fs::path& root) {
     json.open('{').key("path").text(displayText(fs::path(message.url).lexically_relative(root)));
-    json.key("mailboxID").text(message.mailboxID).key("subject").text(message.subject);
+    json.key("mailboxID").text(*message.mailboxID).key("subject").text(message.subject);
     write(json.key("from"), message.from);
     write(json.key("to"), message.to);
     write(json.key("cc"), message.cc);
     json.key("date").text(isoUTC(message.date)).key("messageID").optionalText(message.messageID);
-    write(json.key("inReplyTo"), message.inReplyTo);
-    write(json.key("references"), message.references);
+    write(json.key("inReplyTo"), message.inReplyTo.texts());
+    write(json.key("references"), message.references.texts());
     json.key("hasAttachments").boolean(message.hasAttachments).key("isPartial").boolean(message.isPartial).close('}');
 }
 

@@ -108,10 +108,10 @@ bool HeadsAhead::takeBatch() {
     return true;
 }
 
-HeadsAhead::Head* HeadsAhead::next() {
+const HeadsAhead::Head* HeadsAhead::next() {
     while (!batch_ || at_ == batch_->heads.size())
         if (!takeBatch()) return nullptr;
-    Head& head = batch_->heads[at_++];
+    const Head& head = batch_->heads[at_++];
     block_ = bytesOf(batch_->blocks).subspan(blockStart_, head.size);
     blockStart_ += head.size;
     return &head;

@@ -35,7 +35,7 @@ public:
 
     // The next one, or null at the end; its header block is then headerBlock(). Both live until the next call. Throws
     // FileError when the folder itself cannot be listed.
-    Head* next();
+    const Head* next();
     ByteView headerBlock() const { return block_; }
 
 private:

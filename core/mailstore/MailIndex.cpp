@@ -4,8 +4,8 @@ namespace ostrel {
 
 const std::string& MessageSummary::fromLine() const {
     static const std::string nobody;
-    if (from.empty()) return nobody;
-    return from.front().name.empty() ? from.front().email : from.front().name;
+    if (from->empty()) return nobody;
+    return from->front().name.empty() ? from->front().email : from->front().name;
 }
 
 const Mailbox* MailIndex::mailbox(const std::string& id) const {

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "core/mailstore/Shared.h"
+#include "core/mailstore/StoredPath.h"
+#include "core/mailstore/TextList.h"
 #include "core/message/MailAddress.h"
-#include "platform/FilePath.h"
 #include "platform/Time.h"
 
 #include <filesystem>
@@ -11,20 +13,21 @@
 
 namespace ostrel {
 
-// One message as the list shows it, read from the head of its file.
+// One message as the list shows it, read from the head of its file. There are hundreds of thousands in memory: what
+// repeats is shared.
 struct MessageSummary {
-    FilePath url;   // the message file
-    std::string mailboxID;
+    StoredPath url;   // the message file
+    Shared<std::string> mailboxID;
     std::string subject;
-    std::vector<MailAddress> from, to, cc;
+    Shared<std::vector<MailAddress>> from, to, cc;
     Instant date;   // the Date field, else the file's modification date
     std::optional<std::string> messageID;
-    std::vector<std::string> inReplyTo, references;
+    TextList inReplyTo, references;
     bool hasAttachments = false;
     bool isPartial = false;
 
     // Identity: the file's path, as the bytes the system knows it by.
-    const std::string& id() const { return url.native(); }
+    std::string id() const { return url.native(); }
     // The first sender's name, or address when it has no name; empty without a sender. Lives as long as this.
     const std::string& fromLine() const;
 

@@ -12,7 +12,7 @@
 
 #include <algorithm>
 #include <array>
-#include <deque>
+#include <cstdint>
 #include <map>
 #include <string_view>
 #include <unordered_map>
@@ -91,7 +91,9 @@ Mailbox mailboxOf(std::string_view relativeFolder) {
 // address costs more than to read a file's head.
 class KnownAddresses {
 public:
-    std::vector<MailAddress> list(std::string_view value) {
+    using List = Shared<std::vector<MailAddress>>;
+
+    List list(std::string_view value) {
         if (value.size() > longest) return MailAddress::list(value);
         if (const auto known = lists_.find(value); known != lists_.end()) return known->second;
         if (lists_.size() == most) lists_.clear();
@@ -104,25 +106,24 @@ private:
     struct Hash : std::hash<std::string_view> {
         using is_transparent = void;
     };
-    std::unordered_map<std::string, std::vector<MailAddress>, Hash, std::equal_to<>> lists_;
+    std::unordered_map<std::string, List, Hash, std::equal_to<>> lists_;
 };
 
-MessageSummary summaryOf(FilePath file, std::optional<Instant> modified, const Headers& headers,
-                         KnownAddresses& known) {
+// All but what the folder tells.
+MessageSummary summaryOf(const HeadsAhead::Head& head, const Headers& headers, KnownAddresses& known) {
     const auto addresses = [&](std::string_view name) { return known.list(headers.first(name).value_or("")); };
     const auto identifiers = [&](std::string_view name) { return MessageIDs::list(headers.first(name).value_or("")); };
     MessageSummary summary;
-    summary.url = std::move(file);
-    summary.isPartial = Emlx::isPartial(summary.url);
+    summary.isPartial = Emlx::isPartial(head.file);
     const std::string contentType = HeaderParameters::parse(headers.first("Content-Type")).value;
     summary.hasAttachments = text::lower(contentType) == "multipart/mixed" ||
-                             (summary.isPartial && files::exists(Emlx::attachmentsFolder(summary.url)));
+                             (summary.isPartial && files::exists(Emlx::attachmentsFolder(head.file)));
     summary.subject = text::trimBlanksAndNewlines(headers.decoded("Subject").value_or(""));
     summary.from = addresses("From");
     summary.to = addresses("To");
     summary.cc = addresses("Cc");
     const auto date = headers.first("Date");
-    summary.date = (date ? MailDate::parse(*date) : std::nullopt).value_or(modified.value_or(Instant{}));
+    summary.date = (date ? MailDate::parse(*date) : std::nullopt).value_or(head.modified.value_or(Instant{}));
     if (auto own = identifiers("Message-ID"); !own.empty()) summary.messageID = std::move(own.front());
     summary.inReplyTo = identifiers("In-Reply-To");
     summary.references = identifiers("References");
@@ -130,15 +131,31 @@ MessageSummary summaryOf(FilePath file, std::optional<Instant> modified, const H
 }
 
 // Messages of one date keep their order.
-std::vector<MessageSummary> newestFirst(std::deque<MessageSummary> messages) {
-    std::vector<std::pair<Instant, MessageSummary*>> order;   // sorted in their place: a summary is dear to move
+void sortNewestFirst(std::vector<MessageSummary>& messages) {
+    struct Dated {
+        Instant date;
+        std::size_t position;
+    };
+    std::vector<Dated> order;
     order.reserve(messages.size());
-    for (MessageSummary& message : messages) order.emplace_back(message.date, &message);
-    std::ranges::stable_sort(order, std::greater{}, [](const auto& dated) { return dated.first; });
-    std::vector<MessageSummary> sorted;
-    sorted.reserve(messages.size());
-    for (const auto& [date, message] : order) sorted.push_back(std::move(*message));
-    return sorted;
+    for (const MessageSummary& message : messages) order.push_back({message.date, order.size()});
+    std::ranges::sort(order, [](const Dated& a, const Dated& b) {
+        return a.date != b.date ? a.date > b.date : a.position < b.position;
+    });
+    // Each moves once, into the place of the one before it in its circle: a second list would take as much memory
+    // again.
+    for (std::size_t start = 0; start < order.size(); ++start) {
+        if (order[start].position == start) continue;
+        MessageSummary first = std::move(messages[start]);
+        std::size_t at = start;
+        while (order[at].position != start) {
+            const std::size_t from = std::exchange(order[at].position, at);
+            messages[at] = std::move(messages[from]);
+            at = from;
+        }
+        order[at].position = at;
+        messages[at] = std::move(first);
+    }
 }
 
 // What one walk has found so far.
@@ -146,42 +163,42 @@ class Scan {
 public:
     explicit Scan(fs::path root) : root_(std::move(root)) {}
 
-    void add(HeadsAhead::Head& head, ByteView headerBlock) {
+    void add(const HeadsAhead::Head& head, ByteView headerBlock) {
         if (!head.isReadable) {
             ++index_.unreadable;
             return;
         }
-        Mailbox& mailbox = mailboxFor(head.file);
-        MessageSummary& summary = messages_.emplace_back(summaryOf(
-            std::move(head.file), head.modified, Headers::parseOnly(headerBlock, summaryFields), knownAddresses_));
-        summary.mailboxID = mailbox.id;
-        for (const MailAddress& address : summary.to) ++(*lastAddresses_)[address.email];
-        ++mailbox.messageCount;
+        const std::string_view path = head.file.native();
+        const std::size_t nameStart = path.rfind('/') + 1;
+        enter(path.substr(0, nameStart));
+        MessageSummary& summary = index_.messages.emplace_back(
+            summaryOf(head, Headers::parseOnly(headerBlock, summaryFields), knownAddresses_));
+        summary.url = StoredPath(folder_, path.substr(nameStart));
+        summary.mailboxID = mailboxID_;
+        for (const MailAddress& address : *summary.to) ++(*addressesOfFolder_)[address.email];
+        ++mailbox_->messageCount;
     }
 
-    std::size_t count() const { return messages_.size(); }
+    std::size_t count() const { return index_.messages.size(); }
 
     MailIndex finish(const std::string& onMyMac) {
-        index_.messages = newestFirst(std::move(messages_));
+        sortNewestFirst(index_.messages);
         index_.accounts = accounts(onMyMac);
         index_.root = root_;
         return std::move(index_);
     }
 
 private:
-    // Files come folder by folder, so the last answer nearly always serves again.
-    Mailbox& mailboxFor(const FilePath& file) {
-        const std::string_view path = file.native();
-        const std::string_view folder = path.substr(0, path.rfind('/'));
-        if (!lastMailbox_ || folder != lastFolder_) {
-            std::string_view relative = folder;
-            if (folder.starts_with(root_.native())) relative.remove_prefix(root_.native().size());
-            const Mailbox mailbox = mailboxOf(displayText(fs::path(relative)));
-            lastMailbox_ = &mailboxes_.try_emplace(mailbox.id, mailbox).first->second;
-            lastAddresses_ = &addresses_[mailbox.account];
-            lastFolder_ = folder;
-        }
-        return *lastMailbox_;
+    // Files come folder by folder, so the last answer nearly always serves again. The folder ends with a slash.
+    void enter(std::string_view folder) {
+        if (mailbox_ && folder == *folder_) return;
+        std::string_view relative = folder.substr(0, folder.size() - 1);
+        if (relative.starts_with(root_.native())) relative.remove_prefix(root_.native().size());
+        const Mailbox mailbox = mailboxOf(displayText(fs::path(relative)));
+        mailbox_ = &mailboxes_.try_emplace(mailbox.id, mailbox).first->second;
+        addressesOfFolder_ = &addresses_[mailbox.account];
+        if (mailboxID_ != mailbox.id) mailboxID_ = mailbox.id;
+        folder_ = std::string(folder);
     }
 
     std::vector<MailAccount> accounts(const std::string& onMyMac) const {
@@ -225,14 +242,14 @@ private:
 
     fs::path root_;
     MailIndex index_;
-    std::deque<MessageSummary> messages_;        // as found; a vector would move them all each time it grows
     std::map<std::string, Mailbox> mailboxes_;   // by id; nodes stay where they are
     KnownAddresses knownAddresses_;
     // How often each address was written to, by account: an account's own address leads.
     std::map<std::string, AddressCounts> addresses_;
-    Mailbox* lastMailbox_ = nullptr;
-    AddressCounts* lastAddresses_ = nullptr;
-    std::string lastFolder_;
+    // Of the folder that the last file was in.
+    Mailbox* mailbox_ = nullptr;
+    AddressCounts* addressesOfFolder_ = nullptr;
+    Shared<std::string> folder_, mailboxID_;
 };
 
 // Absolute and without "." and "..", so that relative paths are plain text; no slash at the end.
@@ -293,7 +310,7 @@ MailIndex scan(const fs::path& folder, const std::string& onMyMac, const std::fu
     std::size_t reported = 0;
     HeadsAhead heads(root);
     try {
-        while (HeadsAhead::Head* head = heads.next()) {
+        while (const HeadsAhead::Head* head = heads.next()) {
             if (cancelled()) break;
             scan.add(*head, heads.headerBlock());
             if (scan.count() % progressInterval == 0 && scan.count() != reported) progress(reported = scan.count());

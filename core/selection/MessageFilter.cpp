@@ -97,7 +97,7 @@ SearchableMessages::SearchableMessages(const std::vector<MessageSummary>& messag
     records_.reserve(messages.size());
     for (const auto& message : messages) {
         for (const auto* addresses : {&message.from, &message.to, &message.cc}) {
-            for (const auto& [name, email] : *addresses) {
+            for (const auto& [name, email] : **addresses) {
                 key.assign(name).append(" <").append(email).append(1, '>');
                 const auto [known, isNew] = people.try_emplace(key, static_cast<std::uint32_t>(people.size()));
                 if (isNew) people_.add(text::foldForSearch(key));
@@ -107,7 +107,7 @@ SearchableMessages::SearchableMessages(const std::vector<MessageSummary>& messag
         const auto subject = subjects.of(message.subject);
         if (subject.isNew) subjects_.add(text::foldForSearch(message.subject));
         const auto mailbox =
-            mailboxes_.try_emplace(message.mailboxID, static_cast<std::uint32_t>(mailboxes_.size())).first->second;
+            mailboxes_.try_emplace(*message.mailboxID, static_cast<std::uint32_t>(mailboxes_.size())).first->second;
         const bool hasIdentifier = message.messageID && !message.messageID->empty();
         const auto identifier = hasIdentifier ? identifiers.of(*message.messageID).value + 1 : 0;
         identifierCount_ = std::max(identifierCount_, identifier);

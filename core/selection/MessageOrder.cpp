@@ -45,20 +45,34 @@ SortableMessages::Key SortableMessages::dateKey(const std::vector<MessageSummary
 SortableMessages::Key SortableMessages::textKey(const std::vector<MessageSummary>& messages,
                                                 const std::string& (*textOf)(const MessageSummary&)) {
     // To collate is slow: once for each different text, and from then on bytes are compared.
+    // Their keys stand in one piece of memory, a third of what each takes in one of its own.
+    struct Collated {
+        std::size_t start, size;
+        std::uint32_t number;
+    };
     std::unordered_map<std::string_view, std::uint32_t> numbers;
-    std::vector<std::pair<std::string, std::uint32_t>> collated;
+    std::vector<Collated> collated;
+    std::string sortKeys;
     Key key;
     key.ranks.reserve(messages.size());
     for (const auto& message : messages) {
         const std::string& text = textOf(message);
         const auto [known, isNew] = numbers.try_emplace(text, static_cast<std::uint32_t>(numbers.size()));
-        if (isNew) collated.emplace_back(locale::sortKey(text), known->second);
+        if (isNew) {
+            const std::size_t start = sortKeys.size();
+            sortKeys += locale::sortKey(text);
+            collated.push_back({start, sortKeys.size() - start, known->second});
+        }
         key.ranks.push_back(known->second);
     }
-    std::ranges::sort(collated);
+    const std::string_view all = sortKeys;
+    std::ranges::sort(collated, [all](const Collated& a, const Collated& b) {
+        const int order = all.substr(a.start, a.size).compare(all.substr(b.start, b.size));
+        return order != 0 ? order < 0 : a.number < b.number;
+    });
     key.count = static_cast<std::uint32_t>(collated.size());
     std::vector<std::uint32_t> rankOf(collated.size());
-    for (std::uint32_t rank = 0; rank < key.count; ++rank) rankOf[collated[rank].second] = rank;
+    for (std::uint32_t rank = 0; rank < key.count; ++rank) rankOf[collated[rank].number] = rank;
     for (auto& number : key.ranks) number = rankOf[number];
     return key;
 }

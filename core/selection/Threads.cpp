@@ -50,8 +50,8 @@ public:
             const auto member = sets_.add();
             members.push_back(member);
             if (message->messageID) refer(member, *message->messageID);
-            for (const auto& identifier : message->inReplyTo) refer(member, identifier);
-            for (const auto& identifier : message->references) refer(member, identifier);
+            for (const auto& identifier : message->inReplyTo.texts()) refer(member, identifier);
+            for (const auto& identifier : message->references.texts()) refer(member, identifier);
         }
         for (auto& member : members) member = sets_.find(member);
         return members;
@@ -59,7 +59,7 @@ public:
     std::size_t memberCount() const { return sets_.size(); }
 
 private:
-    void refer(std::uint32_t member, const std::string& identifier) {
+    void refer(std::uint32_t member, std::string_view identifier) {
         if (identifier.empty()) return;
         const auto [known, isNew] = identifiers_.try_emplace(identifier, 0);
         if (isNew) known->second = sets_.add();

@@ -39,15 +39,16 @@ const std::vector<MessageSummary>& store() {
             auto& message = made[static_cast<std::size_t>(i)];
             message.url = "/home/kim/Library/Mail/V10/account/INBOX.mbox/Data/Messages/" + std::to_string(i) + ".emlx";
             message.mailboxID = "account/" + std::to_string(random() % 40) + ".mbox";
-            message.from = {someone()};
-            message.to = {people[0], someone()};
-            if (random() % 3 == 0) message.cc = {someone(), someone()};
+            message.from = std::vector{someone()};
+            message.to = std::vector{people[0], someone()};
+            if (random() % 3 == 0) message.cc = std::vector{someone(), someone()};
             for (auto count = 3 + random() % 5; count > 0; --count)
                 message.subject += std::string(words[random() % words.size()]) + " ";
             message.subject += std::to_string(random() % 200'000);
             message.date = Instant{std::chrono::seconds(1'700'000'000 - i * 700)};
             message.messageID = std::to_string(i - (random() % 20 == 0)) + "@mail.example.org";
-            if (random() % 2) message.references = {std::to_string(random() % messageCount) + "@mail.example.org"};
+            if (random() % 2)
+                message.references = std::vector{std::to_string(random() % messageCount) + "@mail.example.org"};
         }
         return made;
     }();
@@ -108,7 +109,7 @@ void identifierTable(benchmark::State& state) {
         std::unordered_map<std::string_view, std::size_t> table;
         for (const MessageSummary& message : store()) {
             if (message.messageID) table.try_emplace(*message.messageID, table.size());
-            for (const std::string& reference : message.references) table.try_emplace(reference, table.size());
+            for (const auto reference : message.references.texts()) table.try_emplace(reference, table.size());
         }
         benchmark::DoNotOptimize(table);
     }

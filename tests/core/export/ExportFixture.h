@@ -43,9 +43,9 @@ protected:
         MessageSummary summary;
         summary.url = mail_ / "Messages" / (std::to_string(++count_) + ".emlx");
         files::createFolders(mail_ / "Messages");
-        summary.mailboxID = "INBOX.mbox";
+        summary.mailboxID = std::string("INBOX.mbox");
         summary.subject = subject;
-        summary.from = {{"Kim", "kim@x.org"}};
+        summary.from = std::vector<MailAddress>{{"Kim", "kim@x.org"}};
         summary.date = Instant(std::chrono::minutes(28493700 + minutes));   // 2024-03-05 07:00 UTC
         summary.messageID = std::to_string(count_) + "@x";
         files::writeAtomically(summary.url, bytesOf(message.emlx(summary.date)));

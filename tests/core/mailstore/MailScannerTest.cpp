@@ -133,14 +133,14 @@ TEST_F(MailScannerTest, ASummaryHoldsWhatTheListShows) {
     const MailIndex index = scan();
     MessageSummary expected;
     expected.url = root_ / "A/INBOX.mbox/Messages/1.emlx";
-    expected.mailboxID = "A/INBOX.mbox";
+    expected.mailboxID = std::string("A/INBOX.mbox");
     expected.subject = "Fünf";
-    expected.from = {{"Größe Åse", "ase@x.org"}, {"", "kim@x.org"}};
-    expected.to = {{"", "kim@x.org"}};
+    expected.from = std::vector<MailAddress>{{"Größe Åse", "ase@x.org"}, {"", "kim@x.org"}};
+    expected.to = std::vector<MailAddress>{{"", "kim@x.org"}};
     expected.date = Instant(std::chrono::seconds(1709626062));
     expected.messageID = "1@x";
-    expected.inReplyTo = {"0@x"};
-    expected.references = {"a@x", "0@x"};
+    expected.inReplyTo = std::vector<std::string>{"0@x"};
+    expected.references = std::vector<std::string>{"a@x", "0@x"};
     expected.hasAttachments = true;
     ASSERT_EQ(index.messages.size(), 1U);
     EXPECT_EQ(index.messages[0], expected);
@@ -160,15 +160,17 @@ TEST_F(MailScannerTest, PartialMessagesHaveTheAttachmentsThatAreStored) {
 }
 
 TEST_F(MailScannerTest, NewestFirstAndUndatedByFileDate) {
-    putMessage("M.mbox/1.emlx", "k@x", "Date: Tue, 05 Mar 2024 09:07:42 +0000\r\n");
+    putMessage("M.mbox/1.emlx", "k@x", "Date: Tue, 05 Mar 2019 09:07:42 +0000\r\n");
     putMessage("M.mbox/2.emlx", "k@x", "Date: Tue, 05 Mar 2024 09:07:42 +0000\r\n");
     putMessage("M.mbox/3.emlx", "k@x", "Date: nonsense\r\n");
-    putMessage("M.mbox/4.emlx", "k@x", "Date: Tue, 05 Mar 2019 09:07:42 +0000\r\n");
+    putMessage("M.mbox/4.emlx", "k@x", "Date: Tue, 05 Mar 2024 09:07:42 +0000\r\n");
+    putMessage("M.mbox/5.emlx", "k@x", "Date: Wed, 05 Mar 2025 09:07:42 +0000\r\n");
+    putMessage("M.mbox/6.emlx", "k@x", "Date: Sat, 05 Mar 2022 09:07:42 +0000\r\n");
     fs::last_write_time(root_ / "M.mbox/3.emlx",
                         std::chrono::file_clock::from_sys(std::chrono::sys_seconds(std::chrono::seconds(1600000000))));
     std::vector<std::string> order;
     for (const MessageSummary& message : scan().messages) order.push_back(message.url.filename());
-    EXPECT_EQ(order, (std::vector<std::string>{"1.emlx", "2.emlx", "3.emlx", "4.emlx"}));
+    EXPECT_EQ(order, (std::vector<std::string>{"5.emlx", "2.emlx", "4.emlx", "6.emlx", "3.emlx", "1.emlx"}));
 }
 
 TEST_F(MailScannerTest, AccountsAreLabelledAndOrderedForPeople) {

@@ -164,7 +164,7 @@ std::vector<std::uint32_t> oneByOne(const MessageFilter& filter, const Mails& ma
         const auto& message = mails[i];
         bool isFound = filter.person.empty();
         for (const auto* list : {&message.from, &message.to, &message.cc}) {
-            for (const auto& [name, email] : *list)
+            for (const auto& [name, email] : **list)
                 isFound = isFound || holdsFolded(name, filter.person) || holdsFolded(email, filter.person);
         }
         std::string word;
