@@ -4,6 +4,7 @@
 #include "ui/Accessible.h"
 #include "ui/DesktopServices.h"
 #include "ui/Headline.h"
+#include "ui/Labels.h"
 #include "ui/Symbols.h"
 
 #include <filesystem>
@@ -18,7 +19,7 @@ namespace {
 
 using i18n::tr;
 
-constexpr int width = 600, margin = 24, spacing = 12, symbolSize = 48;
+constexpr int width = 600, margin = 18, spacing = 12, symbolSize = 48;
 
 std::filesystem::path ownProgram() {
     std::error_code none;
@@ -55,6 +56,7 @@ AccessView::AccessView(AppModel& model, Desktop& desktop) : content_(Gtk::Orient
            "Reopen."),
         tr("Check Again"), [&model] { model.reload(); });
 
+    content_.get_last_child()->set_margin_bottom(spacing / 2);
     addPromise(
         "doc.on.doc",
         tr("Read-only: Ostrel opens Mail’s message files for reading and never changes, moves or deletes them."));

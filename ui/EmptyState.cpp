@@ -1,19 +1,13 @@
 #include "ui/EmptyState.h"
 
 #include "ui/Accessible.h"
+#include "ui/Labels.h"
 #include "ui/Symbols.h"
 
 namespace ostrel {
 namespace {
 
 constexpr int spacing = 12, margin = 24, symbolSize = 64, lineCharacters = 50;
-
-void prepare(Gtk::Label& label) {
-    label.set_wrap();
-    label.set_wrap_mode(Pango::WrapMode::WORD_CHAR);
-    label.set_max_width_chars(lineCharacters);
-    label.set_justify(Gtk::Justification::CENTER);
-}
 
 }   // namespace
 
@@ -26,8 +20,8 @@ EmptyState::EmptyState(const char* symbol, const std::string& title, const std::
     image_.set_pixel_size(symbolSize);
     image_.add_css_class("dim-label");
     accessible::hide(image_);
-    prepare(title_);
-    prepare(description_);
+    wrapCentered(title_, lineCharacters);
+    wrapCentered(description_, lineCharacters);
     title_.add_css_class("title-2");
     description_.add_css_class("dim-label");
     button_.set_halign(Gtk::Align::CENTER);

@@ -3,6 +3,7 @@
 #include "platform/Files.h"
 #include "platform/Translation.h"
 #include "ui/Accessible.h"
+#include "ui/Labels.h"
 
 #include <algorithm>
 

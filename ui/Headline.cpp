@@ -1,16 +1,10 @@
 #include "ui/Headline.h"
 
 #include "ui/Accessible.h"
+#include "ui/Labels.h"
 #include "ui/Symbols.h"
 
 namespace ostrel {
-
-void wrapFromLeft(Gtk::Label& label) {
-    label.set_wrap();
-    label.set_wrap_mode(Pango::WrapMode::WORD_CHAR);
-    label.set_natural_wrap_mode(Gtk::NaturalWrapMode::WORD);
-    label.set_xalign(0);
-}
 
 Headline::Headline(const char* symbol, const std::string& text, int symbolSize)
     : Gtk::Box(Gtk::Orientation::HORIZONTAL, 9) {

@@ -25,7 +25,4 @@ private:
     Gtk::Label label_;
 };
 
-// A label of several lines, from the left.
-void wrapFromLeft(Gtk::Label& label);
-
 }   // namespace ostrel

@@ -3,6 +3,7 @@
 #include "platform/Text.h"
 #include "platform/Translation.h"
 #include "ui/Accessible.h"
+#include "ui/Labels.h"
 #include "ui/Symbols.h"
 
 namespace ostrel {
@@ -27,12 +28,7 @@ NoMailView::NoMailView(AppModel& model)
     image_.add_css_class("dim-label");
     accessible::hide(image_);
     title_.add_css_class("title-2");
-    for (Gtk::Label* label : {&title_, &text_}) {
-        label->set_wrap();
-        label->set_wrap_mode(Pango::WrapMode::WORD_CHAR);
-        label->set_max_width_chars(lineCharacters);
-        label->set_justify(Gtk::Justification::CENTER);
-    }
+    for (Gtk::Label* label : {&title_, &text_}) wrapCentered(*label, lineCharacters);
     choose_.set_action_name("app.choose-folder");
     choose_.add_css_class("suggested-action");
     standard_.set_action_name("app.use-default-folder");

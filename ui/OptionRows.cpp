@@ -2,7 +2,7 @@
 
 #include "platform/Translation.h"
 #include "ui/Accessible.h"
-#include "ui/Headline.h"
+#include "ui/Labels.h"
 
 #include <utility>
 

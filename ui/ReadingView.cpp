@@ -1,11 +1,12 @@
 #include "ui/ReadingView.h"
 
 #include "platform/Translation.h"
+#include "ui/Labels.h"
 
 namespace ostrel {
 namespace {
 
-constexpr int spacing = 12, spinnerSize = 32;
+constexpr int spacing = 12, spinnerSize = 32, lineCharacters = 60;
 
 }   // namespace
 
@@ -15,8 +16,7 @@ ReadingView::ReadingView() : Gtk::Box(Gtk::Orientation::VERTICAL, spacing) {
     spinner_.set_size_request(spinnerSize, spinnerSize);
     label_.add_css_class("numeric");
     label_.add_css_class("dim-label");
-    label_.set_wrap();
-    label_.set_justify(Gtk::Justification::CENTER);
+    wrapCentered(label_, lineCharacters);
     append(spinner_);
     append(label_);
 }

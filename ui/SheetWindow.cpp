@@ -1,5 +1,7 @@
 #include "ui/SheetWindow.h"
 
+#include "ui/MessageCell.h"
+
 #include <algorithm>
 
 #include <gtkmm/application.h>
@@ -7,7 +9,7 @@
 namespace ostrel {
 namespace {
 
-constexpr int width = 560, mostHeight = 560, margin = 24, spacing = 12;
+constexpr int usualWidth = 560, usualMostHeight = 560, margin = 24, spacing = 12;
 // What the frame of a window and a scroll bar may take of its width.
 constexpr int frame = 30;
 
@@ -49,7 +51,8 @@ SheetWindow::SheetWindow(AppModel& model, Gtk::Window& parent, const std::string
 
 // The scrolled window does not know how its lines will break.
 void SheetWindow::fit() {
-    const auto heightOf = [](const Gtk::Widget& part) {
+    const int width = MessageCell::scaled(usualWidth), mostHeight = MessageCell::scaled(usualMostHeight);
+    const auto heightOf = [width](const Gtk::Widget& part) {
         int least = 0, natural = 0, unused = 0;
         part.measure(Gtk::Orientation::VERTICAL, width - frame, least, natural, unused, unused);
         return natural;

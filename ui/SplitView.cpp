@@ -4,12 +4,18 @@
 
 namespace ostrel {
 
-SplitView::SplitView(Width width) : wanted_(width.ideal), maximum_(width.maximum), forSecond_(width.forSecond) {
+SplitView::SplitView(Width width) : wanted_(width.ideal), maximum_(width.maximum) {
     set_resize_start_child(false);
     set_shrink_start_child(false);
     set_shrink_end_child(false);
     set_position(wanted_);
     property_position().signal_changed().connect([this] { positionChanged(); });
+}
+
+void SplitView::leaveSecond(int width) {
+    forSecond_ = width;
+    allocated_ = 0;   // as if it were new
+    queue_resize();
 }
 
 void SplitView::setColumns(Gtk::Widget& first, Gtk::Widget& second) {

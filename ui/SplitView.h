@@ -10,9 +10,10 @@ class SplitView : public Gtk::Paned {
 public:
     struct Width {
         int ideal, maximum;   // of the first column; the least is what its widget asks for. 0: no maximum
-        int forSecond = 0;    // where there is not room for both, the first leaves the second this much if it can
     };
     explicit SplitView(Width width);
+    // Where there is not room for both, the first leaves the second as much if it can.
+    void leaveSecond(int width);
     void setColumns(Gtk::Widget& first, Gtk::Widget& second);
 
 protected:
@@ -21,7 +22,7 @@ protected:
 private:
     void positionChanged();
 
-    int wanted_, maximum_, forSecond_;
+    int wanted_, maximum_, forSecond_ = 0;
     int allocated_ = 0;
     bool isAllocating_ = false;
 };

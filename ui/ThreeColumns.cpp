@@ -18,17 +18,18 @@ int roomForAll() { return MessageCell::scaled(mailboxesLeast + messagesLeast) + 
 }   // namespace
 
 ThreeColumns::ThreeColumns(Gtk::Widget& mailboxes, Gtk::Widget& messages, Gtk::Widget& page)
-    : SplitView({MessageCell::scaled(mailboxesIdeal), MessageCell::scaled(mailboxesMost),
-                 MessageCell::scaled(messagesLeast) + pageIdeal}),
+    : SplitView({MessageCell::scaled(mailboxesIdeal), MessageCell::scaled(mailboxesMost)}),
       mailboxes_(mailboxes),
       messages_(messages),
       page_(page),
-      messagesAndPage_({MessageCell::scaled(messagesIdeal), 0, pageIdeal}) {
+      messagesAndPage_({MessageCell::scaled(messagesIdeal), 0}) {
+    messagesAndPage_.leaveSecond(pageIdeal);
     mailboxes.set_size_request(mailboxesLeast, -1);
     messages.set_size_request(messagesLeast, -1);
     page.set_size_request(pageLeast, -1);
     messagesAndPage_.setColumns(messages, page);
     setColumns(mailboxes, messagesAndPage_);
+    leaveSecond(MessageCell::scaled(messagesLeast) + pageIdeal);
 }
 
 void ThreeColumns::toggleMailboxes() {
@@ -73,6 +74,7 @@ void ThreeColumns::fold() {
         messages_.child_focus(Gtk::DirectionType::TAB_FORWARD);
     mailboxes_.set_visible(isShown);
     page_.set_visible(isPageShown);
+    leaveSecond(MessageCell::scaled(messagesLeast) + (isPageShown ? pageIdeal : 0));
     signalMailboxes.emit(isShown);
 }
 

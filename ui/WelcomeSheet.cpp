@@ -3,7 +3,7 @@
 #include "platform/Translation.h"
 #include "ui/Accessible.h"
 #include "ui/ApplicationID.h"
-#include "ui/Headline.h"
+#include "ui/Labels.h"
 #include "ui/Symbols.h"
 
 #include <gtkmm/image.h>
@@ -13,7 +13,7 @@ namespace {
 
 using i18n::tr;
 
-constexpr int iconSize = 64, featureSymbolSize = 24, spacing = 12, subtitleCharacters = 50;
+constexpr int iconSize = 64, featureSymbolSize = 24, spacing = 12, lineCharacters = 50;
 
 Gtk::Widget& feature(const char* symbol, const std::string& title, const std::string& text) {
     auto& row = *Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, spacing);
@@ -50,15 +50,12 @@ WelcomeSheet::WelcomeSheet(AppModel& model, Gtk::Window& parent) : SheetWindow(m
     accessible::hide(icon);
     auto& title = *Gtk::make_managed<Gtk::Label>(tr("Welcome to Ostrel"));
     title.add_css_class("title-1");
-    title.set_wrap();
-    title.set_justify(Gtk::Justification::CENTER);
+    wrapCentered(title, lineCharacters);
     auto& subtitle = *Gtk::make_managed<Gtk::Label>(
         tr("Export Apple Mail messages to searchable PDFs, with attachments and an index"));
     subtitle.add_css_class("dim-label");
-    subtitle.set_wrap();
-    subtitle.set_justify(Gtk::Justification::CENTER);
+    wrapCentered(subtitle, lineCharacters);
     subtitle.set_halign(Gtk::Align::CENTER);
-    subtitle.set_max_width_chars(subtitleCharacters);
     for (Gtk::Widget* part : std::initializer_list<Gtk::Widget*>{&icon, &title, &subtitle}) content().append(*part);
 
     auto& features = *Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL, spacing + spacing / 2);
