@@ -100,10 +100,11 @@ public:
 
     GtkWidget* widget() const { return GTK_WIDGET(engine_.web()); }
 
-    void update(const std::string& html) {
-        if (shown_ && *shown_ == html) return;
+    bool update(const std::string& html) {
+        if (shown_ && *shown_ == html) return false;
         shown_ = std::make_shared<const std::string>(html);
         if (phase_ != Phase::beginning) begin();
+        return true;
     }
 
 private:
@@ -198,7 +199,7 @@ WebPreview::~WebPreview() { assert(mainLoop::isMainThread()); }
 
 GtkWidget* WebPreview::widget() const { return view_->widget(); }
 
-void WebPreview::update(const std::string& html) { view_->update(html); }
+bool WebPreview::update(const std::string& html) { return view_->update(html); }
 
 std::string WebPreview::withPadding(std::string html) {
     if (const auto end = html.find(styleEnd); end != std::string::npos) html.insert(end, paddingRule);

@@ -33,8 +33,8 @@ public:
 
     GtkWidget* widget() const;
     // Shows the page. A page that is shown already is not loaded again; of several in quick succession the last is
-    // shown.
-    void update(const std::string& html);
+    // shown. Whether a load has begun, whose end onLoaded tells.
+    bool update(const std::string& html);
     // The page given last is loaded, or the engine has failed on it.
     std::function<void()> onLoaded;
 

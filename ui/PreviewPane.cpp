@@ -3,12 +3,16 @@
 #include "platform/Translation.h"
 #include "ui/Accessible.h"
 
+#include <chrono>
 #include <utility>
 
 namespace ostrel {
 namespace {
 
 using i18n::tr;
+
+constexpr int spinnerSize = 32;
+constexpr std::chrono::milliseconds soon{500};   // most pages are there before, and nothing flickers
 
 }   // namespace
 
@@ -23,6 +27,13 @@ PreviewPane::PreviewPane(AppModel& model, WebPreview::LinkOpener opener)
     status_.set_halign(Gtk::Align::START);
     status_.set_valign(Gtk::Align::END);
     page_.add_overlay(status_);
+    accessible::hide(spinner_);
+    spinner_.set_size_request(spinnerSize, spinnerSize);
+    spinner_.set_can_target(false);
+    spinner_.set_halign(Gtk::Align::CENTER);
+    spinner_.set_valign(Gtk::Align::CENTER);
+    spinner_.set_visible(false);
+    page_.add_overlay(spinner_);
     add(empty_);
     add(page_);
     subscriptions_.push_back(model_.previewHTML.observe([this] { show(); }));
@@ -35,18 +46,24 @@ void PreviewPane::show() {
     const bool isShown = html && model_.selection.get();
     if (isShown) {
         if (!preview_) makePreview();
-        status_.set_text(tr("Loading the preview"));
-        preview_->update(*html);
+        if (preview_->update(*html)) showLoading(true);
     }
     set_visible_child(isShown ? static_cast<Gtk::Widget&>(page_) : empty_);
 }
 
 void PreviewPane::makePreview() {
     preview_ = std::make_unique<WebPreview>(opener_);
-    preview_->onLoaded = [this] { status_.set_text(tr("The preview is loaded")); };
+    preview_->onLoaded = [this] { showLoading(false); };
     Gtk::Widget* web = Glib::wrap(preview_->widget());
     accessible::setLabel(*web, tr("Message preview"));
     page_.set_child(*web);
+}
+
+void PreviewPane::showLoading(bool isLoading) {
+    status_.set_text(isLoading ? tr("Loading the preview") : tr("The preview is loaded"));
+    patience_ = isLoading ? mainLoop::Timer(soon, [this] { spinner_.set_visible(); }) : mainLoop::Timer();
+    if (!isLoading) spinner_.set_visible(false);
+    spinner_.set_spinning(isLoading);
 }
 
 }   // namespace ostrel

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/AppModel.h"
+#include "render/MainLoop.h"
 #include "render/WebPreview.h"
 #include "ui/EmptyState.h"
 
@@ -9,6 +10,7 @@
 
 #include <gtkmm/label.h>
 #include <gtkmm/overlay.h>
+#include <gtkmm/spinner.h>
 #include <gtkmm/stack.h>
 
 namespace ostrel {
@@ -22,12 +24,15 @@ public:
 private:
     void show();
     void makePreview();
+    void showLoading(bool isLoading);
 
     AppModel& model_;
     WebPreview::LinkOpener opener_;
     EmptyState empty_;
     Gtk::Overlay page_;
-    Gtk::Label status_;                     // for screen readers: the page itself tells them nothing when it comes
+    Gtk::Label status_;      // for screen readers: the page itself tells them nothing when it comes
+    Gtk::Spinner spinner_;   // for the others, where a page takes its time
+    mainLoop::Timer patience_;
     std::unique_ptr<WebPreview> preview_;   // made with the first page: it starts the engine
     std::vector<Subscription> subscriptions_;
 };
