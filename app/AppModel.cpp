@@ -161,6 +161,7 @@ void AppModel::scan(const std::stop_token& stop, const std::filesystem::path& ro
                     MailScanner::scan(root, label, progress, [&] { return stop.stop_requested(); }));
                 // A folder that has not changed keeps its index, and the windows what they show of it.
                 if (stop.stop_requested() || (before && *before->index() == *found)) return before;
+                ::malloc_trim(0);   // what the scan has left: to prepare the index takes as much again
                 return std::make_shared<const PreparedIndex>(std::move(found));
             } catch (const MailAccessError& error) {
                 return error.kind;

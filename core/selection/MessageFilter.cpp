@@ -1,5 +1,6 @@
 #include "core/selection/MessageFilter.h"
 
+#include "core/selection/TextNumbers.h"
 #include "platform/Text.h"
 
 #include <algorithm>
@@ -31,24 +32,6 @@ std::vector<std::string_view> wordsOf(std::string_view folded) {
     }
     return words;
 }
-
-// Numbers for equal texts, in order of first appearance. Views must stay valid.
-class Numbers {
-public:
-    explicit Numbers(std::size_t expected) { known_.reserve(expected); }
-
-    struct Number {
-        std::uint32_t value;
-        bool isNew;
-    };
-    Number of(std::string_view text) {
-        const auto [known, isNew] = known_.try_emplace(text, static_cast<std::uint32_t>(known_.size()));
-        return {known->second, isNew};
-    }
-
-private:
-    std::unordered_map<std::string_view, std::uint32_t> known_;
-};
 
 Day dayAfter(Day day) {
     using namespace std::chrono;
@@ -92,7 +75,7 @@ std::vector<std::uint8_t> SearchableMessages::Texts::holding(std::vector<std::st
 SearchableMessages::SearchableMessages(const std::vector<MessageSummary>& messages) {
     // The same people write again and again: folding each once is most of what makes preparing and searching fast.
     std::unordered_map<std::string, std::uint32_t> people;
-    Numbers subjects(messages.size()), identifiers(messages.size());
+    TextNumbers subjects(messages.size()), identifiers(messages.size());
     std::string key;
     records_.reserve(messages.size());
     for (const auto& message : messages) {
