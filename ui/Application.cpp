@@ -149,6 +149,12 @@ void Application::on_window_added(Gtk::Window* window) {
     window->property_is_active().signal_changed().connect([this] { followActivation(); });
 }
 
+// A window that is closed goes without a word about its activation.
+void Application::on_window_removed(Gtk::Window* window) {
+    Gtk::Application::on_window_removed(window);
+    followActivation();
+}
+
 // The application becomes active when the user comes back from another one, not when a sheet of its own closes.
 void Application::followActivation() {
     bool isActive = false;

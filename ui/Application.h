@@ -33,6 +33,7 @@ protected:
     void on_startup() override;
     void on_activate() override;
     void on_window_added(Gtk::Window* window) override;
+    void on_window_removed(Gtk::Window* window) override;
 
 private:
     void showMain() override;
