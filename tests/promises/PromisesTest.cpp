@@ -216,7 +216,7 @@ TEST_F(PromisesTest, ATraceShowsWhoBreaksThem) {
         {"moves", "mv \"$1.new\" \"$1.newer\"", false, true},
         {"removes", "rm \"$1.newer\"", false, true},
         {"links", "ln \"$1\" \"$1.link\"", false, true},
-        {"asks for a name", "getent hosts localhost", true, false},
+        {"asks for a name", "getent hosts localhost || true", true, false},   // found or not
         {"calls", "bash -c 'exec 3<>/dev/tcp/127.0.0.1/" + port() + "'", true, false},
     };
     for (const auto& row : rows) {
