@@ -275,7 +275,9 @@ void MessageTable::sortBy(SortKey key) { model_.sortOrder.set(clicked(model_.sor
 // The toolkit leaves column titles out of the round of the Tab key.
 void MessageTable::makeTitlesReachable() {
     Gtk::Widget* header = childNamed(view_, "header");
-    Gtk::Widget* title = header != nullptr ? header->get_first_child() : nullptr;
+    if (header == nullptr) return;
+    header->set_can_focus();
+    Gtk::Widget* title = header->get_first_child();
     for (const Column column : {date, from, subject, mailbox}) {
         if (title == nullptr) return;
         accessible::setLabel(*title, tr(layouts[column].title));
@@ -299,6 +301,14 @@ void MessageTable::makeTitlesReachable() {
 
 // ---- Moving about ----
 
+// The toolkit's Tab key goes through a list row by row; with many rows that is no way out.
+void MessageTable::leave(Gtk::DirectionType direction) {
+    list_->set_can_focus(false);
+    gtk_widget_child_focus(GTK_WIDGET(gtk_widget_get_root(view_.Gtk::Widget::gobj())),
+                           static_cast<GtkDirectionType>(direction));
+    list_->set_can_focus(true);
+}
+
 void MessageTable::scrollTo(std::size_t row, bool focus) {
     gtk_widget_activate_action(list_->gobj(), "list.scroll-to-item", "u", static_cast<guint>(row));
     if (!focus || rows_.selectedRow() != row) return;
@@ -320,6 +330,11 @@ void MessageTable::addTypeAhead() {
     keys->set_propagation_phase(Gtk::PropagationPhase::CAPTURE);
     keys->signal_key_pressed().connect(
         [this, controller = keys.get()](guint pressed, guint, Gdk::ModifierType state) {
+            const bool isBackward = pressed == GDK_KEY_ISO_Left_Tab;
+            if ((isBackward || pressed == GDK_KEY_Tab) && hasFocus(*list_)) {
+                leave(isBackward ? Gtk::DirectionType::TAB_BACKWARD : Gtk::DirectionType::TAB_FORWARD);
+                return true;
+            }
             const auto commands = Gdk::ModifierType::CONTROL_MASK | Gdk::ModifierType::ALT_MASK |
                                   Gdk::ModifierType::SUPER_MASK | Gdk::ModifierType::META_MASK;
             const char32_t character = gdk_keyval_to_unicode(pressed);

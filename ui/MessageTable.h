@@ -55,6 +55,7 @@ private:
 
     void scrollTo(std::size_t row, bool focus);
     void addTypeAhead();
+    void leave(Gtk::DirectionType direction);
     void goTo(char32_t character, std::uint32_t when);
     void addTooltips();
     void addContextMenu();
