@@ -67,6 +67,15 @@ gboolean reduceMenu(WebKitWebView*, WebKitContextMenu* menu, WebKitHitTestResult
     return webkit_context_menu_get_n_items(menu) == 0;
 }
 
+// The engine looks up key bindings with a text view among its children, which cannot be seen; the Tab key would go on
+// from the page into it and never leave it.
+void keepFocusOut(GListModel* children, guint position, guint, guint added, gpointer) noexcept {
+    for (guint i = position; i < position + added; ++i) {
+        const auto child = GRef<GtkWidget>::adopt(static_cast<GtkWidget*>(g_list_model_get_item(children, i)));
+        if (GTK_IS_TEXT_VIEW(child.get())) gtk_widget_set_can_focus(child.get(), FALSE);
+    }
+}
+
 bool isRefusal(const GError* error) {
     return g_error_matches(error, WEBKIT_POLICY_ERROR, WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE) ||
            g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED);
@@ -86,7 +95,9 @@ public:
         const GdkRGBA transparent{};
         webkit_web_view_set_background_color(engine_.web(), &transparent);
         stayLight(webkit_web_view_get_user_content_manager(engine_.web()));
-        signals_ = {SignalHandler(engine_.web(), "load-changed", G_CALLBACK(loadChanged), this),
+        keepFocusOut(children_.get(), 0, 0, g_list_model_get_n_items(children_.get()), nullptr);
+        signals_ = {SignalHandler(children_.get(), "items-changed", G_CALLBACK(keepFocusOut), nullptr),
+                    SignalHandler(engine_.web(), "load-changed", G_CALLBACK(loadChanged), this),
                     SignalHandler(engine_.web(), "load-failed", G_CALLBACK(loadFailed), this),
                     SignalHandler(engine_.web(), "web-process-terminated", G_CALLBACK(processEnded), this),
                     SignalHandler(engine_.web(), "context-menu", G_CALLBACK(reduceMenu), nullptr)};
@@ -185,8 +196,9 @@ private:
     bool isStarted_ = false;    // the process has shown that it lives
     bool isBlocking_ = false;   // the offline rules are installed
     EngineView engine_;
+    GRef<GListModel> children_ = GRef<GListModel>::adopt(gtk_widget_observe_children(GTK_WIDGET(engine_.web())));
     mainLoop::Timer limit_;
-    std::array<SignalHandler, 4> signals_;
+    std::array<SignalHandler, 5> signals_;
     std::shared_ptr<int> alive_ = std::make_shared<int>();
 };
 
