@@ -1,7 +1,9 @@
+#include "tests/platform/Surroundings.h"
 #include "tests/render/EngineProcess.h"
 #include "tests/render/Printing.h"
 
 #include <chrono>
+#include <csignal>
 #include <future>
 #include <memory>
 #include <stop_token>
@@ -19,6 +21,20 @@ TEST_F(Printing, OutlivesACrashOfTheWebProcess) {
     EXPECT_EQ(failure(renderer, hundredsOfSheets(), lost), Kind::engineCrashed);
     EXPECT_TRUE(killed.get());
     EXPECT_FALSE(files::exists(lost));
+    EXPECT_EQ(readText(print("<p>next")), "next\n\n\f");
+}
+
+TEST_F(Printing, OutlivesEngineProcessesThatEndAsTheyStart) {
+    const ScratchFolder broken;
+    files::writeAtomically(broken / "libc.so.6", bytesOf("no library: no program starts"));
+    print("<p>before");
+    ASSERT_EQ(kill(webProcess().value_or(0), SIGKILL), 0);
+    {
+        const EnvironmentVariable libraries("LD_LIBRARY_PATH", broken.path().c_str());
+        for (int i = 0; i < 4; ++i) {
+            EXPECT_EQ(failure(renderer, "<p>lost", folder.path() / "lost.pdf"), Kind::engineCrashed) << i;
+        }
+    }
     EXPECT_EQ(readText(print("<p>next")), "next\n\n\f");
 }
 

@@ -1,0 +1,64 @@
+// Killed, out of memory or broken, a process of the web engine may end while it starts, and the engine then ends the
+// program that it serves. With this linked in, it takes such a process for one that ended after its start: it tells of
+// the end of the web process and starts the next.
+//
+// A program's own functions go before the C library's for all libraries that it uses. These do what the C library's do,
+// except where the engine waits for a sign of life of a process that it started and finds the other end closed.
+
+#include <cerrno>
+#include <cstddef>
+#include <cstring>
+#include <limits>
+
+#include <dlfcn.h>
+#include <gio/gio.h>
+#include <sys/socket.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace ostrel::engineStarts {
+namespace {
+
+bool isEngine(const void* caller) {
+    Dl_info object{};
+    return dladdr(caller, &object) != 0 && object.dli_fname != nullptr &&
+           std::strstr(object.dli_fname, "libwebkitgtk") != nullptr;
+}
+
+// A process id that no system gives out: what the engine sends to it reaches nobody.
+void answerForNobody(msghdr& message) {
+    const ucred nobody{std::numeric_limits<pid_t>::max(), getuid(), getgid()};
+    message.msg_controllen = CMSG_SPACE(sizeof nobody);
+    message.msg_flags = 0;
+    std::memset(message.msg_control, 0, message.msg_controllen);
+    cmsghdr* header = CMSG_FIRSTHDR(&message);
+    header->cmsg_level = SOL_SOCKET;
+    header->cmsg_type = SCM_CREDENTIALS;
+    header->cmsg_len = CMSG_LEN(sizeof nobody);
+    std::memcpy(CMSG_DATA(header), &nobody, sizeof nobody);
+}
+
+}   // namespace
+}   // namespace ostrel::engineStarts
+
+using namespace ostrel::engineStarts;
+
+// The web and network processes send one byte, with which the kernel gives their process id: SCM_CREDENTIALS in
+// unix(7). The engine has room for nothing else there and for much more wherever else it asks.
+extern "C" __attribute__((visibility("default"))) ssize_t recvmsg(int socket, msghdr* message, int flags) {
+    const std::size_t room = message->msg_controllen;
+    const ssize_t received = syscall(SYS_recvmsg, socket, message, flags);
+    const bool isClosed = received == 0 || (received < 0 && errno == ECONNRESET);
+    if (!isClosed || room != CMSG_SPACE(sizeof(ucred)) || !isEngine(__builtin_return_address(0))) return received;
+    answerForNobody(*message);
+    return 1;
+}
+
+// The process between the sandbox and the session's bus has to tell that it is ready before it ends. Without it there
+// is no bus in the sandbox, and pages are shown and printed all the same.
+extern "C" __attribute__((visibility("default"))) gboolean g_subprocess_wait_check_finish(GSubprocess* process,
+                                                                                          GAsyncResult* result,
+                                                                                          GError** error) {
+    if (!g_subprocess_wait_finish(process, result, error)) return FALSE;
+    return isEngine(__builtin_return_address(0)) || g_spawn_check_wait_status(g_subprocess_get_status(process), error);
+}
