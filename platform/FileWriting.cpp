@@ -127,6 +127,10 @@ void createFolders(const std::filesystem::path& folder) {
     }
 }
 
+void createFolder(const std::filesystem::path& folder) {
+    if (systemCalls().makeFolder(folder.c_str(), 0777) != 0) throw FileError::writing(folder, lastError());
+}
+
 void writeAtomically(const std::filesystem::path& path, ByteView content) {
     TemporaryFile file(path);
     file.write(charsOf(content));

@@ -103,6 +103,9 @@ std::optional<Instant> modificationDate(const std::filesystem::path& path);
 
 // Creates the folder and its missing parents; an existing folder is fine.
 void createFolders(const std::filesystem::path& folder);
+// Creates a folder that is not there yet in one that is: where a disk has been pulled out below it, nothing appears on
+// the disk underneath.
+void createFolder(const std::filesystem::path& folder);
 // Writes beside the target without a name or under a hidden one, checks the close, gives it the target's: the target is
 // whole or not there. On failure the temporary file is removed.
 void writeAtomically(const std::filesystem::path& path, ByteView content);

@@ -134,7 +134,7 @@ private:
 
     void saveAttachments(const MailMessage& message, const std::string& base, CSVIndex::Row& row) {
         const fs::path folder = result_.folder / base;
-        files::createFolders(folder);
+        files::createFolder(folder);
         FileNamer names;
         for (const MailAttachment& attachment : message.attachments) {
             if (!attachment.isAvailable()) continue;

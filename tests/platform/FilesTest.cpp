@@ -189,6 +189,8 @@ TEST(Files, writesWholeFilesOrNone) {
         {"copy of nothing", [&] { copyAtomically(folder / "none", folder / "x"); }, FileError::Kind::notFound},
         {"copy of a pipe", [&] { copyAtomically(folder / "pipe", folder / "x"); }, FileError::Kind::unreadable},
         {"folder below a file", [&] { createFolders(folder / "copy/x"); }, FileError::Kind::unwritable},
+        {"folder in no folder", [&] { createFolder(folder / "none/x"); }, FileError::Kind::notFound},
+        {"folder again", [&] { createFolder(folder / "taken"); }, FileError::Kind::alreadyExists},
         {"name too long", [&] { writeAtomically(folder / std::string(256, 'n'), {}); }, FileError::Kind::unwritable},
     };
     for (const auto& row : rows) EXPECT_EQ(failureOf(row.call), row.kind) << row.why;

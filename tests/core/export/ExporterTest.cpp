@@ -163,7 +163,9 @@ TEST_F(ExporterTest, ADestinationThatVanishesIsReported) {
     EXPECT_THROW(Exporter::run({}, {}, out_ / "file", settings_, renderer_, [](const ExportProgress&) {}, {}),
                  FileError);
 
-    const MessageSummary first = put("First", 1), second = put("Second", 2);
+    settings_.attachments = true;
+    const MessageSummary first = put("First", 1);
+    const MessageSummary second = put("Second", 2, EmlBuilder().text("x").attachment("a.txt", "text/plain", "A"));
     renderer_.instead = [&](std::size_t) { fs::remove_all(out_ / "Export"); };
     try {
         run({first, second});
@@ -172,6 +174,7 @@ TEST_F(ExporterTest, ADestinationThatVanishesIsReported) {
         EXPECT_EQ(error.result.exported + error.result.failed.size(), 2U) << "what was done is known all the same";
     }
     EXPECT_EQ(progress_.back().done, 2U) << "every message was tried";
+    EXPECT_FALSE(fs::exists(out_ / "Export")) << "another disk is there now, on which nobody wants a part of an export";
 }
 
 }   // namespace
