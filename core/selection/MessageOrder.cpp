@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <functional>
 #include <numeric>
-#include <ranges>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -91,9 +90,9 @@ std::vector<std::uint32_t> SortableMessages::sorted(const SortOrder& order) cons
     std::vector<std::uint32_t> positions(size());
     std::iota(positions.begin(), positions.end(), std::uint32_t{0});
     // Every sort keeps the order of what it holds for equal, so the one that decides first comes last.
-    for (const auto& comparator : std::views::reverse(order)) {
-        const Key& by = key(comparator.key);
-        positions = sortedByRank(positions, by.ranks, by.count, comparator.ascending);
+    for (auto comparator = order.rbegin(); comparator != order.rend(); ++comparator) {
+        const Key& by = key(comparator->key);
+        positions = sortedByRank(positions, by.ranks, by.count, comparator->ascending);
     }
     return positions;
 }
