@@ -67,6 +67,12 @@ const char* find(const std::array<Symbol, size>& symbols, std::string_view name,
 
 const char* iconName(std::string_view symbol) { return find(table, symbol, "image-missing"); }
 
+std::vector<const char*> icons() {
+    std::vector<const char*> found;
+    for (const Symbol& symbol : table) found.push_back(symbol.icon);
+    return found;
+}
+
 std::string_view forMailbox(std::string_view mailboxName) {
     return find(mailboxes, text::lower(mailboxName), "folder");
 }

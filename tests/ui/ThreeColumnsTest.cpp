@@ -1,0 +1,49 @@
+#include "ui/ThreeColumns.h"
+
+#include <string>
+
+#include <glibmm/main.h>
+#include <gtest/gtest.h>
+#include <gtkmm/box.h>
+
+namespace ostrel {
+namespace {
+
+class ThreeColumnsTest : public testing::Test {
+protected:
+    // "mailboxes messages page" once the window is so wide.
+    std::string shownAt(int width) {
+        int least = 0, natural = 0, ignored = 0, alsoIgnored = 0;
+        columns_.measure(Gtk::Orientation::HORIZONTAL, -1, least, natural, ignored, alsoIgnored);
+        EXPECT_LE(least, width) << "the window could not get there";
+        columns_.size_allocate(Gtk::Allocation(0, 0, width, 400), -1);
+        const auto context = Glib::MainContext::get_default();
+        while (context->iteration(false)) {
+        }
+        return shown();
+    }
+    std::string shown() const {
+        return std::string(mailboxes_.get_visible() ? "mailboxes " : "") +
+               (messages_.get_visible() ? "messages " : "") + (page_.get_visible() ? "page" : "");
+    }
+
+    Gtk::Box mailboxes_, messages_, page_;
+    ThreeColumns columns_{mailboxes_, messages_, page_};
+};
+
+TEST_F(ThreeColumnsTest, foldWhereThereIsNoRoomForAll) {
+    EXPECT_EQ(shownAt(1200), "mailboxes messages page");
+    EXPECT_EQ(shownAt(700), "messages page");
+    columns_.toggleMailboxes();
+    EXPECT_EQ(shown(), "mailboxes messages ") << "asked for, they take the place of the page";
+    columns_.toggleMailboxes();
+    EXPECT_EQ(shown(), "messages page");
+    EXPECT_EQ(shownAt(1200), "mailboxes messages page");
+    columns_.toggleMailboxes();
+    EXPECT_EQ(shown(), "messages page");
+    EXPECT_EQ(shownAt(700), "messages page");
+    EXPECT_EQ(shownAt(1200), "messages page") << "hidden by the user, they stay hidden";
+}
+
+}   // namespace
+}   // namespace ostrel
