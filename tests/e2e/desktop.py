@@ -223,6 +223,10 @@ class Desktop:
     def gone(self, text, role=None, states=()):
         wait(lambda: not self.has(text, role, states), f"{text!r} to go")
 
+    def focused(self):
+        """What has the keyboard, as it is called."""
+        return next((node.name for node in self.nodes() if "focused" in node.states), None)
+
     def wait_active(self, title):
         """Until the window of that title has the keyboard."""
         wait(lambda: self._ask("xdotool", "getactivewindow", "getwindowname").strip() == title, f"window {title!r} to be active")

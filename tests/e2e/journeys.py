@@ -139,6 +139,33 @@ def exporting():
         journey.leave()
 
 
+def by_keyboard():
+    """Around the window with the Tab key: neither the list nor the page is a trap."""
+    with Journey.on_sample() as journey:
+        desktop = journey.desktop
+        desktop.click(desktop.find(re.compile("Spring papers"), "row"))
+        desktop.find("The preview is loaded")
+
+        def tab_to(name, most):
+            for _ in range(most):
+                before = desktop.focused()
+                desktop.key("Tab")
+                if before != "Message preview":   # there it goes from link to link
+                    wait(lambda: desktop.focused() != before, f"the focus to leave {before!r}")
+                if desktop.focused() == name:
+                    return
+            raise AssertionError(f"{name!r} cannot be reached; the focus is at {desktop.focused()!r}")
+
+        tab_to("Message preview", 3)
+        tab_to("All Mailboxes", 15)
+        tab_to("Filter by subject", 15)
+        desktop.key("F9")
+        desktop.gone("All Mailboxes")
+        desktop.key("F9")
+        desktop.find("All Mailboxes")
+        journey.leave()
+
+
 def vanished_folder():
     """The chosen folder goes away and comes back."""
     with Journey.on_sample() as journey:
@@ -211,7 +238,7 @@ def in_german():
 
 
 JOURNEYS = {journey.__name__: journey
-            for journey in (first_start, finding, exporting, vanished_folder, staying, in_german)}
+            for journey in (first_start, finding, exporting, by_keyboard, vanished_folder, staying, in_german)}
 
 if __name__ == "__main__":
     for name in sys.argv[3:] or JOURNEYS:
