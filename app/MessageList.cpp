@@ -21,9 +21,10 @@ MessageLookup::MessageLookup(const MailIndex& index) {
 }
 
 std::optional<std::uint32_t> MessageLookup::position(const MailIndex& index, const std::string& id) const {
-    const auto alike = std::ranges::equal_range(entries_, hashOf(id), {}, &Entry::hash);
-    for (const Entry& entry : alike) {
-        if (index.messages[entry.position].id() == id) return entry.position;
+    const std::uint32_t hash = hashOf(id);
+    auto entry = std::ranges::lower_bound(entries_, hash, {}, &Entry::hash);
+    for (; entry != entries_.end() && entry->hash == hash; ++entry) {
+        if (index.messages[entry->position].id() == id) return entry->position;
     }
     return std::nullopt;
 }
