@@ -35,7 +35,7 @@ void value(std::string_view text) {
         holds(!id.empty(), "an identifier is not empty");
         size += id.size();
     }
-    holds(size <= text.size(), "identifiers come from the value");
+    holds(size <= growth * text.size(), "identifiers come from the value");   // encoded words, decoded
 
     (void)MailDate::parse(text);
 
@@ -70,7 +70,8 @@ void run(ByteView input) {
 }
 
 std::vector<std::string> seeds() {
-    std::vector<std::string> blocks;
+    // An identifier that decodes to more bytes than it has: each that is no UTF-8 becomes a character of three.
+    std::vector<std::string> blocks = {"a@=?utf-8?B?gICAgICAgICAgICAgICAgICAgICAgICAgICAgICAgICAgICAgICAgICA?="};
     for (const std::string& message : messages()) {
         blocks.push_back(message.substr(0, splitHeaderAndBody(bytesOf(message)).bodyStart));
         for (const HeaderField& field : Headers::parse(bytesOf(blocks.back())).fields) blocks.push_back(field.value);
