@@ -22,7 +22,7 @@ std::optional<std::size_t> parseCount(const char* text) {
 
 int main(int argc, char** argv) {
     const std::optional<std::size_t> count = argc == 3 ? parseCount(argv[2]) : std::nullopt;
-    if (argc < 2 || argc > 3 || (argc == 3 && !count)) {
+    if (argc < 2 || argc > 3 || *argv[1] == '-' || (argc == 3 && !count)) {
         std::cerr << "usage: ostrel-sample FOLDER [COUNT]\n";
         return 2;
     }
