@@ -95,7 +95,10 @@ void PagePrinter::print(const std::string& html, std::filesystem::path output, D
     enlargement_ = 1;
     failure_.reset();
     limit_ = mainLoop::Timer(limitFor(limits_.load, limits_, html_->size()), [this] { tooSlow(limits_.load); });
-    if (view_) return load();
+    if (view_) {
+        if (page_ % limits_.pagesPerProcess == 0) webkit_web_view_terminate_web_process(view_->web());
+        return load();
+    }
     withOfflineRules([weak = weak_from_this()](WebKitUserContentFilter* rules) {
         const auto self = weak.lock();
         if (!self || self->phase_ != Phase::preparing) return;
@@ -147,7 +150,7 @@ gboolean PagePrinter::loadFailed(WebKitWebView*, WebKitLoadEvent, const char*, G
 }
 
 void PagePrinter::processEnded(WebKitWebView*, WebKitWebProcessTerminationReason reason, gpointer data) noexcept {
-    if (reason == WEBKIT_WEB_PROCESS_TERMINATED_BY_API) return;   // by tooSlow, which has told
+    if (reason == WEBKIT_WEB_PROCESS_TERMINATED_BY_API) return;   // by ourselves
     static_cast<PagePrinter*>(data)->fail(RenderError::Kind::engineCrashed,
                                           reason == WEBKIT_WEB_PROCESS_EXCEEDED_MEMORY_LIMIT
                                               ? tr("The web engine ran out of memory on this message.")

@@ -6,6 +6,7 @@
 #include <csignal>
 #include <future>
 #include <memory>
+#include <set>
 #include <stop_token>
 
 namespace ostrel {
@@ -36,6 +37,17 @@ TEST_F(Printing, OutlivesEngineProcessesThatEndAsTheyStart) {
         }
     }
     EXPECT_EQ(readText(print("<p>next")), "next\n\n\f");
+}
+
+TEST_F(Printing, TakesAFreshProcessNowAndThen) {
+    WebPDFRenderer renewing(Paper::a4, {}, {.pagesPerProcess = 3});
+    std::set<int> processes;
+    for (int page = 1; page <= 7; ++page) {
+        const std::string word = "page" + std::to_string(page);
+        EXPECT_EQ(readText(print("<p>" + word, renewing)), word + "\n\n\f");
+        processes.insert(webProcess().value_or(0));
+    }
+    EXPECT_EQ(processes.size(), 3u);
 }
 
 TEST_F(Printing, GivesUpAPageThatTakesTooLong) {
