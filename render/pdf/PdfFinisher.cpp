@@ -99,7 +99,8 @@ void reduce(QPDF& file, std::string_view html, FontSubsetter& fonts, FinishRepor
         const auto text = pdf::decoded(content.stream);
         if (!text) throw std::runtime_error("content cannot be decoded");
         use.read(*text, content.resources);
-        pdf::repack(content.stream, pdf::shorterOutline(*text).value_or(*text), zlib::Effort::good);
+        const auto outline = pdf::shorterOutline(*text);
+        pdf::repack(content.stream, outline ? *outline : *text, outline ? zlib::Effort::best : zlib::Effort::good);
     }
     pdf::nameEmoji(file, page, use);
     const auto counts = pdf::reduceFonts(file, use, fonts);
