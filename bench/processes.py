@@ -17,6 +17,7 @@ def _stat(pid):
 class ProcessTree:
     def __init__(self, root):
         self._seen = {root}   # whoever was once a descendant stays one when its parent ends
+        self._used = {}       # ticks of the processor, by process
 
     def _living(self):
         stats = {int(name): stat for name in os.listdir("/proc") if name.isdigit() and (stat := _stat(name))}
@@ -59,5 +60,6 @@ class ProcessTree:
         return processes, handles
 
     def processor_seconds(self):
-        """Used so far by the living ones and by their children that have ended."""
-        return sum(sum(map(int, stat[11:15])) for stat in self._living().values()) / TICKS_PER_SECOND
+        """Used so far; what has ended since the last call counts with what it had used then."""
+        self._used |= {pid: int(stat[11]) + int(stat[12]) for pid, stat in self._living().items()}
+        return sum(self._used.values()) / TICKS_PER_SECOND
