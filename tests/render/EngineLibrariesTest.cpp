@@ -6,6 +6,7 @@
 #include "tests/render/EngineProcess.h"
 
 #include <fstream>
+#include <functional>
 #include <future>
 #include <iterator>
 #include <memory>
@@ -18,8 +19,10 @@
 namespace ostrel {
 namespace {
 
-std::filesystem::path printedByTheEngine(const std::string& html, const std::filesystem::path& folder) {
-    const auto output = folder / "printed.pdf";
+// Prints a page and looks while the engine's process still stands.
+void withPrinted(const std::string& html, const std::function<void(const std::filesystem::path&)>& look) {
+    const TemporaryFolder folder("ostrel-test-");
+    const auto output = folder.path() / "printed.pdf";
     std::shared_ptr<PagePrinter> printer;
     std::promise<void> done;
     mainLoop::post([&] {
@@ -27,36 +30,40 @@ std::filesystem::path printedByTheEngine(const std::string& html, const std::fil
         printer->print(html, output, [&](const PrintOutcome&) { done.set_value(); });
     });
     done.get_future().get();
+    look(output);
     mainLoop::post([printer = std::move(printer)] {});
-    return output;
 }
 
 // What makes printing fast: the library is found, gets into the engine's sandbox and takes the place of packing.
 TEST(EngineLibraries, HaveTheEngineStoreItsStreams) {
-    const TemporaryFolder folder("ostrel-test-");
-    const auto printed = printedByTheEngine("<p>Some words <b>in two fonts</b>", folder.path());
-    QPDF file;
-    file.processFile(printed.c_str());
-    int streams = 0;
-    for (auto object : file.getAllObjects()) {
-        if (!object.isStream()) continue;
-        ++streams;
-        EXPECT_FALSE(object.getDict().hasKey("/Filter")) << object.getDict().unparse();
-    }
-    EXPECT_GE(streams, 3);
+    withPrinted("<p>Some words <b>in two fonts</b>", [](const std::filesystem::path& printed) {
+        QPDF file;
+        file.processFile(printed.c_str());
+        int streams = 0;
+        for (auto object : file.getAllObjects()) {
+            if (!object.isStream()) continue;
+            ++streams;
+            EXPECT_FALSE(object.getDict().hasKey("/Filter")) << object.getDict().unparse();
+        }
+        EXPECT_GE(streams, 3);
+    });
 }
 
 // A driver of OpenGL and its compiler would take 50 MB.
 TEST(EngineLibraries, HaveTheEngineLoadNoDriver) {
-    const TemporaryFolder folder("ostrel-test-");
-    printedByTheEngine("<p style='transform:rotate(3deg)'>Some words", folder.path());
-    for (const int process : {webProcess().value_or(-1), getpid()}) {
-        std::ifstream file("/proc/" + std::to_string(process) + "/maps");
-        const std::string maps(std::istreambuf_iterator<char>(file), {});
-        EXPECT_NE(maps.find("webkit"), std::string::npos) << process;
-        for (const char* part : {"_dri.so", "libgallium", "libLLVM"})
-            EXPECT_EQ(maps.find(part), std::string::npos) << process << ' ' << part;
-    }
+    withPrinted("<p style='transform:rotate(3deg)'>Some words", [](const std::filesystem::path&) {
+        const auto web = webProcess();
+        ASSERT_TRUE(web);
+        for (const int process : {*web, getpid()}) {
+            std::ifstream file("/proc/" + std::to_string(process) + "/maps");
+            const std::string maps(std::istreambuf_iterator<char>(file), {});
+            // A user namespace may keep its maps from those outside.
+            if (maps.empty() && process != getpid()) GTEST_SKIP() << "the maps of the engine's process cannot be read";
+            EXPECT_NE(maps.find("libwebkit"), std::string::npos) << process;
+            for (const char* part : {"_dri.so", "libgallium", "libLLVM"})
+                EXPECT_EQ(maps.find(part), std::string::npos) << process << ' ' << part;
+        }
+    });
 }
 
 }   // namespace
