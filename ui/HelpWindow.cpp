@@ -6,7 +6,7 @@
 #include "ui/DesktopServices.h"
 #include "ui/Headline.h"
 #include "ui/Labels.h"
-#include "ui/MessageCell.h"
+#include "ui/TextScale.h"
 
 #include <string>
 
@@ -31,7 +31,7 @@ HelpWindow::HelpWindow()
       columns_(Gtk::Orientation::HORIZONTAL),
       page_(Gtk::Orientation::VERTICAL, paragraphSpacing) {
     set_title(tr("Ostrel Help"));
-    set_default_size(MessageCell::scaled(defaultWidth), MessageCell::scaled(defaultHeight));
+    set_default_size(textScale::scaled(defaultWidth), textScale::scaled(defaultHeight));
     set_size_request(leastWidth, leastHeight);
     set_titlebar(header_);
 
@@ -49,7 +49,7 @@ HelpWindow::HelpWindow()
     });
     list_.set_child(titles_);
     list_.set_policy(Gtk::PolicyType::NEVER, Gtk::PolicyType::AUTOMATIC);
-    list_.set_size_request(MessageCell::scaled(listWidth), -1);
+    list_.set_size_request(textScale::scaled(listWidth), -1);
 
     page_.set_margin(padding);
     scroller_.set_child(page_);

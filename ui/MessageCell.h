@@ -1,31 +1,29 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
-#include <gtkmm/box.h>
 #include <gtkmm/image.h>
 #include <gtkmm/inscription.h>
 
 namespace ostrel {
 
-// One cell of the message table: a line of text, cut off where the column ends, and a symbol behind it if wanted. How
-// wide it wants to be does not depend on the text, so that columns stay as they are while the list scrolls.
-class MessageCell : public Gtk::Box {
+// One cell of the message table: a line of text, cut off where the column ends, and a symbol behind it if wanted. Its
+// size does not depend on what it shows, so that columns and rows stay as they are while the list scrolls, and so that
+// other words are quickly shown.
+class MessageCell : public Gtk::Inscription {
 public:
     struct Width {
         int minimum, ideal;   // pixels at the usual text size
         int least = 0;        // pixels at the user's text size
     };
-    // As many pixels at the text size that the user chose.
-    static int scaled(int pixels);
 
     explicit MessageCell(Width width);
 
     void setText(const std::string& text);
     // From the icon theme; spoken as the label says.
-    void setSymbol(const char* iconName, const std::string& label);
-    void showSymbol(bool on);
-    Gtk::Inscription& text() { return text_; }
+    void showSymbol(const char* iconName, const std::string& label);
+    void hideSymbol();
 
 protected:
     Gtk::SizeRequestMode get_request_mode_vfunc() const override { return Gtk::SizeRequestMode::CONSTANT_SIZE; }
@@ -35,8 +33,7 @@ protected:
 
 private:
     Width width_;
-    Gtk::Inscription text_;
-    Gtk::Image symbol_;
+    std::optional<Gtk::Image> symbol_;   // most cells never need one
 };
 
 }   // namespace ostrel

@@ -5,6 +5,7 @@
 #include "platform/Translation.h"
 #include "ui/Accessible.h"
 #include "ui/Symbols.h"
+#include "ui/TextScale.h"
 
 #include <algorithm>
 #include <utility>
@@ -102,6 +103,7 @@ MessageTable::MessageTable(AppModel& model)
     widestDate_ = widestDate(view_, calendar_);
     for (const Column column : {date, from, subject, mailbox}) addColumn(column);
     gtk_column_view_set_model(view_.gobj(), rows_.object());
+    rows_.onRefresh = [this] { refresh(); };
     rows_.onSelect = [this](std::size_t row) { model_.selection.set(rows_.messages()[row].id()); };
     scroller_.set_child(view_);
     scroller_.set_vexpand();
@@ -148,7 +150,7 @@ void MessageTable::addColumn(Column column) {
         const int width = column->get_fixed_width();
         if (width < 0) return;
         const int most = layout.maximum > 0 ? layout.maximum : width;
-        const int allowed = std::max(std::min(width, MessageCell::scaled(most)), MessageCell::scaled(layout.minimum));
+        const int allowed = std::max(std::min(width, textScale::scaled(most)), textScale::scaled(layout.minimum));
         if (allowed != width) column->set_fixed_width(allowed);
     });
     view_.append_column(made);
@@ -161,22 +163,32 @@ Glib::RefPtr<Gtk::ListItemFactory> MessageTable::factory(Column column) {
         const Layout& layout = layouts[column];
         auto* cell = Gtk::make_managed<MessageCell>(MessageCell::Width{
             layout.minimum - cellPadding, layout.ideal - cellPadding, column == date ? widestDate_ : 0});
-        if (column == date) cell->text().add_css_class("numeric");
-        if (column == mailbox) cell->text().add_css_class("dim-label");
-        if (column == subject) cell->setSymbol(symbols::iconName("paperclip"), tr("Has attachments"));
+        if (column == date) cell->add_css_class("numeric");
+        if (column == mailbox) cell->add_css_class("dim-label");
         item->set_child(*cell);
-        shown_[cell] = {column, item->gobj()};
+        cells_[item->gobj()] = {column, cell};
     });
     made->signal_bind().connect([this, column](const Glib::RefPtr<Gtk::ListItem>& item) {
-        const MessageSummary& message = rows_.messages()[item->get_position()];
-        auto& cell = static_cast<MessageCell&>(*item->get_child());
-        cell.setText(text(column, message));
-        if (column == subject) cell.showSymbol(message.hasAttachments);
+        fill(static_cast<MessageCell&>(*item->get_child()), column, rows_.messages()[item->get_position()]);
     });
-    made->signal_teardown().connect([this](const Glib::RefPtr<Gtk::ListItem>& item) {
-        shown_.erase(static_cast<MessageCell*>(item->get_child()));
-    });
+    made->signal_teardown().connect([this](const Glib::RefPtr<Gtk::ListItem>& item) { cells_.erase(item->gobj()); });
     return made;
+}
+
+void MessageTable::fill(MessageCell& cell, Column column, const MessageSummary& message) const {
+    cell.setText(text(column, message));
+    if (column != subject) return;
+    if (message.hasAttachments) {
+        cell.showSymbol(symbols::iconName("paperclip"), tr("Has attachments"));
+    } else {
+        cell.hideSymbol();
+    }
+}
+
+// The rows that the view has widgets for.
+void MessageTable::refresh() {
+    for (const auto& [item, cell] : cells_)
+        if (const auto row = rowOf(item)) fill(*cell.widget, cell.column, rows_.messages()[*row]);
 }
 
 std::string MessageTable::text(Column column, const MessageSummary& message) const {
@@ -203,29 +215,28 @@ std::string MessageTable::tooltip(Column column, const MessageSummary& message) 
     }
 }
 
-std::optional<std::size_t> MessageTable::rowOf(const Shown& shown) const {
-    const std::size_t row = gtk_list_item_get_position(shown.item);
+std::optional<std::size_t> MessageTable::rowOf(GtkListItem* item) const {
+    const std::size_t row = gtk_list_item_get_position(item);
     return row < rows_.messages().size() ? std::optional(row) : std::nullopt;
 }
 
-// The cell below a point of the view, or null.
-MessageCell* MessageTable::cellAt(double x, double y) {
+// What is shown at a point of the view.
+std::optional<MessageTable::Place> MessageTable::placeAt(double x, double y) {
     Gtk::Widget* widget = view_.pick(x, y);
-    while (widget != nullptr && widget != &view_) {
-        auto* cell = dynamic_cast<MessageCell*>(widget);
-        // The padding around the cell belongs to it.
-        if (cell == nullptr && widget->get_css_name() == "cell")
-            cell = dynamic_cast<MessageCell*>(widget->get_first_child());
-        if (cell != nullptr) return cell;
-        widget = widget->get_parent();
+    while (widget != nullptr && widget != &view_ && widget->get_css_name() != "cell") widget = widget->get_parent();
+    if (widget == nullptr) return std::nullopt;
+    for (const auto& [item, cell] : cells_) {
+        if (cell.widget->get_parent() != widget) continue;
+        const auto row = rowOf(item);
+        return row ? std::optional(Place{*row, cell.column}) : std::nullopt;
     }
-    return nullptr;
+    return std::nullopt;
 }
 
 // Null while the selected row is out of sight.
 MessageCell* MessageTable::selectedCell() {
-    for (const auto& [cell, shown] : shown_)
-        if (shown.column == subject && rowOf(shown) && rowOf(shown) == rows_.selectedRow()) return cell;
+    for (const auto& [item, cell] : cells_)
+        if (cell.column == subject && rowOf(item) && rowOf(item) == rows_.selectedRow()) return cell.widget;
     return nullptr;
 }
 
@@ -236,9 +247,18 @@ void MessageTable::showMessages() {
     const bool hadFocus = hasFocus(*list_);
     const bool wasEmpty = rows_.messages().empty();
     rows_.setMessages(model_.messages.get(), model_.selection.get());
+    if (!rows_.isAllShown()) showAllLater();
     if (!rows_.messages().empty()) scrollTo(rows_.selectedRow().value_or(0), hadFocus && !wasEmpty);
     showWhyEmpty();
     set_visible_child(rows_.messages().empty() ? static_cast<Gtk::Widget&>(empty_) : scroller_);
+}
+
+// Once the first rows are painted.
+void MessageTable::showAllLater() {
+    add_tick_callback([this, isPainted = false](const Glib::RefPtr<Gdk::FrameClock>&) mutable {
+        if (isPainted) rows_.showAll();
+        return !std::exchange(isPainted, true);
+    });
 }
 
 void MessageTable::showWhyEmpty() {
@@ -366,11 +386,9 @@ void MessageTable::addTooltips() {
     view_.set_has_tooltip();
     view_.signal_query_tooltip().connect(
         [this](int x, int y, bool isByKey, const Glib::RefPtr<Gtk::Tooltip>& tooltipShown) {
-            MessageCell* cell = isByKey ? nullptr : cellAt(x, y);
-            const auto shown = cell != nullptr ? shown_.find(cell) : shown_.end();
-            if (shown == shown_.end()) return false;
-            const auto row = rowOf(shown->second);
-            const std::string words = row ? tooltip(shown->second.column, rows_.messages()[*row]) : std::string();
+            const auto place = isByKey ? std::nullopt : placeAt(x, y);
+            if (!place) return false;
+            const std::string words = tooltip(place->column, rows_.messages()[place->row]);
             if (words.empty()) return false;
             tooltipShown->set_text(words);
             return true;
@@ -388,10 +406,9 @@ void MessageTable::addContextMenu() {
     const auto click = Gtk::GestureClick::create();
     click->set_button(GDK_BUTTON_SECONDARY);
     click->signal_pressed().connect([this](int, double x, double y) {
-        MessageCell* cell = cellAt(x, y);
-        const auto row = cell != nullptr ? rowOf(shown_.at(cell)) : std::nullopt;
-        if (!row) return;
-        model_.selection.set(rows_.messages()[*row].id());
+        const auto place = placeAt(x, y);
+        if (!place) return;
+        model_.selection.set(rows_.messages()[place->row].id());
         openMenu({static_cast<int>(x), static_cast<int>(y), 1, 1});
     });
     view_.add_controller(click);

@@ -33,20 +33,27 @@ public:
 
 private:
     enum Column { date, from, subject, mailbox, columnCount };
-    struct Shown {
+    struct Place {
+        std::size_t row;
         Column column;
-        GtkListItem* item;   // tells the row that the cell shows now
+    };
+    struct Cell {
+        Column column;
+        MessageCell* widget;
     };
 
     void addColumn(Column column);
     Glib::RefPtr<Gtk::ListItemFactory> factory(Column column);
+    void fill(MessageCell& cell, Column column, const MessageSummary& message) const;
+    void refresh();
     std::string text(Column column, const MessageSummary& message) const;
     std::string tooltip(Column column, const MessageSummary& message) const;
-    std::optional<std::size_t> rowOf(const Shown& shown) const;
-    MessageCell* cellAt(double x, double y);
+    std::optional<std::size_t> rowOf(GtkListItem* item) const;
+    std::optional<Place> placeAt(double x, double y);
     MessageCell* selectedCell();
 
     void showMessages();
+    void showAllLater();
     void showWhyEmpty();
     void showSortOrder();
     void titleClicked();
@@ -64,7 +71,7 @@ private:
     AppModel& model_;
     Calendar calendar_ = Calendar::current();
     MessageTableModel rows_;
-    std::unordered_map<MessageCell*, Shown> shown_;
+    std::unordered_map<GtkListItem*, Cell> cells_;   // an item tells the row that its cell shows now
     std::array<Glib::RefPtr<Gtk::ColumnViewColumn>, columnCount> columns_;
     std::array<Gtk::Widget*, columnCount> titles_{};   // null where the column does not sort
     bool isShowingSortOrder_ = false;

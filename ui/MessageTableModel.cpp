@@ -1,7 +1,6 @@
 #include "ui/MessageTableModel.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <unordered_map>
 #include <utility>
 
@@ -14,7 +13,7 @@ namespace {
 struct Row {
     GObject parent;
     MessageTableModel::State* owner;   // null once the list has forgotten this row
-    std::uint32_t position;            // of the message in its index
+    std::size_t number;
 };
 struct RowClass {
     GObjectClass parent;
@@ -27,41 +26,31 @@ class MessageTableModel::State {
 public:
     MessageTableModel* model = nullptr;
     MessageList messages;
+    std::size_t shown = 0;   // rows that views know of
     std::optional<std::size_t> selected;
 
-    ~State() { forgetRows(); }
+    ~State() { forgetRows(0); }
 
-    // A new reference to the object of that row.
+    // A new reference to the object of that row; the same as long as somebody holds it.
     Row* row(std::size_t number) {
-        const std::uint32_t position = messages.position(number);
-        keepSpareIfHeld();
-        if (const auto found = live_.find(position); found != live_.end())
-            return static_cast<Row*>(g_object_ref(found->second));
-        if (spare_ == nullptr) spare_ = static_cast<Row*>(g_object_new(rowType(), nullptr));
-        spare_->position = position;
-        return static_cast<Row*>(g_object_ref(spare_));
+        Row*& live = live_[number];
+        if (live != nullptr) return static_cast<Row*>(g_object_ref(live));
+        live = static_cast<Row*>(g_object_new(rowType(), nullptr));
+        live->owner = this;
+        live->number = number;
+        return live;
     }
-    void forgetRows() {
-        for (const auto& [position, row] : live_) row->owner = nullptr;
-        live_.clear();
-        if (spare_ != nullptr) g_object_unref(spare_);
-        spare_ = nullptr;
+    // A row that goes and comes again is another one.
+    void forgetRows(std::size_t first) {
+        std::erase_if(live_, [first](const auto& live) {
+            if (live.first >= first) live.second->owner = nullptr;
+            return live.first >= first;
+        });
     }
-    void gone(const Row& row) { live_.erase(row.position); }
+    void gone(const Row& row) { live_.erase(row.number); }
 
 private:
-    // Views that look for a row they show ask for the object of every row and drop most at once. Such an object serves
-    // again for the next row: 300,000 of them would take longer than a keystroke may.
-    void keepSpareIfHeld() {
-        if (spare_ == nullptr || g_atomic_int_get(&spare_->parent.ref_count) == 1) return;
-        spare_->owner = this;
-        live_.emplace(spare_->position, spare_);
-        g_object_unref(spare_);
-        spare_ = nullptr;
-    }
-
-    std::unordered_map<std::uint32_t, Row*> live_;   // by position in the index; not owned
-    Row* spare_ = nullptr;                           // owned; in no other hands unless it was just given away
+    std::unordered_map<std::size_t, Row*> live_;   // not owned
 };
 
 namespace {
@@ -99,13 +88,13 @@ void finalizeList(GObject* object) {
 
 gpointer itemOf(GListModel* list, guint row) {
     MessageTableModel::State& state = stateOf(list);
-    return row < state.messages.size() ? state.row(row) : nullptr;
+    return row < state.shown ? state.row(row) : nullptr;
 }
 
 void listInterface(gpointer interface, gpointer) {
     auto* list = static_cast<GListModelInterface*>(interface);
     list->get_item_type = [](GListModel*) { return rowType(); };
-    list->get_n_items = [](GListModel* model) { return static_cast<guint>(stateOf(model).messages.size()); };
+    list->get_n_items = [](GListModel* model) { return static_cast<guint>(stateOf(model).shown); };
     list->get_item = itemOf;
 }
 
@@ -158,6 +147,7 @@ MessageTableModel::MessageTableModel()
 }
 
 MessageTableModel::~MessageTableModel() {
+    onRefresh = nullptr;
     setMessages({}, std::nullopt);
     state_->model = nullptr;
     g_object_unref(object_);
@@ -167,20 +157,36 @@ const MessageList& MessageTableModel::messages() const { return state_->messages
 std::optional<std::size_t> MessageTableModel::selectedRow() const { return state_->selected; }
 
 void MessageTableModel::setMessages(MessageList messages, const std::optional<std::string>& selected) {
-    const MessageList old = std::exchange(state_->messages, std::move(messages));   // kept until views have let go
-    if (old.index() != state_->messages.index()) state_->forgetRows();
-    state_->selected = selected ? state_->messages.find(*selected) : std::nullopt;
-    g_list_model_items_changed(G_LIST_MODEL(object_), 0, static_cast<guint>(old.size()),
-                               static_cast<guint>(state_->messages.size()));
+    const std::size_t now = messages.size();
+    state_->messages = std::move(messages);
+    if (onRefresh) onRefresh();
+    const auto old = std::exchange(state_->selected, selected ? state_->messages.find(*selected) : std::nullopt);
+    setShown(state_->shown < firstRows ? std::min(now, firstRows) : now);
+    tellSelection(old && *old < now ? old : std::nullopt);
+}
+
+void MessageTableModel::showAll() { setShown(state_->messages.size()); }
+
+bool MessageTableModel::isAllShown() const { return state_->shown == state_->messages.size(); }
+
+void MessageTableModel::setShown(std::size_t rows) {
+    const std::size_t before = std::exchange(state_->shown, rows), common = std::min(before, rows);
+    if (before == rows) return;
+    state_->forgetRows(common);
+    g_list_model_items_changed(G_LIST_MODEL(object_), static_cast<guint>(common), static_cast<guint>(before - common),
+                               static_cast<guint>(rows - common));
 }
 
 void MessageTableModel::setSelection(const std::optional<std::string>& selected) {
-    moveSelection(selected ? state_->messages.find(*selected) : std::nullopt);
+    const auto row = selected ? state_->messages.find(*selected) : std::nullopt;
+    tellSelection(std::exchange(state_->selected, row));
 }
 
-void MessageTableModel::moveSelection(std::optional<std::size_t> row) {
-    const std::optional<std::size_t> old = std::exchange(state_->selected, row);
+void MessageTableModel::tellSelection(std::optional<std::size_t> old) {
+    const std::optional<std::size_t> row = state_->selected;
     if (old == row) return;
+    // Of rows that views do not know of yet they ask when they hear of them.
+    if ((old && *old >= state_->shown) || (row && *row >= state_->shown)) showAll();
     const auto [first, last] = std::minmax({old ? *old : *row, row ? *row : *old});
     gtk_selection_model_selection_changed(object_, static_cast<guint>(first), static_cast<guint>(last - first + 1));
 }

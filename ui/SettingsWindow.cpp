@@ -5,8 +5,8 @@
 #include "ui/Accessible.h"
 #include "ui/Headline.h"
 #include "ui/Labels.h"
-#include "ui/MessageCell.h"
 #include "ui/OptionRows.h"
+#include "ui/TextScale.h"
 
 #include <gtkmm/headerbar.h>
 
@@ -21,7 +21,7 @@ constexpr int width = 560, height = 520, margin = 24, spacing = 12;
 
 SettingsWindow::SettingsWindow(AppModel& model) : model_(model), form_(Gtk::Orientation::VERTICAL, 2 * spacing) {
     set_title(tr("Settings"));
-    set_default_size(MessageCell::scaled(width), MessageCell::scaled(height));
+    set_default_size(textScale::scaled(width), textScale::scaled(height));
 
     addMailFolder(addSection(tr("Mail folder")));
     addExports(addSection(tr("Exports")));

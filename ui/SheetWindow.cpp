@@ -1,6 +1,6 @@
 #include "ui/SheetWindow.h"
 
-#include "ui/MessageCell.h"
+#include "ui/TextScale.h"
 
 #include <algorithm>
 
@@ -51,7 +51,7 @@ SheetWindow::SheetWindow(AppModel& model, Gtk::Window& parent, const std::string
 
 // The scrolled window does not know how its lines will break.
 void SheetWindow::fit() {
-    const int width = MessageCell::scaled(usualWidth), mostHeight = MessageCell::scaled(usualMostHeight);
+    const int width = textScale::scaled(usualWidth), mostHeight = textScale::scaled(usualMostHeight);
     const auto heightOf = [width](const Gtk::Widget& part) {
         int least = 0, natural = 0, unused = 0;
         part.measure(Gtk::Orientation::VERTICAL, width - frame, least, natural, unused, unused);

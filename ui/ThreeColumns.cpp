@@ -1,6 +1,6 @@
 #include "ui/ThreeColumns.h"
 
-#include "ui/MessageCell.h"
+#include "ui/TextScale.h"
 
 #include <algorithm>
 #include <chrono>
@@ -13,23 +13,23 @@ constexpr int mailboxesLeast = 200, mailboxesIdeal = 240, mailboxesMost = 360;
 constexpr int messagesLeast = 396, messagesIdeal = 520;   // all columns of the list at their least need it
 constexpr int pageLeast = 280, pageIdeal = 320;           // does not follow the size of the window's text
 
-int roomForAll() { return MessageCell::scaled(mailboxesLeast + messagesLeast) + pageLeast; }
+int roomForAll() { return textScale::scaled(mailboxesLeast + messagesLeast) + pageLeast; }
 
 }   // namespace
 
 ThreeColumns::ThreeColumns(Gtk::Widget& mailboxes, Gtk::Widget& messages, Gtk::Widget& page)
-    : SplitView({MessageCell::scaled(mailboxesIdeal), MessageCell::scaled(mailboxesMost)}),
+    : SplitView({textScale::scaled(mailboxesIdeal), textScale::scaled(mailboxesMost)}),
       mailboxes_(mailboxes),
       messages_(messages),
       page_(page),
-      messagesAndPage_({MessageCell::scaled(messagesIdeal), 0}) {
+      messagesAndPage_({textScale::scaled(messagesIdeal), 0}) {
     messagesAndPage_.leaveSecond(pageIdeal);
     mailboxes.set_size_request(mailboxesLeast, -1);
     messages.set_size_request(messagesLeast, -1);
     page.set_size_request(pageLeast, -1);
     messagesAndPage_.setColumns(messages, page);
     setColumns(mailboxes, messagesAndPage_);
-    leaveSecond(MessageCell::scaled(messagesLeast) + pageIdeal);
+    leaveSecond(textScale::scaled(messagesLeast) + pageIdeal);
 }
 
 void ThreeColumns::toggleMailboxes() {
@@ -74,7 +74,7 @@ void ThreeColumns::fold() {
         messages_.child_focus(Gtk::DirectionType::TAB_FORWARD);
     mailboxes_.set_visible(isShown);
     page_.set_visible(isPageShown);
-    leaveSecond(MessageCell::scaled(messagesLeast) + (isPageShown ? pageIdeal : 0));
+    leaveSecond(textScale::scaled(messagesLeast) + (isPageShown ? pageIdeal : 0));
     signalMailboxes.emit(isShown);
 }
 
