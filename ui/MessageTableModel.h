@@ -32,7 +32,7 @@ public:
     void setMessages(MessageList messages, const std::optional<std::string>& selected);
     void showAll();
     bool isAllShown() const;
-    static constexpr std::size_t firstRows = 100;   // more than fit on a screen; views make 205 rows' widgets
+    static constexpr std::size_t firstRows = 60;   // more than fit on most screens; views make 205 rows' widgets
     void setSelection(const std::optional<std::string>& selected);
 
     // Rows that stay show other messages now; rows beyond the end of the list are about to go.

@@ -79,11 +79,11 @@ TEST_F(MessageTableModelTest, aLongListFollowsAShortOneInTwoSteps) {
     EXPECT_TRUE(model_.isAllShown());
     model_.setMessages(few, std::nullopt);
     EXPECT_EQ(said,
-              "items 0-0+2 selected none\nitems 2-0+98 selected none\nitems 100-0+200 selected none\n"
-              "items 2-298+0 selected none\n");
+              "items 0-0+2 selected none\nitems 2-0+58 selected none\nitems 60-0+120 selected none\n"
+              "items 2-178+0 selected none\n");
     said.clear();
     model_.setMessages(many, "/m/150");
-    EXPECT_EQ(said, "items 2-0+98 selected none\nitems 100-0+200 selected 150\nselection 150+1 is 150\n");
+    EXPECT_EQ(said, "items 2-0+58 selected none\nitems 60-0+120 selected 150\nselection 150+1 is 150\n");
 }
 
 TEST_F(MessageTableModelTest, theViewAsksAndTheOwnerDecides) {
