@@ -16,9 +16,14 @@ inline void setDescription(Gtk::Widget& widget, const std::string& description) 
                                    description.c_str(), -1);
 }
 
+// Before the widget is shown.
+inline void setRole(Gtk::Widget& widget, GtkAccessibleRole role) {
+    g_object_set(widget.gobj(), "accessible-role", role, nullptr);
+}
+
 // Where the same is told in words already. Before the widget is shown.
 inline void hide(Gtk::Widget& widget) {
-    g_object_set(widget.gobj(), "accessible-role", GTK_ACCESSIBLE_ROLE_PRESENTATION, nullptr);
+    setRole(widget, GTK_ACCESSIBLE_ROLE_PRESENTATION);
     gtk_accessible_update_state(GTK_ACCESSIBLE(widget.gobj()), GTK_ACCESSIBLE_STATE_HIDDEN, TRUE, -1);
 }
 

@@ -4,14 +4,15 @@
 #include <string>
 
 #include <gtkmm/image.h>
-#include <gtkmm/inscription.h>
+#include <gtkmm/widget.h>
+#include <pangomm/layout.h>
 
 namespace ostrel {
 
-// One cell of the message table: a line of text, cut off where the column ends, and a symbol behind it if wanted. Its
-// size does not depend on what it shows, so that columns and rows stay as they are while the list scrolls, and so that
-// other words are quickly shown.
-class MessageCell : public Gtk::Inscription {
+// One cell of the message table: a line of text, cut off where the column ends, and a symbol behind it if wanted. It
+// draws its text itself: hundreds of cells are made at once, and labels take longer. Its size does not depend on what
+// it shows, so that columns and rows stay as they are while the list scrolls.
+class MessageCell : public Gtk::Widget {
 public:
     struct Width {
         int minimum, ideal;   // pixels at the usual text size
@@ -21,6 +22,7 @@ public:
     explicit MessageCell(Width width);
 
     void setText(const std::string& text);
+    void setDigitsOfEqualWidth();
     // From the icon theme; spoken as the label says.
     void showSymbol(const char* iconName, const std::string& label);
     void hideSymbol();
@@ -30,9 +32,13 @@ protected:
     void measure_vfunc(Gtk::Orientation orientation, int forSize, int& minimum, int& natural, int& minimumBaseline,
                        int& naturalBaseline) const override;
     void size_allocate_vfunc(int width, int height, int baseline) override;
+    void snapshot_vfunc(const Glib::RefPtr<Gtk::Snapshot>& snapshot) override;
 
 private:
+    bool isSymbolShown() const { return symbol_ && symbol_->get_visible(); }
+
     Width width_;
+    Glib::RefPtr<Pango::Layout> text_;
     std::optional<Gtk::Image> symbol_;   // most cells never need one
 };
 

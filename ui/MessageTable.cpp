@@ -163,7 +163,7 @@ Glib::RefPtr<Gtk::ListItemFactory> MessageTable::factory(Column column) {
         const Layout& layout = layouts[column];
         auto* cell = Gtk::make_managed<MessageCell>(MessageCell::Width{
             layout.minimum - cellPadding, layout.ideal - cellPadding, column == date ? widestDate_ : 0});
-        if (column == date) cell->add_css_class("numeric");
+        if (column == date) cell->setDigitsOfEqualWidth();
         if (column == mailbox) cell->add_css_class("dim-label");
         item->set_child(*cell);
         cells_[item->gobj()] = {column, cell};
@@ -321,12 +321,28 @@ void MessageTable::makeTitlesReachable() {
 
 // ---- Moving about ----
 
-// The toolkit's Tab key goes through a list row by row; with many rows that is no way out.
-void MessageTable::leave(Gtk::DirectionType direction) {
-    list_->set_can_focus(false);
+// The toolkit's Tab key goes through a list row by row, which is no way out of many rows, and backwards through the
+// titles from the first to the last.
+bool MessageTable::moveOn(bool isBackward) {
+    if (hasFocus(*list_)) {
+        if (isBackward && titles_[subject] != nullptr) return titles_[subject]->grab_focus();
+        leave(*list_, isBackward);
+        return true;
+    }
+    for (const Column column : {date, from, subject}) {
+        if (!isBackward || titles_[column] == nullptr || !hasFocus(*titles_[column])) continue;
+        if (column != date) return titles_[column - 1]->grab_focus();
+        leave(*titles_[date]->get_parent(), isBackward);
+        return true;
+    }
+    return false;
+}
+
+void MessageTable::leave(Gtk::Widget& part, bool isBackward) {
+    part.set_can_focus(false);
     gtk_widget_child_focus(GTK_WIDGET(gtk_widget_get_root(view_.Gtk::Widget::gobj())),
-                           static_cast<GtkDirectionType>(direction));
-    list_->set_can_focus(true);
+                           isBackward ? GTK_DIR_TAB_BACKWARD : GTK_DIR_TAB_FORWARD);
+    part.set_can_focus(true);
 }
 
 void MessageTable::scrollTo(std::size_t row, bool focus) {
@@ -351,10 +367,7 @@ void MessageTable::addTypeAhead() {
     keys->signal_key_pressed().connect(
         [this, controller = keys.get()](guint pressed, guint, Gdk::ModifierType state) {
             const bool isBackward = pressed == GDK_KEY_ISO_Left_Tab;
-            if ((isBackward || pressed == GDK_KEY_Tab) && hasFocus(*list_)) {
-                leave(isBackward ? Gtk::DirectionType::TAB_BACKWARD : Gtk::DirectionType::TAB_FORWARD);
-                return true;
-            }
+            if (isBackward || pressed == GDK_KEY_Tab) return moveOn(isBackward);
             const auto commands = Gdk::ModifierType::CONTROL_MASK | Gdk::ModifierType::ALT_MASK |
                                   Gdk::ModifierType::SUPER_MASK | Gdk::ModifierType::META_MASK;
             const char32_t character = gdk_keyval_to_unicode(pressed);

@@ -62,7 +62,8 @@ private:
 
     void scrollTo(std::size_t row, bool focus);
     void addTypeAhead();
-    void leave(Gtk::DirectionType direction);
+    bool moveOn(bool isBackward);
+    void leave(Gtk::Widget& part, bool isBackward);
     void goTo(char32_t character, std::uint32_t when);
     void addTooltips();
     void addContextMenu();
