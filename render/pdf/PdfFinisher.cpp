@@ -5,6 +5,7 @@
 #include "render/pdf/PageText.h"
 #include "render/pdf/PdfClusters.h"
 #include "render/pdf/PdfContents.h"
+#include "render/pdf/PdfDrawnFonts.h"
 #include "render/pdf/PdfEmoji.h"
 #include "render/pdf/PdfFonts.h"
 #include "render/pdf/PdfImages.h"
@@ -13,7 +14,6 @@
 #include "render/pdf/PdfSharing.h"
 #include "render/pdf/PdfStreams.h"
 #include "render/pdf/PdfTextMaps.h"
-#include "render/pdf/PdfType3Fonts.h"
 
 #include <algorithm>
 #include <cctype>
@@ -95,14 +95,20 @@ void reduce(QPDF& file, std::string_view html, FontSubsetter& fonts, FinishRepor
     const auto page = pdf::pageText(html);
     pdf::nameClusters(file, page);
     pdf::GlyphUse use;
-    for (auto& content : pdf::contentsOf(file)) {
+    pdf::Outlines outlines;
+    auto contents = pdf::contentsOf(file);
+    for (auto& content : contents) {
         const auto text = pdf::decoded(content.stream);
         if (!text) throw std::runtime_error("content cannot be decoded");
         use.read(*text, content.resources);
-        const auto outline = pdf::shorterOutline(*text);
-        pdf::repack(content.stream, outline ? *outline : *text, outline ? zlib::Effort::best : zlib::Effort::good);
+        if (auto outline = pdf::shorterOutline(*text))
+            outlines.emplace(content.stream.getObjGen(), std::move(*outline));
+        else
+            pdf::repack(content.stream, *text, zlib::Effort::good);
     }
     pdf::nameEmoji(file, page, use);
+    if (!pdf::joinDrawnFonts(file, contents, use, outlines))
+        for (const auto& [id, outline] : outlines) pdf::repack(file.getObject(id), outline, zlib::Effort::best);
     const auto counts = pdf::reduceFonts(file, use, fonts);
     pdf::makeTextTyped(file);
     pdf::shareTextTables(file, use);

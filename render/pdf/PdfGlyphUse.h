@@ -25,7 +25,10 @@ public:
     // set.
     const std::map<QPDFObjGen, CodeSet>& codesOf() const { return codes_; }
 
-    // What Type 3 fonts show, one after the other as the content was read.
+    // Content shows the codes of one font in another now.
+    void replace(QPDFObjGen gone, QPDFObjGen font, const CodeSet& codes);
+
+    // What Type 3 fonts showed, one after the other as the content was read.
     struct Drawn {
         QPDFObjGen font;
         int code = 0;

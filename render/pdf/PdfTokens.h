@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace ostrel::pdf {
@@ -12,6 +13,7 @@ struct Token {
     bool isHex = false;
 
     bool isNumber() const;
+    std::string bytes() const;   // of a string, what it stands for
 };
 
 // Cuts content into tokens (ISO 32000-1 §7.2, §7.3). The content must outlive it and its tokens.

@@ -1,0 +1,89 @@
+#include "render/pdf/PdfFinisher.h"
+#include "tests/render/pdf/SamplePdf.h"
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+namespace ostrel {
+namespace {
+
+using test::OpenedPdf, test::ref, test::SamplePdf;
+
+// As the engine writes it: one code in use besides the first, which stands for what the typeface lacks.
+std::string drawnFont(SamplePdf& pdf, const std::string& text, const std::string& face = "Song",
+                      const std::string& left = "0", const std::string& name = "g21",
+                      const std::string& outline = "0 0 m 9 -7 l 5 -3 l 6 -4 l 7 -5 l 0 0 l h f") {
+    auto meaning = pdf.stream("<< >>", "1 beginbfchar\n<01> <" + text + ">\nendbfchar\n");
+    auto glyph = pdf.stream("<< >>", "1000 0 0 -7 9 0 d1 " + outline);
+    return ref(pdf.object("<< /Type /Font /Subtype /Type3 /FontBBox [" + left +
+                          " 120 1000 -880] /FontMatrix [.001 0 0 -.001 0 0] /FontDescriptor << /FontName /" + face +
+                          " >> /FirstChar 0 /LastChar 1 /Widths [1000 1000] /CharProcs << /" + name + " " + ref(glyph) +
+                          " >> /Encoding << /Differences [0 /g0 /" + name + "] >> /ToUnicode " + ref(meaning) + " >>"));
+}
+
+// "!" and "\"" are the first codes of the joined font.
+TEST(PdfDrawnFonts, ContentShowsTheJoinedFont) {
+    const struct {
+        const char *why, *content, *expected;
+    } rows[] = {
+        {"one after the other", "BT /A 9 Tf <01> Tj /B 9 Tf (\\1) Tj ET", "BT /A 9 Tf\n(!) Tj (\") Tj ET"},
+        {"with moves between", "/B 9 Tf [<01> -20 (\1)] TJ /A 9 Tf <01> '", "/A 9 Tf\n[(!) -20 (!)] TJ (\") '"},
+        {"in other sizes", "/A 9 Tf <01> Tj /B 8 Tf <01> Tj", "/A 9 Tf\n(!) Tj /A 8 Tf\n(\") Tj"},
+        {"and back to a font that stays", "/A 9 Tf <01> Tj /N 9 Tf <01> Tj /B 9 Tf <01> Tj",
+         "/A 9 Tf\n(!) Tj /N 9 Tf <01> Tj /A 9 Tf\n(\") Tj"},
+        {"saved and restored", "/A 9 Tf q /B 9 Tf <01> Tj Q <01> Tj q <01> Tj Q",
+         " q /A 9 Tf\n(!) Tj Q /A 9 Tf\n(\") Tj q (\") Tj Q"},
+        {"set and not used", "/A 9 Tf <01> Tj /B 9 Tf <01> Tj /A 7 Tf", "/A 9 Tf\n(!) Tj (\") Tj "},
+        {"extra space by code", "1 Tw /A 9 Tf <01> Tj /B 9 Tf <01> Tj", {}},
+        {"a code without a glyph", "/A 9 Tf <02> Tj", {}},
+        {"a picture within the content", "/A 9 Tf <01> Tj BI /W 1 ID x EI /B 9 Tf <01> Tj", {}},
+    };
+    for (const auto& row : rows) {
+        SamplePdf pdf;
+        pdf.page(row.content, "<< /Font << /A " + drawnFont(pdf, "4E00") + " /B " + drawnFont(pdf, "4E01") +
+                                  " /N << /Type /Font /Subtype /Type1 /BaseFont /Courier >> >> >>");
+        FinishOptions options;
+        OpenedPdf finished(PdfFinisher().finish(bytesOf(pdf.bytes()), options).pdf);
+        const auto content = finished.content(0);
+        if (!row.expected) {
+            EXPECT_NE(content.find(row.content), std::string::npos) << row.why << ": " << content;
+            continue;
+        }
+        auto squeezed = content;
+        for (std::size_t at = 0; (at = squeezed.find("  ", at)) != std::string::npos;) squeezed.erase(at, 1);
+        EXPECT_NE(squeezed.find(row.expected), std::string::npos) << row.why << ": " << content;
+        auto font = finished.resource(0, "/Font", "/A");
+        EXPECT_TRUE(finished.resource(0, "/Font", "/B").isNull()) << row.why;
+        EXPECT_EQ(font.getKey("/FontBBox").unparse(), "[ 0 -120 1000 880 ]") << row.why;
+        EXPECT_EQ(font.getKey("/FontMatrix").getArrayItem(3).unparse(), ".001") << row.why;
+        EXPECT_EQ(test::plainData(font.getKey("/CharProcs").getKey("/c33")),
+                  "1000 0 0 7 9 0 d1 0 0 m 9 7 l 5 3 l 6 4 l 7 5 l f")
+            << row.why;
+    }
+}
+
+TEST(PdfDrawnFonts, OnlyFontsThatViewersTreatAlikeAreJoined) {
+    const struct {
+        std::string why;
+        std::string (*other)(SamplePdf&);
+    } rows[] = {
+        {"another typeface", [](SamplePdf& pdf) { return drawnFont(pdf, "4E01", "Ming"); }},
+        {"so wide that no viewer would keep its glyphs",
+         [](SamplePdf& pdf) { return drawnFont(pdf, "4E01", "Song", "-900"); }},
+        {"named like a letter, from which sizes are guessed",
+         [](SamplePdf& pdf) { return drawnFont(pdf, "4E01", "Song", "0", "m"); }},
+        {"a picture", [](SamplePdf& pdf) { return drawnFont(pdf, "4E01", "Song", "0", "g21", "/X Do"); }},
+    };
+    for (const auto& row : rows) {
+        SamplePdf pdf;
+        pdf.page("/A 9 Tf <01> Tj /B 9 Tf <01> Tj",
+                 "<< /Font << /A " + drawnFont(pdf, "4E00") + " /B " + row.other(pdf) + " >> >>");
+        OpenedPdf finished(PdfFinisher().finish(bytesOf(pdf.bytes()), {}).pdf);
+        EXPECT_NE(finished.content(0).find("/B 9 Tf"), std::string::npos) << row.why;
+        EXPECT_TRUE(finished.resource(0, "/Font", "/B").isDictionary()) << row.why;
+    }
+}
+
+}   // namespace
+}   // namespace ostrel
