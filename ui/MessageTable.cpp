@@ -6,6 +6,7 @@
 #include "ui/Accessible.h"
 #include "ui/Symbols.h"
 #include "ui/TextScale.h"
+#include "ui/WidgetTree.h"
 
 #include <algorithm>
 #include <utility>
@@ -38,43 +39,6 @@ constexpr Layout layouts[] = {
 };
 constexpr int cellPadding = 12;   // both sides together, as in the style sheet
 
-// The same order with the key first; a key that is first already changes its direction.
-SortOrder clicked(SortOrder order, SortKey key) {
-    if (!order.empty() && order.front().key == key) {
-        order.front().ascending = !order.front().ascending;
-        return order;
-    }
-    std::erase_if(order, [&](const SortComparator& comparator) { return comparator.key == key; });
-    order.insert(order.begin(), SortComparator{key, true});
-    return order;
-}
-
-// The view's sorters sort nothing, the model does. They make titles clickable, and the view's own, which asks the one
-// of the title clicked last first, thereby tells which it was; this toolkit has no other way to ask.
-std::optional<SortKey> askedFirst;
-
-GtkSorter* newTitleSorter(SortKey key) {
-    const auto compare = [](gconstpointer, gconstpointer, gpointer asked) -> int {
-        if (!askedFirst) askedFirst = static_cast<SortKey>(GPOINTER_TO_INT(asked));
-        return -1;
-    };
-    return GTK_SORTER(gtk_custom_sorter_new(compare, GINT_TO_POINTER(static_cast<int>(key)), nullptr));
-}
-
-std::optional<SortComparator> shownByTitles(GtkColumnView* view) {
-    GtkSorter* sorter = gtk_column_view_get_sorter(view);
-    askedFirst.reset();
-    const GtkOrdering order = gtk_sorter_compare(sorter, sorter, view);   // any two objects
-    if (!askedFirst) return std::nullopt;
-    return SortComparator{*askedFirst, order == GTK_ORDERING_SMALLER};
-}
-
-Gtk::Widget* childNamed(Gtk::Widget& parent, const char* cssName) {
-    for (Gtk::Widget* child = parent.get_first_child(); child != nullptr; child = child->get_next_sibling())
-        if (child->get_css_name() == cssName) return child;
-    return nullptr;
-}
-
 // In pixels. A date that is cut off says nothing.
 int widestDate(Gtk::Widget& widget, const Calendar& calendar) {
     int widest = 0;
@@ -87,15 +51,11 @@ int widestDate(Gtk::Widget& widget, const Calendar& calendar) {
     return widest;
 }
 
-bool hasFocus(Gtk::Widget& widget) {
-    return (widget.get_state_flags() & Gtk::StateFlags::FOCUS_WITHIN) != Gtk::StateFlags();
-}
-
 }   // namespace
 
 MessageTable::MessageTable(AppModel& model)
     : model_(model),
-      list_(childNamed(view_, "listview")),
+      list_(widgets::childNamed(view_, "listview")),
       empty_("line.3.horizontal.decrease.circle", tr("No Matching Messages"),
              tr("Check more mailboxes on the left, or clear the filters.")) {
     view_.add_css_class("messages");
@@ -112,22 +72,20 @@ MessageTable::MessageTable(AppModel& model)
     set_hhomogeneous(false);
     set_vhomogeneous(false);
 
-    makeTitlesReachable();
+    titles_.begin();
+    titles_.onSort = [this](SortOrder order) { model_.sortOrder.set(std::move(order)); };
     addTooltips();
     addContextMenu();
     addTypeAhead();
     subscriptions_.push_back(model_.messages.observe([this] { showMessages(); }));
     subscriptions_.push_back(model_.filter.observe([this] { showWhyEmpty(); }));
-    subscriptions_.push_back(model_.sortOrder.observe([this] { showSortOrder(); }));
+    subscriptions_.push_back(model_.sortOrder.observe([this] { titles_.show(model_.sortOrder.get()); }));
     subscriptions_.push_back(model_.selection.observe([this] { rows_.setSelection(model_.selection.get()); }));
     showMessages();
-    showSortOrder();
-    g_signal_connect_swapped(gtk_column_view_get_sorter(view_.gobj()), "changed",
-                             G_CALLBACK(+[](MessageTable* self) { self->titleClicked(); }), this);
+    titles_.show(model_.sortOrder.get());
 }
 
 MessageTable::~MessageTable() {
-    g_signal_handlers_disconnect_by_data(gtk_column_view_get_sorter(view_.gobj()), this);
     focusing_.disconnect();
     menu_.unparent();
     gtk_column_view_set_model(view_.gobj(), nullptr);
@@ -140,11 +98,7 @@ void MessageTable::addColumn(Column column) {
     const auto made = Gtk::ColumnViewColumn::create(tr(layout.title), factory(column));
     made->set_resizable();
     made->set_expand(column == subject);
-    if (layout.sortsBy) {
-        GtkSorter* sorter = newTitleSorter(*layout.sortsBy);
-        gtk_column_view_column_set_sorter(made->gobj(), sorter);
-        g_object_unref(sorter);
-    }
+    if (layout.sortsBy) titles_.add(made, *layout.sortsBy);
     // Dragging knows no limits of its own.
     made->property_fixed_width().signal_changed().connect([layout, column = made.get()] {
         const int width = column->get_fixed_width();
@@ -154,7 +108,6 @@ void MessageTable::addColumn(Column column) {
         if (allowed != width) column->set_fixed_width(allowed);
     });
     view_.append_column(made);
-    columns_[column] = made;
 }
 
 Glib::RefPtr<Gtk::ListItemFactory> MessageTable::factory(Column column) {
@@ -244,7 +197,7 @@ MessageCell* MessageTable::selectedCell() {
 
 void MessageTable::showMessages() {
     calendar_ = Calendar::current();
-    const bool hadFocus = hasFocus(*list_);
+    const bool hadFocus = widgets::hasFocus(*list_);
     const bool wasEmpty = rows_.messages().empty();
     rows_.setMessages(model_.messages.get(), model_.selection.get());
     if (!rows_.isAllShown()) showAllLater();
@@ -269,73 +222,16 @@ void MessageTable::showWhyEmpty() {
     }
 }
 
-void MessageTable::showSortOrder() {
-    const SortOrder& order = model_.sortOrder.get();
-    isShowingSortOrder_ = true;
-    for (const Column column : {date, from, subject}) {
-        const bool isFirst = !order.empty() && order.front().key == layouts[column].sortsBy;
-        const bool isAscending = isFirst && order.front().ascending;
-        if (isFirst)
-            view_.sort_by_column(columns_[column], isAscending ? Gtk::SortType::ASCENDING : Gtk::SortType::DESCENDING);
-        if (titles_[column] != nullptr)
-            accessible::setDescription(*titles_[column], !isFirst      ? ""
-                                                         : isAscending ? tr("Sorted ascending")
-                                                                       : tr("Sorted descending"));
-    }
-    isShowingSortOrder_ = false;
-}
-
-void MessageTable::titleClicked() {
-    if (isShowingSortOrder_) return;
-    if (const auto first = shownByTitles(view_.gobj())) sortBy(first->key);
-}
-
-void MessageTable::sortBy(SortKey key) { model_.sortOrder.set(clicked(model_.sortOrder.get(), key)); }
-
-// The toolkit leaves column titles out of the round of the Tab key.
-void MessageTable::makeTitlesReachable() {
-    Gtk::Widget* header = childNamed(view_, "header");
-    if (header == nullptr) return;
-    header->set_can_focus();
-    Gtk::Widget* title = header->get_first_child();
-    for (const Column column : {date, from, subject, mailbox}) {
-        if (title == nullptr) return;
-        accessible::setLabel(*title, tr(layouts[column].title));
-        if (const auto key = layouts[column].sortsBy) {
-            titles_[column] = title;
-            title->set_focusable();
-            const auto keys = Gtk::EventControllerKey::create();
-            keys->signal_key_pressed().connect(
-                [this, key](guint pressed, guint, Gdk::ModifierType) {
-                    const bool isActivating =
-                        pressed == GDK_KEY_Return || pressed == GDK_KEY_KP_Enter || pressed == GDK_KEY_space;
-                    if (isActivating) sortBy(*key);
-                    return isActivating;
-                },
-                false);
-            title->add_controller(keys);
-        }
-        title = title->get_next_sibling();
-    }
-}
-
 // ---- Moving about ----
 
 // The toolkit's Tab key goes through a list row by row, which is no way out of many rows, and backwards through the
 // titles from the first to the last.
 bool MessageTable::moveOn(bool isBackward) {
-    if (hasFocus(*list_)) {
-        if (isBackward && titles_[subject] != nullptr) return titles_[subject]->grab_focus();
-        leave(*list_, isBackward);
-        return true;
-    }
-    for (const Column column : {date, from, subject}) {
-        if (!isBackward || titles_[column] == nullptr || !hasFocus(*titles_[column])) continue;
-        if (column != date) return titles_[column - 1]->grab_focus();
-        leave(*titles_[date]->get_parent(), isBackward);
-        return true;
-    }
-    return false;
+    const bool isInList = widgets::hasFocus(*list_);
+    if (isBackward && titles_.moveBack()) return true;
+    if (!isBackward && !isInList) return false;   // from title to title and to the list
+    leave(isInList ? *list_ : *widgets::childNamed(view_, "header"), isBackward);
+    return true;
 }
 
 void MessageTable::leave(Gtk::Widget& part, bool isBackward) {
@@ -374,7 +270,7 @@ void MessageTable::addTypeAhead() {
             const std::uint32_t when = controller->get_current_event_time();
             if ((state & commands) != Gdk::ModifierType() || character < U' ' || character == 0x7F) return false;
             if (character == U' ' && !typeAhead_.isTyping(when)) return false;
-            if (!hasFocus(*list_)) return false;
+            if (!widgets::hasFocus(*list_)) return false;
             goTo(character, when);
             return true;
         },

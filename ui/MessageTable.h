@@ -5,9 +5,9 @@
 #include "ui/EmptyState.h"
 #include "ui/MessageCell.h"
 #include "ui/MessageTableModel.h"
+#include "ui/SortTitles.h"
 #include "ui/TypeAhead.h"
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -16,7 +16,6 @@
 #include <vector>
 
 #include <gtkmm/columnview.h>
-#include <gtkmm/columnviewcolumn.h>
 #include <gtkmm/listitem.h>
 #include <gtkmm/popovermenu.h>
 #include <gtkmm/scrolledwindow.h>
@@ -32,7 +31,7 @@ public:
     ~MessageTable() override;
 
 private:
-    enum Column { date, from, subject, mailbox, columnCount };
+    enum Column { date, from, subject, mailbox };
     struct Place {
         std::size_t row;
         Column column;
@@ -55,10 +54,6 @@ private:
     void showMessages();
     void showAllLater();
     void showWhyEmpty();
-    void showSortOrder();
-    void titleClicked();
-    void sortBy(SortKey key);
-    void makeTitlesReachable();
 
     void scrollTo(std::size_t row, bool focus);
     void addTypeAhead();
@@ -73,12 +68,10 @@ private:
     Calendar calendar_ = Calendar::current();
     MessageTableModel rows_;
     std::unordered_map<GtkListItem*, Cell> cells_;   // an item tells the row that its cell shows now
-    std::array<Glib::RefPtr<Gtk::ColumnViewColumn>, columnCount> columns_;
-    std::array<Gtk::Widget*, columnCount> titles_{};   // null where the column does not sort
-    bool isShowingSortOrder_ = false;
     int widestDate_ = 0;
     Gtk::ScrolledWindow scroller_;
     Gtk::ColumnView view_;
+    SortTitles titles_{view_};
     Gtk::Widget* list_;   // the part of the view that scrolls
     Gtk::PopoverMenu menu_;
     EmptyState empty_;

@@ -1,6 +1,7 @@
 #include "ui/ThreeColumns.h"
 
 #include "ui/TextScale.h"
+#include "ui/WidgetTree.h"
 
 #include <algorithm>
 #include <chrono>
@@ -68,7 +69,7 @@ void ThreeColumns::fold() {
     const bool isShown = isNarrow_ ? isShownWhenNarrow_ : isShownWhenWide_;
     const bool isPageShown = !isNarrow_ || !isShown;
     const auto losesFocus = [](const Gtk::Widget& column, bool stays) {
-        return !stays && (column.get_state_flags() & Gtk::StateFlags::FOCUS_WITHIN) != Gtk::StateFlags();
+        return !stays && widgets::hasFocus(column);
     };
     if (losesFocus(mailboxes_, isShown) || losesFocus(page_, isPageShown))
         messages_.child_focus(Gtk::DirectionType::TAB_FORWARD);
