@@ -44,11 +44,23 @@ std::string tookLongerThan(std::chrono::milliseconds time) {
                : trCount("Printing this message took longer than %lld seconds and was stopped.", seconds);
 }
 
-// What the scripts answer: the width of the content, then a line "rrggbb address" for each link they marked.
+// What the scripts answer (see PageScripts.h).
 struct Measured {
     double width = 0;
     std::vector<LinkMark> links;
 };
+
+// "0.1,0.2,0.5,0.5,1.5"
+std::optional<PartOfBox> readPart(std::string_view text) {
+    PartOfBox part;
+    for (double* const number : {&part.left, &part.top, &part.width, &part.height, &part.shape}) {
+        const auto word = text.substr(0, text.find(','));
+        const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), *number);
+        if (error != std::errc() || end != word.data() + word.size()) return std::nullopt;
+        text.remove_prefix(std::min(word.size() + 1, text.size()));
+    }
+    return part;
+}
 
 Measured readMeasured(std::string_view answer) {
     constexpr std::size_t digits = 6;
@@ -65,7 +77,11 @@ Measured readMeasured(std::string_view answer) {
         std::uint32_t colour = 0;
         if (mark.size() <= digits + 1) continue;
         std::from_chars(mark.data(), mark.data() + digits, colour, 16);
-        measured.links.push_back({colour, std::string(mark.substr(digits + 1))});
+        const auto blank = mark.find(' ');
+        if (blank == std::string_view::npos) continue;
+        const bool isPart = mark[digits] == '@';
+        const auto part = isPart ? readPart(mark.substr(digits + 1, blank - digits - 1)) : std::nullopt;
+        if (isPart == part.has_value()) measured.links.push_back({colour, std::string(mark.substr(blank + 1)), part});
     }
     return measured;
 }

@@ -4,7 +4,9 @@
 #include <string_view>
 
 // What is run in the loaded page, in a world of its own that the page cannot see. Both answer the width of the content
-// in CSS pixels, the first then a line "rrggbb address" for each link that it marked.
+// in CSS pixels, the first then a line "rrggbb address" for each link that it marked, or "rrggbb@l,t,w,h,s address" for
+// one that has this place within the box marked so: parts of the box from its left and top, and the box's width over
+// its height.
 namespace ostrel::pageScripts {
 
 // Makes the page on the screen lay out as it will in print, measures it, and marks its links (http, https, mailto) for

@@ -22,10 +22,19 @@ struct LinkArea {
     std::string url;   // http, https or mailto; areas with anything else are dropped
 };
 
-// A link that was printed with paint nobody sees: all of this colour that is filled with an opacity of 1/255.
+// A part of a box, in parts of its width and height. It counts only if the box was printed whole and in its shape.
+struct PartOfBox {
+    double left = 0, top = 0, width = 1, height = 1;
+    double shape = 1;   // the box's width over its height
+    bool operator==(const PartOfBox&) const = default;
+};
+
+// A link that was printed with paint nobody sees: all of this colour that is filled with an opacity of 1/255, or a part
+// of it. Several may share a colour; they come in the order drawn.
 struct LinkMark {
     std::uint32_t colour = 0;   // 0xRRGGBB
     std::string url;
+    std::optional<PartOfBox> part{};
     bool operator==(const LinkMark&) const = default;
 };
 

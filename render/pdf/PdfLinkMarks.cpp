@@ -360,16 +360,64 @@ std::vector<Piece> joined(std::vector<Piece> pieces) {
     return whole;
 }
 
+// Where a mark's colour was found; its address is not told yet.
+struct MarkedArea {
+    std::size_t link = 0;
+    LinkArea area;
+};
+
+// Which marks a colour stands for.
+class MarksOfColours {
+public:
+    explicit MarksOfColours(const std::vector<LinkMark>& marks) : marks_(marks) {
+        for (std::size_t i = 0; i < marks.size(); ++i)
+            marksOf_[links_.emplace(marks[i].colour, i).first->second].push_back(i);
+    }
+
+    const LinkOfColour& links() const { return links_; }
+
+    std::vector<LinkArea> linksOn(const std::vector<MarkedArea>& areas) const {
+        std::unordered_map<std::size_t, std::size_t> count;
+        for (const auto& marked : areas) ++count[marked.link];
+        std::vector<LinkArea> all;
+        for (const auto& [link, area] : areas) {
+            for (const auto i : marksOf_.at(link)) {
+                const auto& part = marks_[i].part;
+                if (part && (count[link] > 1 || !isInShape(area, *part))) continue;
+                all.push_back(part ? partOf(area, *part) : area);
+                all.back().url = marks_[i].url;
+            }
+        }
+        return all;
+    }
+
+private:
+    static bool isInShape(const LinkArea& box, const PartOfBox& part) {
+        return std::abs(box.width - part.shape * box.height) <= touching * (1 + part.shape);
+    }
+    static LinkArea partOf(const LinkArea& box, const PartOfBox& part) {
+        return {box.page,
+                box.x + part.left * box.width,
+                box.y + part.top * box.height,
+                part.width * box.width,
+                part.height * box.height,
+                ""};
+    }
+
+    const std::vector<LinkMark>& marks_;
+    LinkOfColour links_;   // to the first mark of each colour
+    std::unordered_map<std::size_t, std::vector<std::size_t>> marksOf_;
+};
+
 }   // namespace
 
 std::vector<LinkArea> takeLinkMarks(QPDF& file, const std::vector<LinkMark>& marks) {
     if (marks.empty()) return {};
-    LinkOfColour links;
-    for (std::size_t i = 0; i < marks.size(); ++i) links.emplace(marks[i].colour, i);
-    auto contents = readContents(file, links);
+    const MarksOfColours colours(marks);
+    auto contents = readContents(file, colours.links());
     if (!contents) return {};
 
-    std::vector<LinkArea> areas;
+    std::vector<MarkedArea> areas;
     PageWalk walk(file, contents->streams);
     std::size_t number = 0;
     for (auto& page : QPDFPageDocumentHelper(file).getAllPages()) {
@@ -379,14 +427,13 @@ std::vector<LinkArea> takeLinkMarks(QPDF& file, const std::vector<LinkMark>& mar
         auto pieces =
             walk.piecesOn(page.getObjectHandle().getKey("/Contents"), {paper.llx, paper.lly, paper.urx, paper.ury});
         for (const auto& [link, place] : joined(std::move(pieces)))
-            areas.push_back({number, place.left - paper.llx, paper.ury - place.top, place.width(), place.height(),
-                             marks[link].url});
+            areas.push_back(
+                {link, {number, place.left - paper.llx, paper.ury - place.top, place.width(), place.height(), ""}});
         ++number;
     }
     const auto none = QPDFObjectHandle::newNull();
     for (auto& [stream, text] : contents->unmarked) stream.replaceStreamData(text, none, none);   // to be packed later
-    if (walk.gaveUp()) areas.clear();
-    return areas;
+    return walk.gaveUp() ? std::vector<LinkArea>() : colours.linksOn(areas);
 }
 
 }   // namespace ostrel::pdf

@@ -103,6 +103,17 @@ TEST_F(Printing, LinksLieOnTheirWords) {
              "<div><a href='https://e.example/g'><table border=1><tr><td>Lg.cell<td>Lg.other</table></a></div>"
              "<div style='overflow:hidden;height:20px'>" +
              link("h") + "<p>" + link("h", "cut") + "</div>"},
+        {"without boxes that could be marked", 6,
+         "<style>p[style^='margin:9px']{color:#333}</style>" + filler + "<div style='width:150px'>before " +
+             link("i", sentence, "background:#ff0") + " after</div><p style='mix-blend-mode:multiply'>between " +
+             link("j", sentence) + " end<p>between " + link("k", sentence, "display:contents") +
+             "<p style='clip-path:inset(0)'>between " + link("l") + "<p style='margin:9px'>between " + link("m") +
+             "<p>between <svg width=300 height=40><text x=9 y=20>between</text><a href='https://e.example/n'>"
+             "<text x=90 y=20>Ln.drawn</text></a></svg> end"},
+        {"the same on a page that is shrunk", 2,
+         "<table style='width:1500px'><tr><td style='width:150px'>before " +
+             link("i", sentence, "background:#ff0;outline:1px solid red") +
+             " after<td style='mix-blend-mode:multiply'>between " + link("j", sentence) + " end</table>"},
     };
     for (const auto& row : rows) expectOnTheirWords(print("<!DOCTYPE html>" + row.html), row.links, row.why);
 }
@@ -121,7 +132,9 @@ TEST_F(Printing, LinksLeaveNoTrace) {
          "<style>a{all:unset !important;background:none !important;outline:0 !important;"
          "box-shadow:none !important}</style><a href='LINK1'>words</a>",
          1},
-        {"no box", "<a href='LINK1' style='display:contents'>words</a>", 0},
+        {"no box", "<a href='LINK1' style='display:contents'>words</a>", 1},
+        {"a background of its own, over two lines",
+         "<p style='width:90px'>before <a href='LINK1' style='background:#ff0'>a word and others</a> after", 3},
         {"hidden",
          "<a href='LINK1' style='display:none'>a</a><a href='LINK1' style='visibility:hidden'>b</a>"
          "<a href='LINK1' style='opacity:0'>c</a>",
@@ -133,19 +146,27 @@ TEST_F(Printing, LinksLeaveNoTrace) {
          "href='LINK1'>words</a>"
          "<p style='background:linear-gradient(red,blue);-webkit-background-clip:text;color:transparent'><a "
          "href='LINK1'>w</a>",
-         0},
+         5},
         {"the name of the effect is escaped", "<style>p{f\\69lter:grayscale(1)}</style><p><a href='LINK1'>words</a>",
-         0},
+         1},
         {"rules that read style attributes",
-         "<style>a[style*=background]{font-size:40px}</style><a href='LINK1'>words</a>", 0},
-        {"rules in rules", "<style>p{a[style*=background]{font-size:40px}}</style><p><a href='LINK1'>words</a>", 0},
-        {"scopes", "<style>@scope(a[style]){:scope{font-size:40px}}</style><a href='LINK1'>words</a>", 0},
-        {"text made of the attribute", "<style>a::after{content:at\\74r(style)}</style><a href='LINK1'>words</a>", 0},
+         "<style>a[style*=background]{font-size:40px}</style><a href='LINK1'>words</a>", 1},
+        {"rules in rules", "<style>p{a[style*=background]{font-size:40px}}</style><p><a href='LINK1'>words</a>", 1},
+        {"scopes", "<style>@scope(a[style]){:scope{font-size:40px}}</style><a href='LINK1'>words</a>", 1},
+        {"text made of the attribute", "<style>a::after{content:at\\74r(style)}</style><a href='LINK1'>words</a>", 1},
         {"rules that find the same", "<style>a[style*=zz]{color:red}</style><a href='LINK1'>words</a>", 1},
-        {"drawings and maps",
-         "<svg width=99 height=40><a href='LINK1'><text y=20>words</text></a></svg>"
-         "<map name=m><area href='LINK1' coords='0,0,9,9'></map><img usemap='#m' width=20 height=20 src=x>",
+        {"style attributes and important styles of its own",
+         "<style>a[style$='none !important']{color:red}</style><a href='LINK1' style='outline:0 !important;"
+         "background:none !important'>words</a>",
          0},
+        {"a drawing", "<p>text <svg width=99 height=40><a href='LINK1'><text y=20>words</text></a></svg> text", 1},
+        {"maps",
+         "<map name=m><area href='LINK1' coords='0,0,9,9'><area href='LINK2' shape=circle coords='15,15,4'>"
+         "<area href='x-none:1' coords='1,1,2,2'><area href='LINK3' shape=poly coords='0,x,3'></map>"
+         "<img usemap='#m' width=20 height=20 src=x><img usemap='#none' width=20 height=20 src=x>",
+         2},
+        {"over pages, with nothing around it that is whole",
+         "<div style='height:2000px;filter:grayscale(1)'><a href='LINK1'>words</a></div>", 0},
     };
     for (const auto& row : rows) {
         std::string marked = "<!DOCTYPE html>" + std::string(row.html), plain = marked;

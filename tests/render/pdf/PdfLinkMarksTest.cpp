@@ -34,8 +34,11 @@ Outcome finish(const std::string& content, const std::string& form = "") {
     const auto drawn = pdf.stream(
         "<< /Subtype /Form /BBox [0 0 99 99] /Matrix [2 0 0 2 0 0] /Resources << " + states + " >> >>", form);
     pdf.page(content, "<< " + states + " /XObject << /Form " + ref(drawn) + " >> >>", 595, 842);
-    const auto made =
-        PdfFinisher().finish(bytesOf(pdf.bytes()), {.linkMarks = {{0x336699, "http://one"}, {0x33CC00, "http://two"}}});
+    const auto made = PdfFinisher().finish(bytesOf(pdf.bytes()),
+                                           {.linkMarks = {{0x336699, "http://one"},
+                                                          {0x33CC00, "http://two"},
+                                                          {0x00FF00, "http://left", PartOfBox{0, 0, .5, 1, 2}},
+                                                          {0x00FF00, "http://foot", PartOfBox{0, .5, 1, .5, 2}}}});
     OpenedPdf finished(made.pdf);
     Outcome outcome{{}, finished.content(0)};
     auto annotations = finished.page(0).getKey("/Annots");
@@ -65,6 +68,12 @@ TEST(PdfLinkMarks, BecomeAreasAndLeaveTheContent) {
          first + "/F gs 10 100 20 9 re f " + second + "30 100 20 9 re f",
          {"[ 10 100 30 109 ] http://one", "[ 30 100 50 109 ] http://two"},
          "\n/F gs  \n"},
+        {"parts of a box",
+         "0 1 0 rg /F gs 10 100 100 50 re 11 101 98 48 re f*",
+         {"[ 10 100 60 150 ] http://left", "[ 10 100 110 125 ] http://foot"},
+         "\n/F gs "},
+        {"parts of a box in another shape", "0 1 0 rg /F gs 10 100 100 80 re f", {}, "\n/F gs "},
+        {"parts of a box in two", "0 1 0 rg /F gs 10 100 100 50 re f 10 300 100 50 re f", {}, "\n/F gs  "},
         {"any outline", first + "/F gs 10 100 m 30 105 l 20 120 l h f*", {"[ 10 100 30 120 ] http://one"}, "\n/F gs "},
         {"fainter, as part of something faint",
          first + "/X gs 10 100 20 9 re f",
