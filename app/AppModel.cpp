@@ -290,13 +290,18 @@ void AppModel::loadPreview() {
     const MessageSummary* summary = selectedSummary();
     if (!summary) {
         previewHTML.set(std::nullopt);
+        isBuildingPreview.set(false);
         return;
     }
+    isBuildingPreview.set(true);
     inBackground(
         preview_.get_token(),
         [request = PreviewRequest{summary->url, summary->date, mailboxName(summary->mailboxID),
                                   ExportPlan::pageLabels(), surroundings_.calendar()}] { return previewPage(request); },
-        [](AppModel& model, std::string page) { model.previewHTML.set(std::move(page)); });
+        [](AppModel& model, std::string page) {
+            model.previewHTML.set(std::move(page));
+            model.isBuildingPreview.set(false);
+        });
 }
 
 void AppModel::showInFinder() {

@@ -71,6 +71,7 @@ public:
     Property<std::shared_ptr<const MailIndex>> index;   // null until the first scan has ended
     Property<MessageList> messages;                     // filtered and sorted
     Property<std::optional<std::string>> previewHTML;
+    Property<bool> isBuildingPreview;   // and previewHTML is still that of the selection before
     Property<ExportPhase> exportPhase;
 
     const MessageSummary* selectedSummary() const;   // null without; lives as long as this list

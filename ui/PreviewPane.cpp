@@ -26,44 +26,63 @@ PreviewPane::PreviewPane(AppModel& model, WebPreview::LinkOpener opener)
     status_.set_can_target(false);
     status_.set_halign(Gtk::Align::START);
     status_.set_valign(Gtk::Align::END);
-    page_.add_overlay(status_);
     accessible::hide(spinner_);
     spinner_.set_size_request(spinnerSize, spinnerSize);
     spinner_.set_can_target(false);
     spinner_.set_halign(Gtk::Align::CENTER);
     spinner_.set_valign(Gtk::Align::CENTER);
     spinner_.set_visible(false);
-    page_.add_overlay(spinner_);
-    add(empty_);
-    add(page_);
+    pages_.add(empty_);
+    pages_.add(blank_);
+    set_child(pages_);
+    add_overlay(status_);
+    add_overlay(spinner_);
     subscriptions_.push_back(model_.previewHTML.observe([this] { show(); }));
     subscriptions_.push_back(model_.selection.observe([this] { show(); }));
+    subscriptions_.push_back(model_.isBuildingPreview.observe([this] { show(); }));
     show();
 }
 
 void PreviewPane::show() {
     const auto& html = model_.previewHTML.get();
-    const bool isShown = html && model_.selection.get();
-    if (isShown) {
+    if (html && model_.selection.get()) {
         if (!preview_) makePreview();
-        if (preview_->update(*html)) showLoading(true);
+        if (preview_->update(*html)) isLoading_ = true;
     }
-    set_visible_child(isShown ? static_cast<Gtk::Widget&>(page_) : empty_);
+    showProgress();
 }
 
 void PreviewPane::makePreview() {
     preview_ = std::make_unique<WebPreview>(opener_);
-    preview_->onLoaded = [this] { showLoading(false); };
+    preview_->onLoaded = [this] {
+        isLoading_ = false;
+        showProgress();
+    };
     Gtk::Widget* web = Glib::wrap(preview_->widget());
     accessible::setLabel(*web, tr("Message preview"));
-    page_.set_child(*web);
+    pages_.add(*web);
 }
 
-void PreviewPane::showLoading(bool isLoading) {
-    status_.set_text(isLoading ? tr("Loading the preview") : tr("The preview is loaded"));
-    patience_ = isLoading ? mainLoop::Timer(soon, [this] { spinner_.set_visible(); }) : mainLoop::Timer();
-    if (!isLoading) spinner_.set_visible(false);
-    spinner_.set_spinning(isLoading);
+void PreviewPane::showProgress() {
+    const bool isSelected = model_.selection.get().has_value();
+    const bool isBusy = isSelected && (model_.isBuildingPreview.get() || isLoading_);
+    status_.set_text(!isSelected ? "" : isBusy ? tr("Loading the preview") : tr("The preview is loaded"));
+    isLate_ = isLate_ && isBusy;
+    patience_ = isBusy && !isLate_ ? mainLoop::Timer(soon,
+                                                     [this] {
+                                                         isLate_ = true;
+                                                         showProgress();
+                                                     })
+                                   : mainLoop::Timer();
+    spinner_.set_visible(isLate_);
+    spinner_.set_spinning(isLate_);
+    pages_.set_visible_child(page());
+}
+
+Gtk::Widget& PreviewPane::page() {
+    if (model_.selection.get() && model_.previewHTML.get()) return *Glib::wrap(preview_->widget());
+    if (isLate_) return blank_;
+    return empty_;
 }
 
 }   // namespace ostrel

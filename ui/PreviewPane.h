@@ -8,6 +8,7 @@
 #include <memory>
 #include <vector>
 
+#include <gtkmm/box.h>
 #include <gtkmm/label.h>
 #include <gtkmm/overlay.h>
 #include <gtkmm/spinner.h>
@@ -16,7 +17,7 @@
 namespace ostrel {
 
 // The selected message as it will look on paper. Its page stays until that of the next message has come.
-class PreviewPane : public Gtk::Stack {
+class PreviewPane : public Gtk::Overlay {
 public:
     // opener gets the addresses that the reader clicks.
     PreviewPane(AppModel& model, WebPreview::LinkOpener opener);
@@ -24,14 +25,17 @@ public:
 private:
     void show();
     void makePreview();
-    void showLoading(bool isLoading);
+    void showProgress();
+    Gtk::Widget& page();
 
     AppModel& model_;
     WebPreview::LinkOpener opener_;
+    Gtk::Stack pages_;
     EmptyState empty_;
-    Gtk::Overlay page_;
+    Gtk::Box blank_;         // where the first page takes its time
     Gtk::Label status_;      // for screen readers: the page itself tells them nothing when it comes
-    Gtk::Spinner spinner_;   // for the others, where a page takes its time
+    Gtk::Spinner spinner_;   // for the others
+    bool isLoading_ = false, isLate_ = false;
     mainLoop::Timer patience_;
     std::unique_ptr<WebPreview> preview_;   // made with the first page: it starts the engine
     std::vector<Subscription> subscriptions_;
