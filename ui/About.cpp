@@ -14,7 +14,7 @@ using i18n::tr;
 
 namespace {
 
-constexpr int lineCharacters = 50;
+constexpr int lineCharacters = 42;
 
 // The panel makes its own labels, and opens with the first that can be selected focused and selected.
 void adjustLabels(Gtk::Widget& part, const std::string& credits) {

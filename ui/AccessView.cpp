@@ -28,7 +28,8 @@ std::filesystem::path ownProgram() {
 
 }   // namespace
 
-AccessView::AccessView(AppModel& model, Desktop& desktop) : content_(Gtk::Orientation::VERTICAL, spacing) {
+AccessView::AccessView(AppModel& model, Desktop& desktop, Mnemonics mnemonics)
+    : mnemonics_(std::move(mnemonics)), content_(Gtk::Orientation::VERTICAL, spacing) {
     auto& image = *Gtk::make_managed<Gtk::Image>();
     image.set_from_icon_name(symbols::iconName("lock.shield"));
     image.set_pixel_size(symbolSize);
@@ -67,7 +68,8 @@ AccessView::AccessView(AppModel& model, Desktop& desktop) : content_(Gtk::Orient
         *Gtk::make_managed<Gtk::Label>(tr("Rather not? You can also export from a copy of your Mail folder."));
     wrapFromLeft(otherwise);
     otherwise.set_margin_top(spacing);
-    auto& choose = *Gtk::make_managed<Gtk::Button>(tr("Choose a Folder…"));
+    auto& choose = *Gtk::make_managed<Gtk::Button>();
+    mnemonics_.write(choose, tr("Choose a Folder…"));
     choose.set_action_name("app.choose-folder");
     choose.set_halign(Gtk::Align::START);
     content_.append(otherwise);
@@ -95,7 +97,8 @@ void AccessView::addStep(unsigned number, const std::string& title, const std::s
         wrapFromLeft(*label);
         step.append(*label);
     }
-    auto& action = *Gtk::make_managed<Gtk::Button>(button);
+    auto& action = *Gtk::make_managed<Gtk::Button>();
+    mnemonics_.write(action, button);
     action.set_halign(Gtk::Align::START);
     action.set_margin_top(spacing / 2);
     action.signal_clicked().connect(std::move(run));

@@ -2,6 +2,7 @@
 
 #include "app/AppModel.h"
 #include "app/Desktop.h"
+#include "ui/Mnemonics.h"
 
 #include <functional>
 #include <string>
@@ -14,13 +15,14 @@ namespace ostrel {
 // The main window where the mail folder may not be read: how to allow it, in three steps.
 class AccessView : public Gtk::ScrolledWindow {
 public:
-    AccessView(AppModel& model, Desktop& desktop);
+    AccessView(AppModel& model, Desktop& desktop, Mnemonics mnemonics);
 
 private:
     void addStep(unsigned number, const std::string& title, const std::string& text, const std::string& button,
                  std::function<void()> run);
     void addPromise(const char* symbol, const std::string& text);
 
+    Mnemonics mnemonics_;
     Gtk::Box content_;
 };
 

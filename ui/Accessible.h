@@ -8,6 +8,8 @@
 namespace ostrel::accessible {
 
 inline void setLabel(Gtk::Widget& widget, const std::string& label) {
+    // A button with a mnemonic is named by what is written on it too, and would be read twice.
+    gtk_accessible_reset_relation(GTK_ACCESSIBLE(widget.gobj()), GTK_ACCESSIBLE_RELATION_LABELLED_BY);
     gtk_accessible_update_property(GTK_ACCESSIBLE(widget.gobj()), GTK_ACCESSIBLE_PROPERTY_LABEL, label.c_str(), -1);
 }
 

@@ -1,15 +1,12 @@
 #include "ui/ExportBar.h"
 
 #include "platform/Translation.h"
-#include "ui/Accessible.h"
 #include "ui/Mnemonics.h"
 
 namespace ostrel {
 
 ExportBar::ExportBar(AppModel& model, Mnemonics& mnemonics)
-    : Gtk::Box(Gtk::Orientation::HORIZONTAL, 12),
-      model_(model),
-      export_(mnemonics.mark(i18n::tr("Export to PDF…")), true) {
+    : Gtk::Box(Gtk::Orientation::HORIZONTAL, 12), model_(model) {
     add_css_class("bar");
     add_css_class("export-bar");
     count_.add_css_class("numeric");
@@ -18,7 +15,7 @@ ExportBar::ExportBar(AppModel& model, Mnemonics& mnemonics)
     count_.set_hexpand();
     export_.add_css_class("suggested-action");
     export_.set_action_name("app.export");
-    accessible::setLabel(export_, i18n::tr("Export to PDF…"));
+    mnemonics.write(export_, i18n::tr("Export to PDF…"));
     append(count_);
     append(export_);
     subscriptions_.push_back(model_.messages.observe([this] { show(); }));

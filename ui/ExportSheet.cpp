@@ -33,13 +33,8 @@ ExportSheet::ExportSheet(AppModel& model, Desktop& desktop, Gtk::Window& parent)
                    &AppSettings::includeAttachments),
       index_(model, tr("Write an index (index.csv: date, from, to, subject, file)"), &AppSettings::includeIndex),
       paper_(model),
-      close_(tr("Cancel")),
-      choose_(tr("Choose Folder and Export…")),
       progressTitle_("square.and.arrow.up", tr("Exporting…"), titleSymbolSize),
-      stop_(tr("Cancel Export")),
-      summaryTitle_("checkmark.circle.fill", "", titleSymbolSize),
-      reveal_(tr("Show in Finder")),
-      finish_(tr("Done")) {
+      summaryTitle_("checkmark.circle.fill", "", titleSymbolSize) {
     buildOptions();
     buildProgress();
     buildSummary();
@@ -48,7 +43,11 @@ ExportSheet::ExportSheet(AppModel& model, Desktop& desktop, Gtk::Window& parent)
     faces_.set_vhomogeneous(false);
     faces_.set_hhomogeneous(false);
     content().append(faces_);
-    for (Gtk::Button* button : {&close_, &choose_, &stop_, &reveal_, &finish_}) buttons().append(*button);
+    addButton(close_, tr("Cancel"));
+    addButton(choose_, tr("Choose Folder and Export…"));
+    addButton(stop_, tr("Cancel Export"));
+    addButton(reveal_, tr("Show in Finder"));
+    addButton(finish_, tr("Done"));
     for (Gtk::Button* button : {&choose_, &finish_}) button->add_css_class("suggested-action");
 
     subscriptions_.push_back(this->model().messages.observe([this] { showCount(); }));

@@ -32,7 +32,6 @@ FilterBar::FilterBar(AppModel& model, Mnemonics& mnemonics)
       model_(model),
       start_(mnemonics.mark(tr("From date")), tr("From date")),
       end_(mnemonics.mark(tr("To date")), tr("To date")),
-      clear_(mnemonics.mark(tr("Clear")), true),
       texts_(spacing, spacing),
       days_(spacing + spacing / 2, spacing) {
     add_css_class("filter-bar");
@@ -40,7 +39,8 @@ FilterBar::FilterBar(AppModel& model, Mnemonics& mnemonics)
     prepare(subject_, tr("Subject contains"), tr("Filter by subject"));
     clear_.set_tooltip_text(tr("Clear the person, subject and date filters"));
     clear_.set_action_name("app.clear-filters");
-    accessible::setLabel(clear_, tr("Clear"));
+    clear_.signal_clicked().connect([this] { person_.grab_focus(); });   // it is gone now, and the focus with it
+    mnemonics.write(clear_, tr("Clear"));
     texts_.append(person_);
     texts_.append(subject_);
     for (Gtk::Widget* child : std::initializer_list<Gtk::Widget*>{&start_, &end_, &clear_}) days_.append(*child);
@@ -72,7 +72,6 @@ void FilterBar::show() {
     showText(subject_, filter.subject);
     start_.setDate(filter.startDay);
     end_.setDate(filter.endDay);
-    if (clear_.has_focus() && !filter.hasCriteria()) person_.grab_focus();
     clear_.set_visible(filter.hasCriteria());
     isShowing_ = false;
 }

@@ -1,5 +1,7 @@
 #include "ui/Mnemonics.h"
 
+#include "ui/Accessible.h"
+
 #include <cstddef>
 
 namespace ostrel {
@@ -25,6 +27,12 @@ std::string Mnemonics::mark(const std::string& text) {
         if (text[i] == '_') marked += '_';
     }
     return marked;
+}
+
+void Mnemonics::write(Gtk::Button& button, const std::string& text) {
+    button.set_label(mark(text));
+    button.set_use_underline();
+    accessible::setLabel(button, text);
 }
 
 void Mnemonics::take(const std::string& marked) {

@@ -3,6 +3,8 @@
 #include <set>
 #include <string>
 
+#include <gtkmm/button.h>
+
 namespace ostrel {
 
 // Gives the texts of one menu or one window a letter each that Alt (or in a menu the letter alone) chooses them by.
@@ -13,6 +15,8 @@ public:
     // back without where no letter is free. Underscores of the text itself are doubled.
     std::string mark(const std::string& text);
 
+    // Writes the text on the button, marked; to a screen reader it is the text alone.
+    void write(Gtk::Button& button, const std::string& text);
     // The letter of a text that is marked already is taken.
     void take(const std::string& marked);
 

@@ -15,20 +15,20 @@ constexpr int margin = 24, spacing = 12, symbolSize = 64, lineCharacters = 56;
 
 }   // namespace
 
-NoMailView::NoMailView(AppModel& model)
+NoMailView::NoMailView(AppModel& model, Mnemonics mnemonics)
     : model_(model),
       content_(Gtk::Orientation::VERTICAL, spacing),
       buttons_(Gtk::Orientation::HORIZONTAL, spacing),
-      title_(tr("No Mail folder found")),
-      choose_(tr("Choose a Folder…")),
-      standard_(tr("Use Apple Mail’s Folder")),
-      again_(tr("Check Again")) {
+      title_(tr("No Mail folder found")) {
     image_.set_from_icon_name(symbols::iconName("envelope.badge.shield.half.filled"));
     image_.set_pixel_size(symbolSize);
     image_.add_css_class("dim-label");
     accessible::hide(image_);
     title_.add_css_class("title-2");
     for (Gtk::Label* label : {&title_, &text_}) wrapCentered(*label, lineCharacters);
+    mnemonics.write(choose_, tr("Choose a Folder…"));
+    mnemonics.write(standard_, tr("Use Apple Mail’s Folder"));
+    mnemonics.write(again_, tr("Check Again"));
     choose_.set_action_name("app.choose-folder");
     choose_.add_css_class("suggested-action");
     standard_.set_action_name("app.use-default-folder");

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/AppModel.h"
+#include "ui/Mnemonics.h"
 
 #include <gtkmm/box.h>
 #include <gtkmm/button.h>
@@ -13,7 +14,7 @@ namespace ostrel {
 // The main window where there is no mail folder.
 class NoMailView : public Gtk::ScrolledWindow {
 public:
-    explicit NoMailView(AppModel& model);
+    NoMailView(AppModel& model, Mnemonics mnemonics);
 
 private:
     void show();

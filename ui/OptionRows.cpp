@@ -58,6 +58,7 @@ PaperRow::PaperRow(AppModel& model)
     a4_.set_group(letter_);
     for (const auto& [button, paper] : {std::pair(&letter_, Paper::letter), std::pair(&a4_, Paper::a4)}) {
         segments_.append(*button);
+        button->set_focus_on_click(false);   // Return stays with the window's own button
         button->signal_toggled().connect([this, button = button, paper = paper] {
             if (button->get_active()) change(model_, &AppSettings::paper, paper);
         });

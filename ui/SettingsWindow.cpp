@@ -15,7 +15,7 @@ namespace {
 
 using i18n::tr;
 
-constexpr int width = 560, height = 520, margin = 24, spacing = 12;
+constexpr int width = 560, height = 560, margin = 24, spacing = 12;
 
 }   // namespace
 
@@ -25,7 +25,8 @@ SettingsWindow::SettingsWindow(AppModel& model) : model_(model), form_(Gtk::Orie
 
     addMailFolder(addSection(tr("Mail folder")));
     addExports(addSection(tr("Exports")));
-    auto& welcome = *Gtk::make_managed<Gtk::Button>(tr("Show the Welcome Screen Again"));
+    auto& welcome = *Gtk::make_managed<Gtk::Button>();
+    mnemonics_.write(welcome, tr("Show the Welcome Screen Again"));
     welcome.set_action_name("app.show-welcome");
     welcome.set_halign(Gtk::Align::START);
     addSection(tr("Getting started")).append(welcome);
@@ -72,9 +73,10 @@ void SettingsWindow::addMailFolder(Gtk::Box& section) {
     note.add_css_class("caption");
     note.add_css_class("dim-label");
     auto& buttons = *Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, spacing);
-    choose_.set_label(tr("Choose a Folder…"));
+    mnemonics_.write(choose_, tr("Choose a Folder…"));
     choose_.set_action_name("app.choose-folder");
-    auto& standard = *Gtk::make_managed<Gtk::Button>(tr("Use Apple Mail’s Folder"));
+    auto& standard = *Gtk::make_managed<Gtk::Button>();
+    mnemonics_.write(standard, tr("Use Apple Mail’s Folder"));
     standard.set_action_name("app.use-default-folder");
     buttons.append(choose_);
     buttons.append(standard);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/AppModel.h"
+#include "ui/Mnemonics.h"
 
 #include <string>
 
@@ -27,6 +28,7 @@ private:
     void showFolder();
 
     AppModel& model_;
+    Mnemonics mnemonics_;
     Gtk::ScrolledWindow scroller_;
     Gtk::Box form_;
     Gtk::Label folder_;

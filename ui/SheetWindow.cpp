@@ -49,6 +49,12 @@ SheetWindow::SheetWindow(AppModel& model, Gtk::Window& parent, const std::string
     add_controller(keys);
 }
 
+void SheetWindow::addButton(Gtk::Button& button, const std::string& text) {
+    mnemonics_.write(button, text);
+    button.set_focus_on_click(false);
+    buttons_.append(button);
+}
+
 // The scrolled window does not know how its lines will break.
 void SheetWindow::fit() {
     const int width = textScale::scaled(usualWidth), mostHeight = textScale::scaled(usualMostHeight);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/AppModel.h"
+#include "ui/Mnemonics.h"
 
 #include <string>
 
@@ -23,8 +24,8 @@ protected:
     AppModel& model() { return model_; }
     // Where the sheet's own widgets go, above its buttons.
     Gtk::Box& content() { return content_; }
-    // Buttons from left to right.
-    Gtk::Box& buttons() { return buttons_; }
+    // Buttons from left to right. Clicks leave the focus where it is, so that Return goes on to mean the default.
+    void addButton(Gtk::Button& button, const std::string& text);
     // Makes the sheet as high as its content, where the display allows. When the content is complete, and when it
     // becomes another.
     void fit();
@@ -35,6 +36,7 @@ protected:
 
 private:
     AppModel& model_;
+    Mnemonics mnemonics_;
     Gtk::HeaderBar header_;
     Gtk::ScrolledWindow scroller_;
     Gtk::Box body_, content_, buttons_;

@@ -72,13 +72,13 @@ WelcomeSheet::WelcomeSheet(AppModel& model, Gtk::Window& parent) : SheetWindow(m
                    "asks for Full Disk Access to read Mail’s folder.")));
     content().append(features);
 
-    auto& help = *Gtk::make_managed<Gtk::Button>(tr("Help"));
+    auto& help = *Gtk::make_managed<Gtk::Button>();
     help.set_action_name("app.help");
-    auto& start = *Gtk::make_managed<Gtk::Button>(tr("Get Started"));
+    auto& start = *Gtk::make_managed<Gtk::Button>();
     start.add_css_class("suggested-action");
     start.signal_clicked().connect([this] { begin(); });
-    buttons().append(help);
-    buttons().append(start);
+    addButton(help, tr("Help"));
+    addButton(start, tr("Get Started"));
     set_default_widget(start);
     set_focus(start);
     fit();
