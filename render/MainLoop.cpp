@@ -1,5 +1,6 @@
 #include "render/MainLoop.h"
 
+#include "platform/Translation.h"
 #include "render/GRef.h"
 
 #include <array>
@@ -46,7 +47,7 @@ gboolean takeInterrupt(gint descriptor, GIOCondition, gpointer data) noexcept {
 }
 
 void watch(int descriptor, const Task& handler) {
-    if (descriptor < 0) throw std::runtime_error("This system gives no way to notice an interrupt.");
+    if (descriptor < 0) throw std::runtime_error(i18n::tr("This system gives no way to notice an interrupt."));
     g_unix_fd_add_full(G_PRIORITY_DEFAULT, descriptor, G_IO_IN, takeInterrupt, new Task(handler), deleteTask);
 }
 

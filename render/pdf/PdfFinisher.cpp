@@ -1,5 +1,6 @@
 #include "render/pdf/PdfFinisher.h"
 
+#include "platform/Translation.h"
 #include "render/pdf/FontSubsetter.h"
 #include "render/pdf/GlyphOutline.h"
 #include "render/pdf/PageText.h"
@@ -27,8 +28,10 @@
 
 namespace ostrel {
 
+using i18n::tr;
+
 PdfError::PdfError(const std::string& reason)
-    : std::runtime_error("The printed page is not a PDF that can be read: " + reason) {}
+    : std::runtime_error(i18n::filled(tr("The printed page is not a PDF that can be read: %@"), reason)) {}
 
 struct PdfFinisher::Memory {
     FontSubsetter fonts;
@@ -48,7 +51,7 @@ void open(QPDF& file, ByteView printed) {
     auto count = file.getRoot().getKey("/Pages").getKey("/Count");
     const auto pages = file.getAllPages().size();
     if (pages == 0 || !count.isInteger() || count.getIntValue() != static_cast<long long>(pages))
-        throw std::runtime_error("pages are missing");
+        throw std::runtime_error(tr("pages are missing"));
 }
 
 // "D:20240305090742Z" (ISO 32000-1 §7.9.4); nothing for years that have no four digits.
@@ -99,7 +102,7 @@ void reduce(QPDF& file, std::string_view html, FontSubsetter& fonts, FinishRepor
     auto contents = pdf::contentsOf(file);
     for (auto& content : contents) {
         const auto text = pdf::decoded(content.stream);
-        if (!text) throw std::runtime_error("content cannot be decoded");
+        if (!text) throw std::runtime_error(tr("its content cannot be decoded"));
         use.read(*text, content.resources);
         if (auto outline = pdf::shorterOutline(*text))
             outlines.emplace(content.stream.getObjGen(), std::move(*outline));

@@ -1,6 +1,7 @@
 #include "render/pdf/PdfPages.h"
 
 #include "platform/Text.h"
+#include "platform/Translation.h"
 #include "render/pdf/PdfStreams.h"
 
 #include <algorithm>
@@ -88,7 +89,7 @@ std::string contentOf(QPDFPageObjectHelper& page) {
     std::string all;
     for (auto& part : page.getPageContents()) {
         auto text = decoded(part);
-        if (!text) throw std::runtime_error("page content cannot be decoded");
+        if (!text) throw std::runtime_error(i18n::tr("its content cannot be decoded"));
         all += *text;
         all += '\n';
     }
@@ -167,7 +168,7 @@ std::size_t layOutPages(QPDF& file, const FinishOptions& options) {
     std::size_t number = 0, placedLinks = 0;
     for (auto& page : document.getAllPages()) {
         auto box = page.getMediaBox();
-        if (!box.isRectangle()) throw std::runtime_error("page without a size");
+        if (!box.isRectangle()) throw std::runtime_error(i18n::tr("a page has no size"));
         const Placement placement(box.getArrayAsRectangle(), options);
         place(file, page, placement, patterns);
 
