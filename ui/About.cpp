@@ -24,6 +24,7 @@ void adjustLabels(Gtk::Widget& part, const std::string& credits) {
             label->add_css_class("caption");
             label->add_css_class("dim-label");
             label->set_max_width_chars(lineCharacters);
+            label->set_halign(Gtk::Align::CENTER);   // else its lines are as long as the panel is wide
         }
     }
     for (Gtk::Widget* child = part.get_first_child(); child != nullptr; child = child->get_next_sibling())
