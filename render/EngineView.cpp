@@ -107,9 +107,11 @@ void EngineView::install(WebKitUserContentFilter* offlineRules) {
     if (offlineRules) webkit_user_content_manager_add_filter(content_.get(), offlineRules);
 }
 
-void EngineView::setPageMargins(double verticalPoints, double horizontalPoints) {
+bool EngineView::setPageMargins(double verticalPoints, double horizontalPoints) {
     const std::string rule = "@page{margin:" + points(verticalPoints) + " " + points(horizontalPoints) + " !important}";
-    if (rule != pageRule_) replaceUserStyles(rule);
+    if (rule == pageRule_) return false;
+    replaceUserStyles(rule);
+    return true;
 }
 
 void EngineView::replaceUserStyles(const std::string& pageRule) {

@@ -25,8 +25,9 @@ public:
 
     // Before the first load; null: the engine goes on without the list.
     void install(WebKitUserContentFilter* offlineRules);
-    // Paper and margins that the pages of this view get when printed, whatever the page itself asks for, in points.
-    void setPageMargins(double verticalPoints, double horizontalPoints);
+    // The margins that the pages of this view get when printed, whatever the page itself asks for, in points. False when
+    // they had these before.
+    bool setPageMargins(double verticalPoints, double horizontalPoints);
     // Loads a page from its text, of any size and content. Relative addresses lead nowhere. One load at a time: the
     // next one waits until this one is committed or has failed.
     void load(std::string html);

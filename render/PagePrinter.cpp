@@ -211,10 +211,21 @@ void PagePrinter::squeeze() {
     measure(pageScripts::squeezeAndMeasure);
 }
 
+// A layout for other margins must stand before the print begins: the engine's own, within the print, puts what just
+// fits at the end of a sheet now on this one and now on the next.
 void PagePrinter::startPrinting() {
+    phase_ = Phase::measuring;
+    if (!view_->setPageMargins(pageGeometry::verticalMargin * enlargement_,
+                               pageGeometry::horizontalMargin * enlargement_))
+        return printNow();
+    evaluate("document.documentElement.offsetHeight", [page = page_](PagePrinter& self, GAsyncResult*) {
+        if (self.page_ == page && self.phase_ == Phase::measuring) self.printNow();
+    });
+}
+
+void PagePrinter::printNow() {
     phase_ = Phase::printing;
     limit_ = mainLoop::Timer(limitFor(limits_.print, limits_, html_->size()), [this] { tooSlow(limits_.print); });
-    view_->setPageMargins(pageGeometry::verticalMargin * enlargement_, pageGeometry::horizontalMargin * enlargement_);
     const auto setup = filePrinter::pageSetup(paper_, enlargement_);
     const auto settings = filePrinter::settingsFor(output_, setup.get());
     if (!settings) return fail(RenderError::Kind::writeFailed, tr("This system’s toolkit cannot print to a file."));

@@ -51,6 +51,7 @@ private:
     void measured(double contentWidth);
     void squeeze();
     void startPrinting();
+    void printNow();
     void printFinished();
     bool mayLackItsRightEdge() const;
     void printWider();

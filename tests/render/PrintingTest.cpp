@@ -78,6 +78,17 @@ TEST_F(Printing, FindsRoomForContentOfAnyWidth) {
     }
 }
 
+// Rows that just fit at the end of a sheet must not be here today and there tomorrow.
+TEST_F(Printing, BreaksWidePagesInTheSamePlacesEveryTime) {
+    for (int height = 20; height < 30; ++height) {
+        std::string html = "<style>td{height:" + std::to_string(height) + "px}</style><table style='width:1500px'>";
+        for (int row = 1; row <= 120; ++row) html += "<tr><td>row" + std::to_string(row);
+        std::vector<std::string> firstWords;
+        for (int time = 0; time < 3; ++time) firstWords.push_back(readSheets(print(html)).at(1).words.at(0).text);
+        EXPECT_EQ(firstWords, std::vector(3, firstWords[0])) << height;
+    }
+}
+
 TEST_F(Printing, KeepsTheBottomOfPagesMadeForAScreen) {
     std::string lines;
     for (int i = 0; i < 120; ++i) lines += "<p>line</p>";
