@@ -1,8 +1,8 @@
 #include "render/pdf/PdfDrawnFonts.h"
 
 #include "render/pdf/GlyphOutline.h"
+#include "render/pdf/PdfRecoding.h"
 #include "render/pdf/PdfStreams.h"
-#include "render/pdf/PdfTokens.h"
 #include "render/pdf/ToUnicode.h"
 
 #include <algorithm>
@@ -126,9 +126,9 @@ std::optional<DrawnFont> understood(QPDFObjectHandle font, const CodeSet& shown,
     auto widths = font.getKey("/Widths"), first = font.getKey("/FirstChar"), procedures = font.getKey("/CharProcs");
     const auto cmap = font.getKey("/ToUnicode").isStream() ? decoded(font.getKey("/ToUnicode")) : std::nullopt;
     const auto texts = cmap ? parseToUnicode(*cmap) : std::nullopt;
-    const bool isKnown = box && box != noBox && (*box)[0] <= (*box)[2] && matrix && (*matrix)[5] == 0 && names &&
-                         names->contains(0) && widths.isArray() && first.isInteger() && first.getIntValue() == 0 &&
-                         procedures.isDictionary() && texts && texts->codeBytes == 1;
+    const bool isKnown = box && box != noBox && (*box)[0] <= (*box)[2] && matrix && (*matrix)[2] == 0 &&
+                         (*matrix)[5] == 0 && names && names->contains(0) && widths.isArray() && first.isInteger() &&
+                         first.getIntValue() == 0 && procedures.isDictionary() && texts && texts->codeBytes == 1;
     if (!isKnown || widths.getArrayNItems() == 0 || !(widths.getArrayItem(0).getNumericValue() > 0))
         return std::nullopt;
 
@@ -146,102 +146,6 @@ std::optional<DrawnFont> understood(QPDFObjectHandle font, const CodeSet& shown,
     }
     return drawn;
 }
-
-// What a member becomes, in a content's own names.
-struct Target {
-    const std::map<int, unsigned char>* codes;
-    std::string name;   // of the joined font
-};
-using Targets = std::map<std::string, Target, std::less<>>;   // by the members' names
-
-// Rewrites content that shows members to show what they became part of.
-class Rewriter {
-public:
-    explicit Rewriter(const Targets& targets) : targets_(targets) {}
-
-    // Nothing when the content depends on the codes in another way.
-    std::optional<std::string> rewritten(std::string_view content) {
-        Tokens tokens(content);
-        std::vector<Token> operands;
-        while (const auto token = tokens.next()) {
-            if (token->kind != Token::Kind::word || token->isNumber()) {
-                operands.push_back(*token);
-            } else if (!apply(content, *token, operands)) {
-                return std::nullopt;
-            } else {
-                operands.clear();
-            }
-        }
-        if (tokens.isBroken()) return std::nullopt;
-        out_ += content.substr(done_);
-        return std::move(out_);
-    }
-
-private:
-    struct State {
-        const Target* target = nullptr;   // what the content set; null: a font that stays
-        std::string_view size{};
-        std::string_view shownName{}, shownSize{};   // what the new content has set; empty: what stays
-    };
-
-    bool apply(std::string_view content, const Token& op, const std::vector<Token>& operands) {
-        const auto positionOf = [&](const Token& token) {
-            return static_cast<std::size_t>(token.text.data() - content.data());
-        };
-        if (op.text == "q") {
-            saved_.push_back(now_);
-        } else if (op.text == "Q") {
-            now_ = saved_.empty() ? State{} : saved_.back();
-            if (!saved_.empty()) saved_.pop_back();
-        } else if (op.text == "Tf") {
-            if (operands.size() != 2 || operands[0].kind != Token::Kind::name || !operands[1].isNumber()) return false;
-            const auto target = targets_.find(operands[0].text);
-            now_ = target == targets_.end() ? State{}
-                                            : State{&target->second, operands[1].text, now_.shownName, now_.shownSize};
-            if (!now_.target) return true;
-            copyUntil(content, positionOf(operands[0]) - 1);   // with its slash
-            done_ = positionOf(op) + op.text.size();
-            if (done_ < content.size() && content[done_] == '\n') ++done_;
-        } else if (op.text == "Tj" || op.text == "TJ" || op.text == "'" || op.text == "\"") {
-            if (!now_.target) return true;
-            if (operands.empty() || op.text == "\"") return false;
-            setFont(content, operands, positionOf);
-            for (const auto& operand : operands)
-                if (operand.kind == Token::Kind::string) recode(content, operand, positionOf(operand) - 1);
-        }
-        return op.text != "Tw";
-    }
-
-    void copyUntil(std::string_view content, std::size_t end) {
-        out_ += content.substr(done_, end - done_);
-        done_ = end;
-    }
-
-    template <typename PositionOf>
-    void setFont(std::string_view content, const std::vector<Token>& operands, const PositionOf& positionOf) {
-        if (now_.shownName == now_.target->name && now_.shownSize == now_.size) return;
-        const bool hasBracket = operands[0].kind == Token::Kind::string;
-        copyUntil(content, positionOf(operands[0]) - (hasBracket ? 1 : 0));
-        ((((out_ += '/') += now_.target->name) += ' ') += now_.size) += " Tf\n";
-        now_.shownName = now_.target->name;
-        now_.shownSize = now_.size;
-    }
-
-    void recode(std::string_view content, const Token& text, std::size_t begin) {
-        copyUntil(content, begin);
-        out_ += '(';
-        for (const char byte : text.bytes())
-            out_ += static_cast<char>(now_.target->codes->at(static_cast<unsigned char>(byte)));
-        out_ += ')';
-        done_ = begin + text.text.size() + 2;
-    }
-
-    const Targets& targets_;
-    std::string out_;
-    std::size_t done_ = 0;   // of the content
-    State now_;
-    std::vector<State> saved_;
-};
 
 // A number without its sign, or with one.
 QPDFObjectHandle opposite(QPDFObjectHandle number) {
@@ -276,10 +180,10 @@ public:
         std::vector<QPDFObjectHandle> fontNames;
         for (auto& content : contents) {
             auto fonts = fontsIn(content.resources);
-            const auto targets = targetsIn(fonts);
-            if (targets.empty()) continue;
+            const auto newFonts = newFontsIn(fonts);
+            if (newFonts.empty()) continue;
             const auto before = decoded(content.stream);
-            auto after = before ? Rewriter(targets).rewritten(*before) : std::nullopt;
+            auto after = before ? recoded(*before, newFonts) : std::nullopt;
             if (!after || !rewritten.emplace(content.stream.getObjGen(), std::move(*after)).second) return false;
             fontNames.push_back(fonts);
         }
@@ -305,24 +209,24 @@ private:
     }
 
     // The joined font goes by the first of its members' names.
-    Targets targetsIn(QPDFObjectHandle fonts) const {
+    NewFonts newFontsIn(QPDFObjectHandle fonts) const {
         std::map<std::size_t, std::string> names;
-        Targets targets;
+        NewFonts newFonts;
         for (const auto& key : fonts.getKeys()) {
             const auto id = fonts.getKey(key).getObjGen();
             const auto at = placeOf_.find(id);
             if (at == placeOf_.end()) continue;
             const auto name = key.substr(1);
-            targets.emplace(name,
-                            Target{&joined_[at->second].codes.at(id), names.emplace(at->second, name).first->second});
+            newFonts.emplace(name,
+                             NewFont{&joined_[at->second].codes.at(id), names.emplace(at->second, name).first->second});
         }
-        return targets;
+        return newFonts;
     }
 
     void rename(QPDFObjectHandle& fonts) {
-        for (const auto& [name, target] : targetsIn(fonts)) {
+        for (const auto& [name, font] : newFontsIn(fonts)) {
             const auto at = placeOf_.at(fonts.getKey("/" + name).getObjGen());
-            if (name == target.name)
+            if (name == font.name)
                 fonts.replaceKey("/" + name, made_[at]);
             else
                 fonts.removeKey("/" + name);

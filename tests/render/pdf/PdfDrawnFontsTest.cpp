@@ -11,15 +11,19 @@ namespace {
 using test::OpenedPdf, test::ref, test::SamplePdf;
 
 // As the engine writes it: one code in use besides the first, which stands for what the typeface lacks.
-std::string drawnFont(SamplePdf& pdf, const std::string& text, const std::string& face = "Song",
-                      const std::string& left = "0", const std::string& name = "g21",
-                      const std::string& outline = "0 0 m 9 -7 l 5 -3 l 6 -4 l 7 -5 l 0 0 l h f") {
-    auto meaning = pdf.stream("<< >>", "1 beginbfchar\n<01> <" + text + ">\nendbfchar\n");
-    auto glyph = pdf.stream("<< >>", "1000 0 0 -7 9 0 d1 " + outline);
-    return ref(pdf.object("<< /Type /Font /Subtype /Type3 /FontBBox [" + left +
-                          " 120 1000 -880] /FontMatrix [.001 0 0 -.001 0 0] /FontDescriptor << /FontName /" + face +
-                          " >> /FirstChar 0 /LastChar 1 /Widths [1000 1000] /CharProcs << /" + name + " " + ref(glyph) +
-                          " >> /Encoding << /Differences [0 /g0 /" + name + "] >> /ToUnicode " + ref(meaning) + " >>"));
+struct Drawn {
+    std::string text, face = "Song", left = "0", slant = "0", name = "g21",
+                      outline = "0 0 m 9 -7 l 5 -3 l 6 -4 l 7 -5 l 0 0 l h f";
+};
+
+std::string drawnFont(SamplePdf& pdf, const Drawn& font) {
+    auto meaning = pdf.stream("<< >>", "1 beginbfchar\n<01> <" + font.text + ">\nendbfchar\n");
+    auto glyph = pdf.stream("<< >>", "1000 0 0 -7 9 0 d1 " + font.outline);
+    return ref(
+        pdf.object("<< /Type /Font /Subtype /Type3 /FontBBox [" + font.left + " 120 1000 -880] /FontMatrix [.001 0 " +
+                   font.slant + " -.001 0 0] /FontDescriptor << /FontName /" + font.face +
+                   " >> /FirstChar 0 /LastChar 1 /Widths [1000 1000] /CharProcs << /" + font.name + " " + ref(glyph) +
+                   " >> /Encoding << /Differences [0 /g0 /" + font.name + "] >> /ToUnicode " + ref(meaning) + " >>"));
 }
 
 // "!" and "\"" are the first codes of the joined font.
@@ -41,7 +45,7 @@ TEST(PdfDrawnFonts, ContentShowsTheJoinedFont) {
     };
     for (const auto& row : rows) {
         SamplePdf pdf;
-        pdf.page(row.content, "<< /Font << /A " + drawnFont(pdf, "4E00") + " /B " + drawnFont(pdf, "4E01") +
+        pdf.page(row.content, "<< /Font << /A " + drawnFont(pdf, {"4E00"}) + " /B " + drawnFont(pdf, {"4E01"}) +
                                   " /N << /Type /Font /Subtype /Type1 /BaseFont /Courier >> >> >>");
         FinishOptions options;
         OpenedPdf finished(PdfFinisher().finish(bytesOf(pdf.bytes()), options).pdf);
@@ -66,19 +70,18 @@ TEST(PdfDrawnFonts, ContentShowsTheJoinedFont) {
 TEST(PdfDrawnFonts, OnlyFontsThatViewersTreatAlikeAreJoined) {
     const struct {
         std::string why;
-        std::string (*other)(SamplePdf&);
+        Drawn other;
     } rows[] = {
-        {"another typeface", [](SamplePdf& pdf) { return drawnFont(pdf, "4E01", "Ming"); }},
-        {"so wide that no viewer would keep its glyphs",
-         [](SamplePdf& pdf) { return drawnFont(pdf, "4E01", "Song", "-900"); }},
-        {"named like a letter, from which sizes are guessed",
-         [](SamplePdf& pdf) { return drawnFont(pdf, "4E01", "Song", "0", "m"); }},
-        {"a picture", [](SamplePdf& pdf) { return drawnFont(pdf, "4E01", "Song", "0", "g21", "/X Do"); }},
+        {"another typeface", {.text = "4E01", .face = "Ming"}},
+        {"slanted", {.text = "4E01", .slant = ".0002"}},
+        {"so wide that no viewer would keep its glyphs", {.text = "4E01", .left = "-900"}},
+        {"named like a letter, from which sizes are guessed", {.text = "4E01", .name = "m"}},
+        {"a picture", {.text = "4E01", .outline = "/X Do"}},
     };
     for (const auto& row : rows) {
         SamplePdf pdf;
         pdf.page("/A 9 Tf <01> Tj /B 9 Tf <01> Tj",
-                 "<< /Font << /A " + drawnFont(pdf, "4E00") + " /B " + row.other(pdf) + " >> >>");
+                 "<< /Font << /A " + drawnFont(pdf, {"4E00"}) + " /B " + drawnFont(pdf, row.other) + " >> >>");
         OpenedPdf finished(PdfFinisher().finish(bytesOf(pdf.bytes()), {}).pdf);
         EXPECT_NE(finished.content(0).find("/B 9 Tf"), std::string::npos) << row.why;
         EXPECT_TRUE(finished.resource(0, "/Font", "/B").isDictionary()) << row.why;
