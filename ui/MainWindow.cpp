@@ -4,6 +4,7 @@
 #include "ui/Accessible.h"
 #include "ui/ExportSheet.h"
 #include "ui/Symbols.h"
+#include "ui/TextScale.h"
 #include "ui/WelcomeSheet.h"
 
 #include <utility>
@@ -58,7 +59,7 @@ MainWindow::MainWindow(AppModel& model, Desktop& desktop, WebPreview::LinkOpener
       messages_(Gtk::Orientation::VERTICAL),
       columns_(mailboxes_, messages_, preview_) {
     set_title(tr("Ostrel"));
-    set_default_size(defaultWidth, defaultHeight);
+    set_default_size(textScale::scaled(defaultWidth), textScale::scaled(defaultHeight));
     set_hide_on_close();
     addToolbar(menuBar);
 

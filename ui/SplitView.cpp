@@ -1,5 +1,7 @@
 #include "ui/SplitView.h"
 
+#include "ui/WidgetTree.h"
+
 #include <algorithm>
 
 namespace ostrel {
@@ -29,7 +31,15 @@ void SplitView::size_allocate_vfunc(int width, int height, int baseline) {
     if (width != allocated_) set_position(std::min(wanted_, std::max(1, width - forSecond_)));   // not below the least
     allocated_ = width;
     Gtk::Paned::size_allocate_vfunc(width, height, baseline);
+    if (!get_start_child()->get_visible() || !get_end_child()->get_visible()) removeHandle();
     isAllocating_ = false;
+}
+
+// Of a column that is hidden the handle is hidden too, but takes the clicks where it was: it goes out of the way.
+void SplitView::removeHandle() {
+    constexpr int away = -1000, size = 100;
+    if (Gtk::Widget* handle = widgets::childNamed(*this, "separator"))
+        handle->size_allocate(Gtk::Allocation(away, away, size, size), -1);
 }
 
 void SplitView::positionChanged() {

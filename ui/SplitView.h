@@ -20,6 +20,7 @@ protected:
     void size_allocate_vfunc(int width, int height, int baseline) override;
 
 private:
+    void removeHandle();
     void positionChanged();
 
     int wanted_, maximum_, forSecond_ = 0;
