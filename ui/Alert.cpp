@@ -1,5 +1,6 @@
 #include "ui/Alert.h"
 
+#include "ui/Accessible.h"
 #include "ui/Labels.h"
 
 namespace ostrel {
@@ -17,6 +18,12 @@ Alert::Alert(Gtk::Window* parent, const std::string& title, const std::string& t
     for (Gtk::Widget* line = get_message_area()->get_first_child(); line != nullptr; line = line->get_next_sibling())
         if (auto* label = dynamic_cast<Gtk::Label*>(line)) wrapCentered(*label, lineCharacters);
     if (parent != nullptr) set_transient_for(*parent);
+}
+
+Gtk::Button& Alert::addAnswer(const std::string& text, int response) {
+    Gtk::Button& answer = *add_button(text, response);
+    accessible::setLabel(answer, text);
+    return answer;
 }
 
 }   // namespace ostrel

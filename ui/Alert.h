@@ -12,6 +12,8 @@ namespace ostrel {
 class Alert : public Gtk::MessageDialog {
 public:
     Alert(Gtk::Window* parent, const std::string& title, const std::string& text);
+    // A screen reader reads the text once.
+    Gtk::Button& addAnswer(const std::string& text, int response);
 
 private:
     Gtk::Box edge_;

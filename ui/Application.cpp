@@ -123,8 +123,8 @@ void Application::quit() {
     question_ = std::make_unique<Alert>(
         main_.get(), tr("An export is running"),
         tr("If you quit now, the export stops after the current message. What’s done stays, with its index."));
-    question_->add_button(tr("Keep Exporting"), Gtk::ResponseType::CANCEL);
-    question_->add_button(tr("Stop and Quit"), Gtk::ResponseType::ACCEPT)->add_css_class("destructive-action");
+    question_->addAnswer(tr("Keep Exporting"), Gtk::ResponseType::CANCEL);
+    question_->addAnswer(tr("Stop and Quit"), Gtk::ResponseType::ACCEPT).add_css_class("destructive-action");
     question_->set_default_response(Gtk::ResponseType::CANCEL);
     question_->signal_response().connect([this](int response) {
         question_->hide();

@@ -27,7 +27,7 @@ std::function<Gtk::Window*()>& frontWindow() {
 
 void alert(const std::string& title, const std::string& text) {
     auto* dialog = new Alert(frontWindow()(), title, text);
-    dialog->add_button(tr("OK"), Gtk::ResponseType::OK);
+    dialog->addAnswer(tr("OK"), Gtk::ResponseType::OK);
     dialog->signal_response().connect([dialog](int) {
         dialog->hide();
         Glib::signal_idle().connect_once([dialog] { delete dialog; });

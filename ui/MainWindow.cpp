@@ -145,7 +145,7 @@ void MainWindow::showProblem() {
     const auto& problem = model_.problem.get();
     if (!problem) return;
     alert_ = std::make_unique<Alert>(this, tr("Something went wrong"), *problem);
-    alert_->add_button(tr("OK"), Gtk::ResponseType::OK);
+    alert_->addAnswer(tr("OK"), Gtk::ResponseType::OK);
     alert_->signal_response().connect([this](int) {
         alert_->hide();
         Glib::signal_idle().connect_once([this] { model_.problem.set(std::nullopt); });
