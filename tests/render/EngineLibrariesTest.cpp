@@ -5,6 +5,7 @@
 #include "render/TemporaryFolder.h"
 #include "tests/render/EngineProcess.h"
 
+#include <algorithm>
 #include <fstream>
 #include <functional>
 #include <future>
@@ -46,6 +47,24 @@ TEST(EngineLibraries, HaveTheEngineStoreItsStreams) {
             EXPECT_FALSE(object.getDict().hasKey("/Filter")) << object.getDict().unparse();
         }
         EXPECT_GE(streams, 3);
+    });
+}
+
+// They stay in memory until the last page is printed: eighty pages of such a text took 500 MB more.
+TEST(EngineLibraries, HaveTheEnginePackLargePictures) {
+    std::string html = "<div style='filter:contrast(1.1)'>";
+    for (int i = 0; i < 100; ++i) html += "<p>Words that the engine prints as a picture of the whole page";
+    withPrinted(html, [](const std::filesystem::path& printed) {
+        constexpr std::size_t asTheyAre = 1 << 19;
+        QPDF file;
+        file.processFile(printed.c_str());
+        std::size_t largest = 0;
+        for (auto object : file.getAllObjects()) {
+            if (!object.isStream() || !object.getDict().getKey("/Subtype").isNameAndEquals("/Image")) continue;
+            EXPECT_LT(object.getRawStreamData()->getSize(), asTheyAre);
+            largest = std::max(largest, object.getStreamData(qpdf_dl_all)->getSize());
+        }
+        EXPECT_GT(largest, asTheyAre);
     });
 }
 
