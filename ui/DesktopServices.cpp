@@ -91,11 +91,13 @@ void DesktopServices::chooseFolder(const FolderRequest& request,
     if (Gtk::Window* window = activeWindow_()) chooser_->set_transient_for(*window);
     chooser_->set_modal();
     chooser_->set_create_folders(request.canCreate);
+    chooser_->set_current_folder(Gio::File::create_for_path(chosenIn_));
     chooser_->signal_response().connect([this, chosen = std::move(chosen)](int response) {
         const auto chooser = std::exchange(chooser_, nullptr);
         const auto file = response == Gtk::ResponseType::ACCEPT ? chooser->get_file() : nullptr;
         const std::string path = file ? file->get_path() : std::string();
         chooser->hide();
+        if (!path.empty()) chosenIn_ = std::filesystem::path(path).parent_path();
         // The chooser is in the middle of its own work.
         Glib::signal_idle().connect_once([chooser, chosen, path] {
             chosen(path.empty() ? std::nullopt : std::optional<std::filesystem::path>(path));

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 
+#include <glibmm/miscutils.h>
 #include <gtkmm/application.h>
 #include <gtkmm/filechoosernative.h>
 
@@ -36,6 +37,7 @@ private:
     Gtk::Application& application_;
     std::function<Gtk::Window*()> activeWindow_;
     Glib::RefPtr<Gtk::FileChooserNative> chooser_;   // null while nothing is asked
+    std::filesystem::path chosenIn_ = Glib::get_home_dir();
 };
 
 }   // namespace ostrel

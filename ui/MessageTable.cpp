@@ -15,6 +15,7 @@
 #include <glibmm/main.h>
 #include <gtkmm/eventcontrollerkey.h>
 #include <gtkmm/gestureclick.h>
+#include <gtkmm/root.h>
 #include <gtkmm/shortcut.h>
 #include <gtkmm/shortcutcontroller.h>
 #include <gtkmm/signallistitemfactory.h>
@@ -204,6 +205,9 @@ void MessageTable::showMessages() {
     if (!rows_.messages().empty()) scrollTo(rows_.selectedRow().value_or(0), hadFocus && !wasEmpty);
     showWhyEmpty();
     set_visible_child(rows_.messages().empty() ? static_cast<Gtk::Widget&>(empty_) : scroller_);
+    // The button that has just cleared the filters is gone, and the focus with it.
+    if (wasEmpty)
+        focusLater([this]() -> Gtk::Widget* { return get_root() && !get_root()->get_focus() ? list_ : nullptr; });
 }
 
 // Once the first rows are painted.
@@ -244,14 +248,19 @@ void MessageTable::leave(Gtk::Widget& part, bool isBackward) {
 void MessageTable::scrollTo(std::size_t row, bool focus) {
     gtk_widget_activate_action(list_->gobj(), "list.scroll-to-item", "u", static_cast<guint>(row));
     if (!focus || rows_.selectedRow() != row) return;
-    // The row may be there only after the next layout.
+    focusLater([this] {
+        Gtk::Widget* widget = selectedCell();
+        while (widget != nullptr && widget->get_css_name() != "row") widget = widget->get_parent();
+        return widget;
+    });
+}
+
+// What is to have the focus may be there only after the next layout.
+void MessageTable::focusLater(std::function<Gtk::Widget*()> find) {
     focusing_.disconnect();
     focusing_ = Glib::signal_idle().connect(
-        [this] {
-            MessageCell* cell = selectedCell();
-            Gtk::Widget* widget = cell;
-            while (widget != nullptr && widget->get_css_name() != "row") widget = widget->get_parent();
-            if (widget != nullptr) widget->grab_focus();
+        [find = std::move(find)] {
+            if (Gtk::Widget* widget = find()) widget->grab_focus();
             return false;
         },
         Glib::PRIORITY_LOW);

@@ -10,6 +10,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -56,6 +57,7 @@ private:
     void showWhyEmpty();
 
     void scrollTo(std::size_t row, bool focus);
+    void focusLater(std::function<Gtk::Widget*()> find);
     void addTypeAhead();
     bool moveOn(bool isBackward);
     void leave(Gtk::Widget& part, bool isBackward);

@@ -68,9 +68,7 @@ void ThreeColumns::setNarrow(bool isNarrow) {
 void ThreeColumns::fold() {
     const bool isShown = isNarrow_ ? isShownWhenNarrow_ : isShownWhenWide_;
     const bool isPageShown = !isNarrow_ || !isShown;
-    const auto losesFocus = [](const Gtk::Widget& column, bool stays) {
-        return !stays && widgets::hasFocus(column);
-    };
+    const auto losesFocus = [](const Gtk::Widget& column, bool stays) { return !stays && widgets::hasFocus(column); };
     if (losesFocus(mailboxes_, isShown) || losesFocus(page_, isPageShown))
         messages_.child_focus(Gtk::DirectionType::TAB_FORWARD);
     mailboxes_.set_visible(isShown);
