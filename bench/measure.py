@@ -167,7 +167,7 @@ def export(build, store, scratch):
         time.sleep(0.25)
     elapsed = time.monotonic() - start
     said = process.stderr.read()
-    exported = int(said.split("Exported ")[1].split()[0])
+    exported = int(said.split("Exported ")[1].split()[0].replace(",", ""))
     shutil.rmtree(destination)
     return exported, elapsed, processor, memory
 
