@@ -15,7 +15,7 @@ struct PrintLimits {
     std::chrono::milliseconds perMegabyte = std::chrono::seconds(2);
     // The engine keeps a little of each page, 30 MB of 20,000: after so many its process is ended and a fresh one
     // started, which takes as long as ten pages.
-    unsigned long pagesPerProcess = 2000;
+    unsigned long pagesPerProcess = 1000;
 };
 
 }   // namespace ostrel
