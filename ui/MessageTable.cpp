@@ -123,7 +123,8 @@ Glib::RefPtr<Gtk::ListItemFactory> MessageTable::factory(Column column) {
         cells_[item->gobj()] = {column, cell};
     });
     made->signal_bind().connect([this, column](const Glib::RefPtr<Gtk::ListItem>& item) {
-        fill(static_cast<MessageCell&>(*item->get_child()), column, rows_.messages()[item->get_position()]);
+        const auto row = rowOf(item->gobj());
+        if (row) fill(static_cast<MessageCell&>(*item->get_child()), column, rows_.messages()[*row]);
     });
     made->signal_teardown().connect([this](const Glib::RefPtr<Gtk::ListItem>& item) { cells_.erase(item->gobj()); });
     return made;
@@ -204,6 +205,7 @@ void MessageTable::showMessages() {
     if (!rows_.isAllShown()) showAllLater();
     if (!rows_.messages().empty()) scrollTo(rows_.selectedRow().value_or(0), hadFocus && !wasEmpty);
     showWhyEmpty();
+    scroller_.set_visible(!rows_.messages().empty());
     set_visible_child(rows_.messages().empty() ? static_cast<Gtk::Widget&>(empty_) : scroller_);
     // The button that has just cleared the filters is gone, and the focus with it.
     if (wasEmpty)

@@ -149,6 +149,7 @@ MessageTableModel::MessageTableModel()
 MessageTableModel::~MessageTableModel() {
     onRefresh = nullptr;
     setMessages({}, std::nullopt);
+    setShown(0);
     state_->model = nullptr;
     g_object_unref(object_);
 }
@@ -161,13 +162,16 @@ void MessageTableModel::setMessages(MessageList messages, const std::optional<st
     state_->messages = std::move(messages);
     if (onRefresh) onRefresh();
     const auto old = std::exchange(state_->selected, selected ? state_->messages.find(*selected) : std::nullopt);
+    if (now == 0) return tellSelection(old);
     setShown(state_->shown < firstRows ? std::min(now, firstRows) : now);
     tellSelection(old && *old < now ? old : std::nullopt);
 }
 
-void MessageTableModel::showAll() { setShown(state_->messages.size()); }
+void MessageTableModel::showAll() {
+    if (!state_->messages.empty()) setShown(state_->messages.size());
+}
 
-bool MessageTableModel::isAllShown() const { return state_->shown == state_->messages.size(); }
+bool MessageTableModel::isAllShown() const { return state_->shown >= state_->messages.size(); }
 
 void MessageTableModel::setShown(std::size_t rows) {
     const std::size_t before = std::exchange(state_->shown, rows), common = std::min(before, rows);

@@ -27,8 +27,9 @@ public:
     std::optional<std::size_t> selectedRow() const;
 
     // The new list in place of the old: first onRefresh, then the signals on rows at the end that came or went and on
-    // the selection. selected: MessageSummary::id, which need not be in it. When a long list follows a short one, the
-    // view hears of its first rows only until showAll is called: making widgets takes it long.
+    // the selection. selected: MessageSummary::id, which need not be in it. Making and dropping widgets takes views
+    // long: when a long list follows a short one, they hear of its first rows only until showAll is called, and of an
+    // empty list not at all; they are not to be seen then.
     void setMessages(MessageList messages, const std::optional<std::string>& selected);
     void showAll();
     bool isAllShown() const;

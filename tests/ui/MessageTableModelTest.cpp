@@ -62,7 +62,12 @@ TEST_F(MessageTableModelTest, rowsStayAndTheSelectionMovesWithItsMessage) {
               "other messages\nselection 1+3 is 3\n"
               "other messages\nitems 2-3+0 selected none\n"
               "other messages\nitems 2-0+1 selected 2\nselection 2+1 is 2\n"
-              "other messages\nitems 0-3+0 selected none\n");
+              "other messages\nselection 2+1 is none\n");
+    EXPECT_EQ(g_list_model_get_n_items(list()), 3u) << "kept for the next list";
+    EXPECT_FALSE(gtk_selection_model_select_item(model_.object(), 0, TRUE)) << "but there is nothing in them";
+    said.clear();
+    model_.setMessages(MessageList(index_, {2, 3, 4, 0}), "/m/3");
+    EXPECT_EQ(said, "other messages\nitems 3-0+1 selected 1\nselection 1+1 is 1\n");
 }
 
 // What comes after the first rows comes when they are painted, or with the selection.
