@@ -3,15 +3,17 @@
 #include "platform/Files.h"
 #include "render/EngineEnvironment.h"
 #include "render/GRef.h"
+#include "render/fonts/FontCutter.h"
+#include "render/fonts/InstalledFonts.h"
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
+#include <future>
+#include <map>
 #include <memory>
 #include <set>
-#include <span>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -20,172 +22,62 @@
 #include <vector>
 
 #include <fontconfig/fontconfig.h>
-#include <hb-ot.h>
-#include <hb-subset.h>
 
 namespace ostrel::reducedFonts {
 namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::string_view formatVersion = "3";   // of what stands in the folder
+constexpr std::string_view formatVersion = "4";   // of what stands in the folder
 constexpr std::string_view namePrefix = "fonts-";
-
-// Families that mail names, and the generic ones; what they stand for on this system is for fontconfig to say.
-constexpr std::array families{"sans-serif", "serif",   "monospace",       "system-ui", "Arial",       "Helvetica",
-                              "Times",      "Courier", "Times New Roman", "Georgia",   "Verdana",     "Tahoma",
-                              "Calibri",    "Cambria", "Courier New",     "Segoe UI",  "Trebuchet MS"};
-constexpr std::array weights{FC_WEIGHT_REGULAR, FC_WEIGHT_BOLD};
-constexpr std::array slants{FC_SLANT_ROMAN, FC_SLANT_ITALIC};
-
-// Smaller files cost the engine next to nothing; larger ones would take longer to make than they save.
-constexpr std::uint64_t leastFileBytes = 64 << 10, mostFileBytes = 16 << 20;
 
 // The letters, punctuation and symbols of Latin, Greek and Cyrillic text: what mixes within a word stays in one font.
 // Other scripts and what only scholars write, half of a large font, come from the whole fonts, which stay installed.
 struct Range {
-    hb_codepoint_t first, last;
+    char32_t first, last;
 };
-constexpr std::array textCharacters{Range{0x0000, 0x045F}, Range{0x048A, 0x04FF}, Range{0x1E00, 0x23FF},
-                                    Range{0x2460, 0x27BF}, Range{0xFB00, 0xFB06}, Range{0xFE00, 0xFE0F},
-                                    Range{0xFEFF, 0xFEFF}, Range{0xFFFC, 0xFFFD}};
+constexpr std::array textRanges{Range{0x0000, 0x045F}, Range{0x048A, 0x04FF}, Range{0x1E00, 0x23FF},
+                                Range{0x2460, 0x27BF}, Range{0xFB00, 0xFB06}, Range{0xFE00, 0xFE0F},
+                                Range{0xFEFF, 0xFEFF}, Range{0xFFFC, 0xFFFD}};
 
 // Since when a folder that no run has used may go: nobody's program is still running on it.
 constexpr auto keptUnused = std::chrono::hours(24 * 30);
 
 using ConfigPtr = std::unique_ptr<FcConfig, Releaser<FcConfigDestroy>>;
 using PatternPtr = std::unique_ptr<FcPattern, Releaser<FcPatternDestroy>>;
-using CharSetPtr = std::unique_ptr<FcCharSet, Releaser<FcCharSetDestroy>>;
-using BlobPtr = std::unique_ptr<hb_blob_t, Releaser<hb_blob_destroy>>;
-using FacePtr = std::unique_ptr<hb_face_t, Releaser<hb_face_destroy>>;
-using InputPtr = std::unique_ptr<hb_subset_input_t, Releaser<hb_subset_input_destroy>>;
-
 const FcChar8* fcText(const char* text) { return reinterpret_cast<const FcChar8*>(text); }
 const char* plainText(const FcChar8* text) { return reinterpret_cast<const char*>(text); }
 
-// ---- Which fonts
+// What is to be made on a system.
+struct Plan {
+    std::string base;   // of the configuration: the system's, without some of its fonts
+    std::set<fs::path> textFonts;
+    std::vector<fonts::PortionedFace> eastAsian;
+};
 
-PatternPtr match(FcConfig* config, const char* family, int weight, int slant) {
-    const PatternPtr wanted(FcPatternCreate());
-    FcPatternAddString(wanted.get(), FC_FAMILY, fcText(family));
-    FcPatternAddInteger(wanted.get(), FC_WEIGHT, weight);
-    FcPatternAddInteger(wanted.get(), FC_SLANT, slant);
-    FcConfigSubstitute(config, wanted.get(), FcMatchPattern);
-    FcDefaultSubstitute(wanted.get());
-    FcResult result = FcResultNoMatch;
-    return PatternPtr(FcFontMatch(config, wanted.get(), &result));
+fonts::Characters textCharacters() {
+    fonts::Characters characters;
+    for (const auto& [first, last] : textRanges)
+        for (char32_t character = first; character <= last; ++character) characters.insert(character);
+    return characters;
 }
 
-// Other formats reach the PDF in other ways than whole.
-std::optional<fs::path> trueTypeFile(FcPattern* found) {
-    FcChar8 *file = nullptr, *format = nullptr;
-    int index = 0;
-    FcBool isVariable = FcFalse;
-    if (!found || FcPatternGetString(found, FC_FILE, 0, &file) != FcResultMatch ||
-        FcPatternGetString(found, FC_FONTFORMAT, 0, &format) != FcResultMatch) {
-        return std::nullopt;
-    }
-    FcPatternGetInteger(found, FC_INDEX, 0, &index);
-    FcPatternGetBool(found, FC_VARIABLE, 0, &isVariable);
-    if (plainText(format) != std::string_view("TrueType") || index != 0 || isVariable) return std::nullopt;
-    return plainText(file);
+std::string factsAbout(const fs::path& font) {
+    const auto modified = files::modificationDate(font);
+    return font.string() + '\n' + std::to_string(files::size(font).value_or(0)) + '\n' +
+           std::to_string(modified ? modified->time_since_epoch().count() : 0) + '\n';
 }
 
-std::set<fs::path> textFonts(FcConfig* config) {
-    std::set<fs::path> result;
-    for (const char* family : families)
-        for (const int weight : weights)
-            for (const int slant : slants) {
-                const auto file = trueTypeFile(match(config, family, weight, slant).get());
-                const auto bytes = file ? files::size(*file).value_or(0) : 0;
-                if (bytes >= leastFileBytes && bytes <= mostFileBytes) result.insert(*file);
-            }
-    return result;
-}
-
-// Fonts with PostScript outlines (those of Ghostscript often stand for Helvetica and Times) reach the PDF as drawings,
-// glyph by glyph: a plain mail takes a third more room and time. They are left out as far as TrueType fonts have all
-// their characters.
-std::set<fs::path> drawnFonts(FcConfig* config) {
-    const CharSetPtr covered(FcCharSetCreate());
-    for (FcChar32 c = 0xE000; c <= 0xF8FF; ++c) FcCharSetAddChar(covered.get(), c);   // private use: nobody mails them
-    std::vector<std::pair<fs::path, FcCharSet*>> drawn;
-    const FcFontSet* fonts = FcConfigGetFonts(config, FcSetSystem);
-    for (int each = 0; fonts && each < fonts->nfont; ++each) {
-        FcChar8 *file = nullptr, *format = nullptr;
-        FcCharSet* characters = nullptr;
-        if (FcPatternGetString(fonts->fonts[each], FC_FILE, 0, &file) != FcResultMatch ||
-            FcPatternGetString(fonts->fonts[each], FC_FONTFORMAT, 0, &format) != FcResultMatch ||
-            FcPatternGetCharSet(fonts->fonts[each], FC_CHARSET, 0, &characters) != FcResultMatch) {
-            continue;
-        }
-        const std::string_view name = plainText(format);
-        if (name == "TrueType") FcCharSetMerge(covered.get(), characters, nullptr);
-        if (name == "CFF" || name == "Type 1") drawn.emplace_back(plainText(file), characters);
-    }
-    std::set<fs::path> result;
-    for (const auto& [file, characters] : drawn) {
-        if (FcCharSetIsSubset(characters, covered.get())) result.insert(file);
-    }
-    return result;
-}
-
-std::string keyOf(const std::string& configuration, const std::set<fs::path>& fonts) {
-    std::string facts = std::string(formatVersion) + '\n' + configuration;
-    for (const auto& font : fonts) {
-        const auto modified = files::modificationDate(font);
-        facts += '\n' + font.string() + '\n' + std::to_string(files::size(font).value_or(0)) + '\n' +
-                 std::to_string(modified ? modified->time_since_epoch().count() : 0);
+std::string keyOf(const Plan& plan) {
+    std::string facts = std::string(formatVersion) + '\n' + plan.base;
+    for (const auto& font : plan.textFonts) facts += factsAbout(font);
+    for (const auto& face : plan.eastAsian) {
+        facts += factsAbout(face.file) + std::to_string(face.index);
+        for (const auto& language : face.languages) facts += ' ' + language;
+        for (const auto kind : face.kinds) facts += ' ' + std::to_string(static_cast<int>(kind));
     }
     const GChars digest(g_compute_checksum_for_string(G_CHECKSUM_SHA256, facts.data(), std::ssize(facts)));
     return std::string(digest.get()).substr(0, 16);
-}
-
-// ---- One font
-
-bool hasTable(hb_face_t* face, hb_tag_t tag) {
-    const BlobPtr table(hb_face_reference_table(face, tag));
-    return hb_blob_get_length(table.get()) > 0;
-}
-
-// The subsetter leaves out the old kerning table, which counts where the layout tables have no kerning.
-bool mayLoseItsKerning(hb_face_t* face) {
-    if (!hasTable(face, HB_TAG('k', 'e', 'r', 'n'))) return false;
-    std::array<hb_tag_t, 128> tags;
-    unsigned count = tags.size();
-    hb_ot_layout_table_get_feature_tags(face, HB_OT_TAG_GPOS, 0, &count, tags.data());
-    return std::ranges::count(std::span(tags).first(count), HB_TAG('k', 'e', 'r', 'n')) == 0;
-}
-
-void keepAll(hb_subset_input_t* input, hb_subset_sets_t which) {
-    hb_set_t* set = hb_subset_input_set(input, which);
-    hb_set_clear(set);
-    hb_set_invert(set);
-}
-
-// The same outlines, advances and layout rules, without the instructions for coarse screens, which make up half of a
-// font and which no print uses, and without rare characters: the engine packs a font anew for each page, which takes
-// it longer than everything else. Nothing where it is not worth while, or not safe.
-std::optional<std::string> reduced(std::string_view font) {
-    const BlobPtr blob(
-        hb_blob_create(font.data(), static_cast<unsigned>(font.size()), HB_MEMORY_MODE_READONLY, nullptr, nullptr));
-    const FacePtr face(hb_face_create(blob.get(), 0));
-    const InputPtr input(hb_subset_input_create_or_fail());
-    if (!input || !hasTable(face.get(), HB_TAG('g', 'l', 'y', 'f')) || mayLoseItsKerning(face.get())) return {};
-    hb_subset_input_set_flags(input.get(), HB_SUBSET_FLAGS_NO_HINTING | HB_SUBSET_FLAGS_NOTDEF_OUTLINE |
-                                               HB_SUBSET_FLAGS_NAME_LEGACY | HB_SUBSET_FLAGS_NO_PRUNE_UNICODE_RANGES);
-    for (const auto which : {HB_SUBSET_SETS_LAYOUT_FEATURE_TAG, HB_SUBSET_SETS_NAME_ID, HB_SUBSET_SETS_NAME_LANG_ID})
-        keepAll(input.get(), which);
-    hb_set_t* const characters = hb_subset_input_unicode_set(input.get());
-    for (const auto& [first, last] : textCharacters) hb_set_add_range(characters, first, last);
-
-    const FacePtr made(hb_subset_or_fail(face.get(), input.get()));
-    if (!made) return {};
-    const BlobPtr result(hb_face_reference_blob(made.get()));
-    unsigned size = 0;
-    const char* bytes = hb_blob_get_data(result.get(), &size);
-    if (size == 0 || size > font.size() / 10 * 9) return {};
-    return std::string(bytes, size);
 }
 
 // ---- The folder
@@ -209,23 +101,74 @@ ConfigPtr configOf(const std::string& base) {
     return config;
 }
 
-// The reduced face has the names of the whole one and wins by its higher version. The first cache folder is the one
-// that fontconfig writes to.
-std::string configuration(const fs::path& folder, const std::string& base) {
-    const std::string faces = escaped(folder / "faces");
-    return "<?xml version=\"1.0\"?>\n"
-           "<!DOCTYPE fontconfig SYSTEM \"urn:fontconfig:fonts.dtd\">\n"
-           "<fontconfig>\n"
-           "<cachedir>" +
-           escaped(folder / "cache") + "</cachedir>\n" + base + "<dir>" + faces +
-           "</dir>\n"
-           "<match target=\"scan\">\n"
-           "<test name=\"file\" compare=\"contains\"><string>" +
-           faces +
-           "/</string></test>\n"
-           "<edit name=\"fontversion\" mode=\"assign\"><int>2147483647</int></edit>\n"
-           "</match>\n"
-           "</fontconfig>\n";
+Plan planFor(FcConfig* config, const std::string& system) {
+    const auto leftOut = fonts::needlessDrawnFonts(config);
+    std::string base = baseOf(system, leftOut);
+    const ConfigPtr chosen = leftOut.empty() ? nullptr : configOf(base);
+    FcConfig* const used = chosen ? chosen.get() : config;
+    return {std::move(base), fonts::textFonts(used), fonts::eastAsianFaces(used)};
+}
+
+// The portions of all faces sort behind each other, those of the first face first.
+std::string portionPrefix(std::size_t face) { return "portions-" + std::to_string(10 + face) + "-"; }
+
+std::string rule(const char* target, const std::string& test, const std::string& edit) {
+    return std::string("<match target=\"") + target + "\">" + test + edit + "</match>\n";
+}
+std::string assign(const std::string& property, const std::string& value) {
+    return "<edit name=\"" + property + "\" mode=\"assign\">" + value + "</edit>";
+}
+std::string ofFiles(const fs::path& start) {
+    return "<test name=\"file\" compare=\"contains\"><string>" + escaped(start) + "</string></test>";
+}
+
+// Portions are for text whose font nobody has named; a named one, which would miss some of its characters and take them
+// from elsewhere, stays whole. What tells them apart is a property that decides only where all else is the same.
+std::string rasterizer(const char* whose) {
+    return assign("rasterizer", std::string("<string>") + whose + "</string>");
+}
+
+// The engine asks for Chinese by its script, of which fontconfig knows nothing, so that any Chinese font would do.
+std::string patternRules(const std::vector<fonts::PortionedFace>& faces) {
+    std::string rules;
+    for (const auto& face : faces)
+        for (const auto& family : face.families)
+            rules +=
+                rule("pattern", "<test name=\"family\" qual=\"first\"><string>" + escaped(family) + "</string></test>",
+                     rasterizer("of whole fonts"));
+    struct Row {
+        const char *script, *language;
+    };
+    for (const auto& [script, language] :
+         {Row{"zh-hans", "zh-cn"}, Row{"zh-Hans", "zh-cn"}, Row{"zh-hant", "zh-tw"}, Row{"zh-Hant", "zh-tw"}}) {
+        rules += rule("pattern", std::string("<test name=\"lang\"><string>") + script + "</string></test>",
+                      assign("lang", std::string("<string>") + language + "</string>"));
+    }
+    return rules;
+}
+
+// Fontconfig takes a font for fit for a language when it has all its characters, which a portion never has.
+std::string portionRules(const fs::path& files, const std::vector<std::string>& languages) {
+    std::string set;
+    for (const auto& language : languages) set += "<string>" + language + "</string>";
+    return rule("scan", ofFiles(files), rasterizer("of portions") + assign("lang", "<langset>" + set + "</langset>"));
+}
+
+// What is made here has the names of the whole fonts. A reduced one wins by its higher version. The first cache folder
+// is the one that fontconfig writes to.
+std::string configuration(const fs::path& folder, const Plan& plan) {
+    const fs::path faces = folder / "faces";
+    std::string text =
+        "<?xml version=\"1.0\"?>\n<!DOCTYPE fontconfig SYSTEM \"urn:fontconfig:fonts.dtd\">\n<fontconfig>\n";
+    text += "<cachedir>" + escaped(folder / "cache") + "</cachedir>\n";
+    if (!plan.eastAsian.empty())
+        text += patternRules(plan.eastAsian);   // before the system's, which go by the language
+    text +=
+        plan.base + "<dir>" + escaped(faces) + "</dir>\n" +
+        rule("scan", ofFiles(faces / ""), assign("fontversion", "<plus><name>fontversion</name><int>1</int></plus>"));
+    for (std::size_t i = 0; i < plan.eastAsian.size(); ++i)
+        text += portionRules(faces / portionPrefix(i), plan.eastAsian[i].languages);
+    return text + "</fontconfig>\n";
 }
 
 // Lists the faces once for all; the engine, which may not write here, would do it at every start.
@@ -234,21 +177,50 @@ void fillCache(const fs::path& configurationFile) {
     if (FcConfigParseAndLoad(config.get(), fcText(configurationFile.c_str()), FcTrue)) FcConfigBuildFonts(config.get());
 }
 
+// The same outlines, advances and layout rules in half the size or less: the engine packs a font anew for each page,
+// which takes it longer than everything else. Not where it is not worth while, or not safe.
+void makeTextFonts(const fs::path& faces, const std::set<fs::path>& textFonts) {
+    const auto characters = textCharacters();
+    int number = 0;   // files of one name may come from several folders
+    for (const auto& font : textFonts) {
+        const auto bytes = files::readWhole(font);
+        const auto cut = fonts::FontCutter(bytes.chars(), 0).cut(characters);
+        if (cut && cut->size() <= bytes.size() / 10 * 9)
+            files::writeAtomically(faces / (std::to_string(++number) + ".ttf"), bytesOf(*cut));
+    }
+}
+
+// A font for East Asian text is too large to be packed whole, and most have PostScript outlines, which the engine
+// packs as drawings: such a mail took twice the room and three times the time.
+void makePortions(const fs::path& faces, const std::vector<fonts::PortionedFace>& eastAsian) {
+    std::map<fs::path, Bytes> fileBytes;   // several faces are in one
+    std::vector<std::future<void>> work;   // waits for its end when it goes
+    for (std::size_t i = 0; i < eastAsian.size(); ++i) {
+        const auto& face = eastAsian[i];
+        if (!fileBytes.contains(face.file)) fileBytes[face.file] = files::readWhole(face.file);
+        work.push_back(
+            std::async(std::launch::async, [&face, start = faces / portionPrefix(i), bytes = fileBytes[face.file]] {
+                const fonts::FontCutter cutter(bytes.chars(), static_cast<unsigned>(face.index));
+                int number = 0;
+                for (const auto& characters : fonts::portionsOf(face.kinds))
+                    if (const auto cut = cutter.cutPortion(characters))
+                        files::writeAtomically(start.string() + std::to_string(++number) + ".ttf", bytesOf(*cut));
+            }));
+    }
+    for (auto& each : work) each.get();
+}
+
 // Beside the place, then renamed to it: whoever sees the folder sees all of it.
-void make(const fs::path& folder, const std::string& base, const std::set<fs::path>& fonts) {
+void make(const fs::path& folder, const Plan& plan) {
     std::string name = folder.string() + ".XXXXXX";
     if (!mkdtemp(name.data())) throw FileError::writing(name, std::error_code(errno, std::generic_category()));
     try {
         const fs::path unfinished = name;
         files::createFolders(unfinished / "faces");
         files::createFolders(unfinished / "cache");
-        int number = 0;   // files of one name may come from several folders
-        for (const auto& font : fonts) {
-            const auto bytes = files::readWhole(font);
-            if (const auto face = reduced(bytes.chars()))
-                files::writeAtomically(unfinished / "faces" / (std::to_string(++number) + ".ttf"), bytesOf(*face));
-        }
-        files::writeAtomically(unfinished / "fonts.conf", bytesOf(configuration(folder, base)));
+        makeTextFonts(unfinished / "faces", plan.textFonts);
+        makePortions(unfinished / "faces", plan.eastAsian);
+        files::writeAtomically(unfinished / "fonts.conf", bytesOf(configuration(folder, plan)));
         fs::rename(unfinished, folder);
     } catch (const std::exception&) {
         std::error_code ignored;
@@ -279,16 +251,13 @@ std::optional<fs::path> folderIn(const fs::path& cache) {
     const ConfigPtr config(FcConfigReference(nullptr));   // what this program uses, loaded here if nobody has yet
     const std::unique_ptr<FcChar8, Releaser<FcStrFree>> system(FcConfigGetFilename(config.get(), nullptr));
     if (!config || !system) return std::nullopt;
-    const auto leftOut = drawnFonts(config.get());
-    const std::string base = baseOf(plainText(system.get()), leftOut);
-    const ConfigPtr chosen = leftOut.empty() ? nullptr : configOf(base);
-    const auto fonts = textFonts(chosen ? chosen.get() : config.get());
-    const auto folder = cache / "ostrel" / (std::string(namePrefix) + keyOf(base, fonts));
+    const auto plan = planFor(config.get(), plainText(system.get()));
+    const auto folder = cache / "ostrel" / (std::string(namePrefix) + keyOf(plan));
     const auto isThere = [&] { return files::isRegularFile(folder / "fonts.conf"); };
     try {
         if (!isThere()) {
             files::createFolders(folder.parent_path());
-            make(folder, base, fonts);
+            make(folder, plan);
             removeOld(folder.parent_path());
         }
     } catch (const std::exception&) {

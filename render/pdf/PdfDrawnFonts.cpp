@@ -86,8 +86,7 @@ std::optional<std::array<double, count>> numbersOf(QPDFObjectHandle array) {
     return numbers;
 }
 
-// The names of codes (ISO 32000-1 §9.6.6.2). Nothing when viewers may see more than numbers in them: pdftotext guesses
-// a font's size by glyphs that are named like letters.
+// The names of codes (ISO 32000-1 §9.6.6.2). Nothing when viewers may see more than numbers in them.
 std::optional<std::map<int, std::string>> namesOf(QPDFObjectHandle font) {
     auto encoding = font.getKey("/Encoding");
     auto differences = encoding.isDictionary() ? encoding.getKey("/Differences") : encoding;
@@ -106,16 +105,14 @@ std::optional<std::map<int, std::string>> namesOf(QPDFObjectHandle font) {
     return names;
 }
 
-// What fonts of one typeface have in common; the first code is what pdftotext goes by for their size.
-std::string typefaceOf(QPDFObjectHandle font, const std::array<double, 4>& box, const std::string& firstName) {
+// What fonts of one typeface have in common.
+std::string typefaceOf(QPDFObjectHandle font, const std::array<double, 4>& box) {
     auto common = font.shallowCopy();
     for (const auto* key : {"/CharProcs", "/Encoding", "/FirstChar", "/FontBBox", "/LastChar", "/ToUnicode", "/Widths"})
         common.removeKey(key);
     auto descriptor = common.getKey("/FontDescriptor");
     common.removeKey("/FontDescriptor");
-    auto firstWidth = font.getKey("/Widths").getArrayItem(0);
-    return common.unparse() + descriptor.unparseResolved() + firstWidth.unparse() + firstName + std::to_string(box[1]) +
-           " " + std::to_string(box[3]);
+    return common.unparse() + descriptor.unparseResolved() + std::to_string(box[1]) + " " + std::to_string(box[3]);
 }
 
 std::optional<DrawnFont> understood(QPDFObjectHandle font, const CodeSet& shown, const Outlines& outlines) {
@@ -127,12 +124,11 @@ std::optional<DrawnFont> understood(QPDFObjectHandle font, const CodeSet& shown,
     const auto cmap = font.getKey("/ToUnicode").isStream() ? decoded(font.getKey("/ToUnicode")) : std::nullopt;
     const auto texts = cmap ? parseToUnicode(*cmap) : std::nullopt;
     const bool isKnown = box && box != noBox && (*box)[0] <= (*box)[2] && matrix && (*matrix)[2] == 0 &&
-                         (*matrix)[5] == 0 && names && names->contains(0) && widths.isArray() && first.isInteger() &&
+                         (*matrix)[5] == 0 && (*matrix)[0] > 0 && names && widths.isArray() && first.isInteger() &&
                          first.getIntValue() == 0 && procedures.isDictionary() && texts && texts->codeBytes == 1;
-    if (!isKnown || widths.getArrayNItems() == 0 || !(widths.getArrayItem(0).getNumericValue() > 0))
-        return std::nullopt;
+    if (!isKnown) return std::nullopt;
 
-    DrawnFont drawn{font, typefaceOf(font, *box, names->at(0)), *box, {}};
+    DrawnFont drawn{font, typefaceOf(font, *box), *box, {}};
     for (int code = 0; code < 256; ++code) {
         if (!shown.test(static_cast<std::size_t>(code))) continue;
         const auto name = names->find(code);
@@ -250,8 +246,10 @@ private:
         auto procedures = QPDFObjectHandle::newDictionary(), encoding = font.getKey("/Encoding").shallowCopy();
         auto names = QPDFObjectHandle::newArray(), widths = QPDFObjectHandle::newArray();
         names.appendItem(wholeNumber(0));
-        names.appendItem(QPDFObjectHandle::newName(namesOf(first)->at(0)));
-        widths.appendItem(first.getKey("/Widths").getArrayItem(0));
+        // Viewers guess the size of a drawn font by the width of its "m", six tenths of it. By another glyph they take
+        // it for twice as large as it is, and its text for one of another line than what stands beside it.
+        names.appendItem(QPDFObjectHandle::newName("/m"));
+        widths.appendItem(wholeNumber(std::round(0.6 / numbersOf<6>(matrix)->at(0))));
         ToUnicode texts;
         int next = 1;
         for (const auto& [code, glyph] : joined.glyphs) {

@@ -1,8 +1,11 @@
+#include "render/fonts/InstalledFonts.h"
 #include "tests/render/Printing.h"
 
 #include <cstdlib>
 #include <string>
 #include <vector>
+
+#include <fontconfig/fontconfig.h>
 
 namespace ostrel {
 namespace {
@@ -142,6 +145,38 @@ TEST_F(Printing, KeepsWordsSearchable) {
                        "<b>difficult</b> \u0416\u0443\u043a \u672c\u8a9e"));
     for (const char* word : {"office", "difficult", "\u0416\u0443\u043a", "\u672c\u8a9e"}) {
         EXPECT_NE(text.find(word), std::string::npos) << word << " in " << text;
+    }
+}
+
+// Drawn one by one, which is what the engine does with the glyphs of most East Asian fonts, these take twice the room.
+TEST_F(Printing, TakesLittleRoomForEastAsianText) {
+    if (fonts::eastAsianFaces(FcConfigGetCurrent()).empty()) GTEST_SKIP() << "no large East Asian font here";
+    const struct {
+        const char* language;
+        fonts::Writing kind;
+        char32_t from;   // the ideographs or syllables that are taken begin here
+    } rows[] = {
+        {"", fonts::Writing::japanese, 0x4E00},
+        {"ja", fonts::Writing::japanese, 0x4E00},
+        {"", fonts::Writing::simplifiedChinese, 0x4E00},
+        {"zh", fonts::Writing::simplifiedChinese, 0x4E00},
+        {"zh-TW", fonts::Writing::traditionalChinese, 0x4E00},
+        {"", fonts::Writing::korean, 0xAC00},
+        {"ko", fonts::Writing::korean, 0xAC00},
+    };
+    for (const auto& [language, kind, from] : rows) {
+        const auto everyday = fonts::portionsOf({kind}).front();
+        std::string letters;
+        int taken = 0, place = 0;
+        for (auto at = everyday.lower_bound(from); at != everyday.end() && *at < 0xE000 && taken < 150; ++at) {
+            if (place++ % 15 != 0) continue;   // from all over the set
+            letters += "&#" + std::to_string(static_cast<unsigned long>(*at)) + ";";
+            ++taken;
+        }
+        const auto pdf =
+            print(std::string("<!DOCTYPE html><html lang='") + language + "'><p>" + letters + "<p>" + letters);
+        EXPECT_EQ(taken, 150) << language;
+        EXPECT_LT(files::size(pdf).value_or(0), 40'000U) << language;
     }
 }
 

@@ -4,6 +4,7 @@
 #include "render/PagePrinter.h"
 #include "render/ReducedFonts.h"
 #include "render/TemporaryFolder.h"
+#include "render/fonts/InstalledFonts.h"
 
 #include <array>
 #include <chrono>
@@ -99,6 +100,44 @@ TEST_F(ReducedFonts, StandForTheSystemsOwn) {
     const Found rare = find(ours.get(), "sans-serif:charset=1d00");
     EXPECT_TRUE(rare.has(0x1D00));
     EXPECT_NE(rare.file.parent_path(), *folder / "faces") << "what is left out is found in the whole fonts";
+}
+
+// Whichever font would be taken without them, portions may only stand for that one.
+TEST_F(ReducedFonts, HaveEastAsianTextInPortions) {
+    const TemporaryFolder cache("ostrel-test-");
+    const auto folder = reducedFonts::folderIn(cache.path());
+    ASSERT_TRUE(folder);
+    const ConfigPtr system(FcInitLoadConfigAndFonts()), ours = configurationIn(*folder);
+    if (fonts::eastAsianFaces(system.get()).empty()) GTEST_SKIP() << "no large East Asian font here";
+    struct Row {
+        const char* why;
+        const char* asked;
+        bool isPortion = true;
+        const char* asKnown = nullptr;   // what the system has no name for
+    };
+    const std::array rows{
+        Row{"text of no language: Japanese", ":charset=306e"},
+        Row{"text of no language: simplified Chinese", ":charset=4eec"},
+        Row{"text of no language: Korean", ":charset=ac00"},
+        Row{"Japanese, bold", ":lang=ja:bold:charset=65e5"},
+        Row{"Korean", ":lang=ko:charset=ac00"},
+        Row{"Chinese of Taiwan", ":lang=zh-tw:charset=5011"},
+        Row{"Chinese as the engine asks for it", ":lang=zh-hans:charset=4eec", true, ":lang=zh-cn:charset=4eec"},
+        Row{"traditional Chinese as the engine asks for it", ":lang=zh-Hant:charset=5011", true,
+            ":lang=zh-tw:charset=5011"},
+        Row{"Chinese of a place without a font of its own", ":lang=zh-sg:charset=4eec", false},
+        Row{"an ideograph that nobody uses", ":charset=9f98", false},
+        Row{"a character of other fonts", ":charset=2603", false},
+        Row{"a letter", ":charset=41", false},
+    };
+    for (const auto& [why, asked, isPortion, asKnown] : rows) {
+        const Found whole = find(system.get(), asKnown ? asKnown : asked), found = find(ours.get(), asked);
+        const bool has = found.file.filename().string().starts_with("portions-");
+        EXPECT_EQ(has, isPortion) << why << ": " << found.file;
+        EXPECT_EQ(found.family, whole.family) << why;
+        const Found named = find(ours.get(), whole.family.c_str());
+        EXPECT_FALSE(named.file.filename().string().starts_with("portions-")) << why << ": whole for who names it";
+    }
 }
 
 TEST_F(ReducedFonts, AreMadeOnceByHoweverManyPrograms) {

@@ -51,6 +51,8 @@ TEST_F(Printing, WordsOfEveryScriptAreFound) {
         {"Chinese", "\u4e2d\u6587\u6d4b\u8bd5"},
         {"Chinese, traditional", "\u7e41\u9ad4\u4e2d\u6587"},
         {"Korean", "\ud55c\uad6d\uc5b4"},
+        {"Chinese, a rare character in a name", "\u738b\u5586\u5148\u751f"},
+        {"Korean, a syllable of no word", "\ub618\ubdc1\ubc29\uac01\ud558"},
         {"Hindi, vowel signs before their letters", "\u0939\u093f\u0928\u094d\u0926\u0940"},
         {"Hindi, conjuncts", "\u0915\u094d\u0937\u0924\u094d\u0930\u093f\u092f"},
         {"Hindi, marks of no width", "\u0926\u0947\u0936 \u0936\u0941\u092d\u0915\u093e\u092e\u0928\u093e\u090f\u0901"},
