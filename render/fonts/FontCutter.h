@@ -26,7 +26,7 @@ public:
 
     // The same of a font that may have PostScript outlines, and without what it has for other languages: those of one
     // language make half of an East Asian font's glyphs. The result is a TrueType font in any case; its curves stray
-    // from PostScript ones by at most a thousandth of the font's size, a tenth of a printer's dot in a common text.
+    // from PostScript ones by two or three thousandths of the font's size, a quarter of a printer's dot in common text.
     std::optional<std::string> cutPortion(const Characters& characters) const;
 
 private:

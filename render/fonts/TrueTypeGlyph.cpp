@@ -131,8 +131,8 @@ std::string withRepeats(const std::vector<unsigned char>& flags) {
 
 void TrueTypeGlyph::add(Place place, bool isOnCurve) {
     constexpr double limit = 1 << 20;   // far outside what the table holds, which entry() tells, but no overflow
-    const auto whole = [limit](double number) {
-        return static_cast<int>(std::lround(std::clamp(number, -limit, limit)));
+    const auto whole = [this, limit](double number) {
+        return static_cast<int>(std::lround(std::clamp(number, -limit, limit) / grid_)) * grid_;
     };
     contour_.push_back({whole(place.real()), whole(place.imag()), isOnCurve});
 }
@@ -149,7 +149,7 @@ void TrueTypeGlyph::lineTo(Place to) {
 }
 
 void TrueTypeGlyph::curveTo(Place control1, Place control2, Place to) {
-    for (const Place control : controlsOf({at_, control1, control2, to}, tolerance_)) add(control, false);
+    for (const Place control : controlsOf({at_, control1, control2, to}, grid_)) add(control, false);
     lineTo(to);
 }
 

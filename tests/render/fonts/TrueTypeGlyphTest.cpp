@@ -148,8 +148,8 @@ TEST(TrueTypeGlyph, StaysByTheCurvesItIsGiven) {
         {"half units", {{0.5, 0.5}, {{{100.5, 0.5}, {200.5, 99.5}, {200.5, 200.5}}, line({0.5, 200.5})}}},
     };
     for (const auto& [why, outline] : rows) {
-        for (const double tolerance : {0.5, 1.0, 8.0}) {
-            TrueTypeGlyph glyph(tolerance);
+        for (const int grid : {1, 2, 8}) {
+            TrueTypeGlyph glyph(grid);
             glyph.moveTo(outline.start);
             for (const auto& [control1, control2, to] : outline.curves)
                 control1 == to ? glyph.lineTo(to) : glyph.curveTo(control1, control2, to);
@@ -162,9 +162,9 @@ TEST(TrueTypeGlyph, StaysByTheCurvesItIsGiven) {
             meant.curves.push_back(line(outline.start));
             const auto was = drawn(meant), is = drawn(entry.contours[0]);
             const double step = 0.01 * std::abs(was.front() - was[was.size() / 2]);   // between the places looked at
-            const double most = tolerance + std::sqrt(0.5) + step;
-            EXPECT_LT(farthest(is, was), most) << why << " within " << tolerance;
-            EXPECT_LT(farthest(was, is), most) << why << " within " << tolerance;
+            const double most = grid + grid * std::sqrt(0.5) + step;
+            EXPECT_LT(farthest(is, was), most) << why << " on a grid of " << grid;
+            EXPECT_LT(farthest(was, is), most) << why << " on a grid of " << grid;
             EXPECT_EQ(entry.box[0], glyph.left()) << why;
             EXPECT_EQ(glyph.pointCount(), entry.contours[0].size()) << why;
         }
