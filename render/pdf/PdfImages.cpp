@@ -64,12 +64,18 @@ public:
         const auto group = bySize_.find({size.width, size.height});
         if (group == bySize_.end()) return nullptr;
         auto& [files, byPixels] = group->second;
-        for (; !files.empty(); files.pop_back())
-            if (const auto decodedFile = jpeg::decodedPixels(files.back()))
-                byPixels.emplace(std::hash<std::string>()(*decodedFile), std::move(files.back()));
-        const auto found = byPixels.find(std::hash<std::string_view>()(pixels));
-        const bool isSame = found != byPixels.end() && jpeg::decodedPixels(found->second) == pixels;
-        return isSame ? &found->second : nullptr;
+        const auto hash = std::hash<std::string_view>();
+        if (const auto found = byPixels.find(hash(pixels)); found != byPixels.end())
+            return jpeg::decodedPixels(found->second) == pixels ? &found->second : nullptr;
+        while (!files.empty()) {
+            const auto decodedFile = jpeg::decodedPixels(files.back());
+            const auto file = std::move(files.back());
+            files.pop_back();
+            if (!decodedFile) continue;
+            const auto [at, isNew] = byPixels.emplace(hash(*decodedFile), file);
+            if (isNew && *decodedFile == pixels) return &at->second;
+        }
+        return nullptr;
     }
 
 private:
@@ -91,36 +97,37 @@ private:
     std::map<std::pair<std::size_t, std::size_t>, Group> bySize_;
 };
 
-unsigned char paeth(int left, int up, int upLeft) {
+int paeth(int left, int up, int upLeft) {
     const int estimate = left + up - upLeft;
     const int a = std::abs(estimate - left), b = std::abs(estimate - up), c = std::abs(estimate - upLeft);
-    return static_cast<unsigned char>(a <= b && a <= c ? left : b <= c ? up : upLeft);
+    return a <= b && a <= c ? left : b <= c ? up : upLeft;
 }
 
 enum Filter : unsigned char { none, sub, up, average, paethFilter };   // numbers of PNG 1.2 §6
 
+template <class Guess>
+void filterRow(Guess guess, const unsigned char* row, const unsigned char* above, std::size_t count,
+               std::size_t channels, unsigned char* out) {
+    for (std::size_t i = 0; i < std::min(channels, count); ++i)
+        out[i] = static_cast<unsigned char>(row[i] - guess(0, above[i], 0));
+    for (std::size_t i = channels; i < count; ++i)
+        out[i] = static_cast<unsigned char>(row[i] - guess(row[i - channels], above[i], above[i - channels]));
+}
+
 void filterRow(Filter filter, const unsigned char* row, const unsigned char* above, std::size_t count,
                std::size_t channels, unsigned char* out) {
-    for (std::size_t i = 0; i < count; ++i) {
-        const int left = i < channels ? 0 : row[i - channels], upLeft = i < channels ? 0 : above[i - channels];
-        int guess = 0;
-        switch (filter) {
-            case none:
-                break;
-            case sub:
-                guess = left;
-                break;
-            case up:
-                guess = above[i];
-                break;
-            case average:
-                guess = (left + above[i]) / 2;
-                break;
-            case paethFilter:
-                guess = paeth(left, above[i], upLeft);
-                break;
-        }
-        out[i] = static_cast<unsigned char>(row[i] - guess);
+    const auto with = [&](auto guess) { filterRow(guess, row, above, count, channels, out); };
+    switch (filter) {
+        case none:
+            return with([](int, int, int) { return 0; });
+        case sub:
+            return with([](int left, int, int) { return left; });
+        case up:
+            return with([](int, int upper, int) { return upper; });
+        case average:
+            return with([](int left, int upper, int) { return (left + upper) / 2; });
+        case paethFilter:
+            return with(paeth);
     }
 }
 
