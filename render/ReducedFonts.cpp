@@ -28,7 +28,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::string_view formatVersion = "5";   // of what stands in the folder
+constexpr std::string_view formatVersion = "6";   // of what stands in the folder
 constexpr std::string_view namePrefix = "fonts-";
 
 // The letters, punctuation and symbols of Latin, Greek and Cyrillic text: what mixes within a word stays in one font.

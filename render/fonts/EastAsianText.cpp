@@ -60,16 +60,15 @@ Characters commonCharacters() {
 std::vector<Characters> portionsOf(const std::vector<Writing>& kinds) {
     std::vector<Characters> portions;
     auto common = commonCharacters();   // go into the first
-    for (const Writing writing : kinds) {
-        const auto& set = *std::ranges::find(sets, writing, &CharacterSet::writing);
-        for (const auto& rows : {set.everyday, set.further}) {
-            auto portion = charactersOf(set, rows);
+    for (const auto level : {&CharacterSet::everyday, &CharacterSet::further})
+        for (const Writing writing : kinds) {
+            const auto& set = *std::ranges::find(sets, writing, &CharacterSet::writing);
+            auto portion = charactersOf(set, set.*level);
             portion.merge(common);
             for (const auto& earlier : portions)
                 std::erase_if(portion, [&](char32_t character) { return earlier.contains(character); });
             if (!portion.empty()) portions.push_back(std::move(portion));
         }
-    }
     return portions;
 }
 

@@ -169,6 +169,8 @@ std::vector<PortionedFace> eastAsianFaces(FcConfig* config, int weight) {
         if (!face || !isWorthPortions(*face)) continue;
         if (const auto known = find(faces, *face); known != faces.end()) {
             known->languages.emplace_back(languageOf(writing));
+            std::erase(known->kinds, writing);
+            known->kinds.insert(known->kinds.begin(), writing);   // mostly it is this that is written here
         } else {
             named.push_back({face->file, face->index, familiesOf(pattern.get()), {languageOf(writing)}, {writing}});
         }
