@@ -17,6 +17,7 @@ namespace {
 using BlobPtr = std::unique_ptr<hb_blob_t, Releaser<hb_blob_destroy>>;
 using FacePtr = std::unique_ptr<hb_face_t, Releaser<hb_face_destroy>>;
 using FontPtr = std::unique_ptr<hb_font_t, Releaser<hb_font_destroy>>;
+using PlanPtr = std::unique_ptr<hb_subset_plan_t, Releaser<hb_subset_plan_destroy>>;
 using InputPtr = std::unique_ptr<hb_subset_input_t, Releaser<hb_subset_input_destroy>>;
 using DrawFuncsPtr = std::unique_ptr<hb_draw_funcs_t, Releaser<hb_draw_funcs_destroy>>;
 
@@ -119,16 +120,18 @@ struct Tables {
     std::string glyf, loca, hmtx, maxp;
 };
 
-std::optional<Tables> trueTypeTables(hb_face_t* face) {
+// Of the glyphs of a face that are left, by their new numbers.
+std::optional<Tables> trueTypeTables(hb_face_t* face, const hb_map_t* glyphs) {
     const FontPtr font(hb_font_create(face));   // in the face's own units
     const DrawFuncsPtr draw = drawingInto();
     // Twice as fine as that of the best known East Asian TrueType fonts, which have 256 units; a seventh smaller than
     // with the units of PostScript fonts.
     const int grid = std::max(1, static_cast<int>(hb_face_get_upem(face)) / 500);
-    const unsigned count = hb_face_get_glyph_count(face);
+    const unsigned count = hb_map_get_population(glyphs);
     std::size_t mostPoints = 0, mostContours = 0;
     Tables tables;
-    for (hb_codepoint_t id = 0; id < count; ++id) {
+    for (hb_codepoint_t number = 0; number < count; ++number) {
+        const hb_codepoint_t id = hb_map_get(glyphs, number);
         TrueTypeGlyph glyph(grid);
         hb_font_get_glyph_shape(font.get(), id, draw.get(), &glyph);
         const auto entry = glyph.entry();
@@ -147,14 +150,13 @@ std::optional<Tables> trueTypeTables(hb_face_t* face) {
     return tables;
 }
 
-// The face with its outlines in another form.
-std::optional<std::string> asTrueType(hb_face_t* face) {
-    const auto tables = trueTypeTables(face);
+// A face that lacks its outlines, with those.
+std::optional<std::string> withOutlines(hb_face_t* face, const Tables& tables) {
     auto head = tableOf(face, headTag), hhea = tableOf(face, hheaTag);
     constexpr std::size_t headBytes = 54, hheaBytes = 36;
-    if (!tables || head.size() < headBytes || hhea.size() < hheaBytes) return std::nullopt;
+    if (head.size() < headBytes || hhea.size() < hheaBytes) return std::nullopt;
     put16(head, headBytes - 4, 1);   // the form of "loca": whole offsets of 32 bits
-    put16(hhea, hheaBytes - 2, static_cast<int>(hb_face_get_glyph_count(face)));   // each has an advance of its own
+    put16(hhea, hheaBytes - 2, static_cast<int>(tables.hmtx.size() / 4));   // each glyph has an advance of its own
 
     const FacePtr builder(hb_face_builder_create());
     const auto add = [&](hb_tag_t tag, std::string_view bytes) {
@@ -163,14 +165,13 @@ std::optional<std::string> asTrueType(hb_face_t* face) {
     std::array<hb_tag_t, 64> tags;
     unsigned count = tags.size();
     hb_face_get_table_tags(face, 0, &count, tags.data());
-    for (const hb_tag_t tag : std::span(tags).first(count))
-        if (tag != cffTag) add(tag, tableOf(face, tag));
+    for (const hb_tag_t tag : std::span(tags).first(count)) add(tag, tableOf(face, tag));
     add(headTag, head);
     add(hheaTag, hhea);
-    add(hmtxTag, tables->hmtx);
-    add(maxpTag, tables->maxp);
-    add(glyfTag, tables->glyf);
-    add(locaTag, tables->loca);
+    add(hmtxTag, tables.hmtx);
+    add(maxpTag, tables.maxp);
+    add(glyfTag, tables.glyf);
+    add(locaTag, tables.loca);
     return bytesOf(BlobPtr(hb_face_reference_blob(builder.get())));
 }
 
@@ -204,11 +205,15 @@ std::optional<std::string> FontCutter::cutPortion(const Characters& characters) 
     keepAll(input.get(), HB_SUBSET_SETS_LAYOUT_FEATURE_TAG);
     hb_set_t* const features = hb_subset_input_set(input.get(), HB_SUBSET_SETS_LAYOUT_FEATURE_TAG);
     for (const auto* feature : otherForms) hb_set_del(features, hb_tag_from_string(feature, -1));
-    const FacePtr made(hb_subset_or_fail(face, input.get()));
+    if (!isTrueType) hb_set_add(hb_subset_input_set(input.get(), HB_SUBSET_SETS_DROP_TABLE_TAG), cffTag);
+    const PlanPtr plan(hb_subset_plan_create_or_fail(face, input.get()));
+    const FacePtr made(plan ? hb_subset_plan_execute_or_fail(plan.get()) : nullptr);
     if (!made) return {};
     const BlobPtr file(hb_face_reference_blob(made.get()));
     if (isTrueType) return bytesOf(file);
-    return asTrueType(FacePtr(hb_face_create(file.get(), 0)).get());   // one that can tell its tables
+    const auto tables = trueTypeTables(face, hb_subset_plan_new_to_old_glyph_mapping(plan.get()));
+    if (!tables) return {};
+    return withOutlines(FacePtr(hb_face_create(file.get(), 0)).get(), *tables);   // one that can tell its tables
 }
 
 }   // namespace ostrel::fonts

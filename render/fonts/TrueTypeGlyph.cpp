@@ -15,13 +15,15 @@ constexpr std::size_t mostCurves = 16;   // for one cubic curve; far more than a
 
 // ---- Distance
 
+bool isWithin(double distance, Place place) { return std::norm(place) <= distance * distance; }
+
 // True if a curve stays within a distance of the origin. The curve is the difference of two others.
 bool staysWithin(double distance, const Cubic& curve, int depth = 0) {
     const auto& [start, c1, c2, end] = curve;
-    if (std::abs(c1) <= distance && std::abs(c2) <= distance) return true;   // and the ends, as the caller knows
-    constexpr int deepest = 8;                                               // as good as touching the limit
+    if (isWithin(distance, c1) && isWithin(distance, c2)) return true;   // and the ends, as the caller knows
+    constexpr int deepest = 8;                                           // as good as touching the limit
     const Place middle = (start + 3.0 * (c1 + c2) + end) / 8.0;
-    if (std::abs(middle) > distance || depth == deepest) return false;
+    if (!isWithin(distance, middle) || depth == deepest) return false;
     const Place slope = (end + c2 - c1 - start) / 8.0;
     return staysWithin(distance, {start, (start + c1) / 2.0, middle - slope, middle}, depth + 1) &&
            staysWithin(distance, {middle, middle + slope, (c2 + end) / 2.0, end}, depth + 1);
@@ -68,7 +70,7 @@ std::optional<Controls> controlsOf(const Cubic& cubic, std::size_t curves, doubl
     Place start = cubic[0];
     for (std::size_t i = 0; i < curves; ++i) {
         const Place end = i + 1 < curves ? (controls[i] + controls[i + 1]) / 2.0 : cubic[3];
-        const bool fits = std::abs(end - parts[i][3]) <= tolerance &&
+        const bool fits = isWithin(tolerance, end - parts[i][3]) &&
                           staysWithin(tolerance, difference(start, controls[i], end, parts[i]));
         if (!fits && curves < mostCurves) return std::nullopt;
         start = end;
