@@ -136,7 +136,8 @@ bool isEastAsian(std::string_view language) {
     });
 }
 
-auto find(std::vector<PortionedFace>& faces, const Face& face) {
+template <class AnyFace>
+auto find(std::vector<PortionedFace>& faces, const AnyFace& face) {
     return std::ranges::find_if(
         faces, [&](const PortionedFace& each) { return each.file == face.file && each.index == face.index; });
 }
@@ -218,7 +219,10 @@ std::set<fs::path> needlessDrawnFonts(FcConfig* config) {
 
 std::vector<PortionedFace> eastAsianFaces(FcConfig* config) {
     std::vector<PortionedFace> faces;
-    for (const int weight : weights) std::ranges::move(eastAsianFaces(config, weight), std::back_inserter(faces));
+    for (const int weight : weights)
+        for (auto& face : eastAsianFaces(config, weight)) {   // one may stand for several weights
+            if (find(faces, face) == faces.end()) faces.push_back(std::move(face));
+        }
     return faces;
 }
 
