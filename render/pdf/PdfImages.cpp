@@ -65,14 +65,14 @@ public:
         if (group == bySize_.end()) return nullptr;
         auto& [files, byPixels] = group->second;
         const auto hash = std::hash<std::string_view>();
-        if (const auto found = byPixels.find(hash(pixels)); found != byPixels.end())
-            return jpeg::decodedPixels(found->second) == pixels ? &found->second : nullptr;
+        const auto found = byPixels.empty() ? byPixels.end() : byPixels.find(hash(pixels));
+        if (found != byPixels.end()) return jpeg::decodedPixels(found->second) == pixels ? &found->second : nullptr;
         while (!files.empty()) {
             const auto decodedFile = jpeg::decodedPixels(files.back());
-            const auto file = std::move(files.back());
+            auto file = std::move(files.back());
             files.pop_back();
             if (!decodedFile) continue;
-            const auto [at, isNew] = byPixels.emplace(hash(*decodedFile), file);
+            const auto [at, isNew] = byPixels.emplace(hash(*decodedFile), std::move(file));
             if (isNew && *decodedFile == pixels) return &at->second;
         }
         return nullptr;
@@ -166,14 +166,14 @@ QPDFObjectHandle predictorParameters(const Picture& picture) {
     return parameters;
 }
 
-// What a picture will take, judged by a strip from its middle: drawings pack better as they are, photographs as
-// differences.
+// What a picture will take, judged by a strip of some bytes from its middle: drawings pack better as they are,
+// photographs as differences.
 struct Estimate {
     std::size_t plain = 0, predicted = 0;   // bytes
 };
 
-Estimate estimate(std::string_view pixels, const Picture& picture) {
-    const auto rows = std::clamp<std::size_t>((std::size_t{1} << 17) / picture.rowBytes(), 1, picture.size.height);
+Estimate estimate(std::string_view pixels, const Picture& picture, std::size_t stripBytes) {
+    const auto rows = std::clamp<std::size_t>(stripBytes / picture.rowBytes(), 1, picture.size.height);
     const auto strip = pixels.substr((picture.size.height - rows) / 2 * picture.rowBytes(), rows * picture.rowBytes());
     const auto ofWhole = [&](std::string_view part) {
         return zlib::deflate(part, zlib::Effort::quick).size() * picture.size.height / rows;
@@ -192,8 +192,10 @@ std::size_t packImages(QPDF& file, std::string_view html) {
         if (!picture) continue;
         const auto pixels = decoded(image, picture->bytes());
         if (!pixels || pixels->size() != picture->bytes()) continue;
-        const auto expected = estimate(*pixels, *picture);
         const auto* const original = picture->channels == 3 ? originals.matching(picture->size, *pixels) : nullptr;
+        // Whether a photograph or a drawing was made a JPEG is soon told.
+        constexpr std::size_t enoughToTell = 1 << 15, enoughToChoose = 1 << 17;
+        const auto expected = estimate(*pixels, *picture, original ? enoughToTell : enoughToChoose);
         if (original && original->size() < std::min(expected.plain, expected.predicted)) {
             image.replaceStreamData(*original, QPDFObjectHandle::newName("/DCTDecode"), QPDFObjectHandle::newNull());
             ++restored;
