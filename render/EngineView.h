@@ -4,7 +4,9 @@
 #include "render/NavigationPolicy.h"
 
 #include <functional>
+#include <memory>
 #include <string>
+#include <string_view>
 
 #include <webkit/webkit.h>
 
@@ -25,8 +27,8 @@ public:
 
     // Before the first load; null: the engine goes on without the list.
     void install(WebKitUserContentFilter* offlineRules);
-    // The margins that the pages of this view get when printed, whatever the page itself asks for, in points. False when
-    // they had these before.
+    // The margins that the pages of this view get when printed, whatever the page itself asks for, in points. False
+    // when they had these before.
     bool setPageMargins(double verticalPoints, double horizontalPoints);
     // Loads a page from its text, of any size and content. Relative addresses lead nowhere. One load at a time: the
     // next one waits until this one is committed or has failed.
@@ -34,12 +36,15 @@ public:
 
 private:
     static gboolean decidePolicy(WebKitWebView*, WebKitPolicyDecision*, WebKitPolicyDecisionType, gpointer) noexcept;
-    void replaceUserStyles(const std::string& pageRule);
+    bool setUserStyles(const std::string& pageRule, std::string_view tabRule);   // false: they are these already
 
     GRef<WebKitUserContentManager> content_;
     GRef<WebKitWebView> view_;
     LinkOpener opensOutside_;
     std::string pageRule_;
+    std::string_view tabRule_;
+    std::string styleSource_;   // of the next
+    std::unique_ptr<WebKitUserStyleSheet, Releaser<webkit_user_style_sheet_unref>> styles_;
     bool isOurOwnLoad_ = false;   // until the engine has asked about it
     SignalHandler policy_;
 };

@@ -148,6 +148,18 @@ TEST_F(Printing, KeepsWordsSearchable) {
     }
 }
 
+TEST_F(Printing, KeepsTabs) {
+    const std::string pages[] = {"<pre>first\tsecond", "<pre>first&#9;second", "<pre>first&#x0009;second",
+                                 "<pre>first&Tab;second",
+                                 "<style>b:before{white-space:pre;content:'first\\9 second'}</style><b>"};
+    for (const auto& page : pages) {
+        print("<pre>a page without any");
+        const auto word = find(readSheets(print("<!DOCTYPE html>" + page)), "second");
+        ASSERT_TRUE(word) << page;
+        EXPECT_GT(word->left, 44 + 40) << page;
+    }
+}
+
 // Drawn one by one, which is what the engine does with the glyphs of most East Asian fonts, these take twice the room.
 TEST_F(Printing, TakesLittleRoomForEastAsianText) {
     if (fonts::eastAsianFaces(FcConfigGetCurrent()).empty()) GTEST_SKIP() << "no large East Asian font here";
