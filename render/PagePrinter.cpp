@@ -92,6 +92,13 @@ struct PendingAnswer {
     std::function<void(PagePrinter&, GAsyncResult*)> take;
 };
 
+// At its limit the engine stops shrinking and leaves out what is wider still. The measured width has let the page
+// through, so something is where only the print's own layout finds it.
+bool mayLackItsRightEdge(const Bytes& pdf) {
+    const auto scale = printedScale(pdf.view());
+    return scale && *scale * pageGeometry::mostPixelsPerPoint < 1.0006;
+}
+
 }   // namespace
 
 PagePrinter::PagePrinter(PaperSize paper, PrintLimits limits) : paper_(paper), limits_(limits) {}
@@ -250,20 +257,20 @@ void PagePrinter::printFinished() {
     if (phase_ != Phase::printing) return;
     if (failure_)
         return fail(RenderError::Kind::writeFailed, i18n::filled(tr("The PDF could not be printed: %@."), *failure_));
-    if (files::size(output_).value_or(0) > 0) {
-        if (mayLackItsRightEdge() && attempt_ < mostAttempts) return printWider();
-        return complete(PrintedPage{.scale = 1 / enlargement_, .links = std::move(links_)});
-    }
+    if (files::size(output_).value_or(0) > 0) return printedTo(output_);
     limit_ = mainLoop::Timer(crashNews, [this] {
         fail(RenderError::Kind::writeFailed, tr("The PDF could not be printed: the web engine wrote no file."));
     });
 }
 
-// At its limit the engine stops shrinking and leaves out what is wider still. The measured width has let the page
-// through, so something is where only the print's own layout finds it.
-bool PagePrinter::mayLackItsRightEdge() const {
-    const auto scale = printedScale(output_);
-    return scale && *scale * pageGeometry::mostPixelsPerPoint < 1.0006;
+void PagePrinter::printedTo(const std::filesystem::path& file) {
+    try {
+        Bytes pdf = files::readWhole(file);
+        if (mayLackItsRightEdge(pdf) && attempt_ < mostAttempts) return printWider();
+        complete(PrintedPage{.pdf = std::move(pdf), .scale = 1 / enlargement_, .links = std::move(links_)});
+    } catch (const FileError& error) {
+        fail(RenderError::Kind::writeFailed, error.what());
+    }
 }
 
 void PagePrinter::printWider() {

@@ -2,6 +2,7 @@
 
 #include "app/AppSettings.h"
 #include "core/export/PDFRendering.h"
+#include "platform/Bytes.h"
 #include "render/EngineView.h"
 #include "render/MainLoop.h"
 #include "render/PrintLimits.h"
@@ -22,6 +23,7 @@ namespace ostrel {
 
 // What the engine printed, still as big as it had to be to hold the whole width of the page.
 struct PrintedPage {
+    Bytes pdf;
     double scale = 1;                // final size over printed size
     std::vector<LinkMark> links{};   // marked on the pages
 };
@@ -53,7 +55,7 @@ private:
     void startPrinting();
     void printNow();
     void printFinished();
-    bool mayLackItsRightEdge() const;
+    void printedTo(const std::filesystem::path& file);
     void printWider();
     void complete(PrintOutcome outcome);
     void fail(RenderError::Kind kind, const std::string& reason);

@@ -1,7 +1,5 @@
 #include "render/PrintedScale.h"
 
-#include "platform/Files.h"
-
 #include <array>
 #include <cstddef>
 #include <exception>
@@ -44,14 +42,12 @@ private:
 
 }   // namespace
 
-std::optional<double> printedScale(const std::filesystem::path& printed) {
+std::optional<double> printedScale(ByteView printed) {
     ScaleFinder finder;
     try {
-        // In one read: libqpdf would go back and forth in the file.
-        const Bytes content = files::readWhole(printed);
         QPDF pdf;
         pdf.setSuppressWarnings(true);
-        pdf.processMemoryFile("printed page", content.chars().data(), content.chars().size());
+        pdf.processMemoryFile("printed page", charsOf(printed).data(), printed.size());
         const auto& pages = pdf.getAllPages();
         if (!pages.empty()) QPDFObjectHandle(pages.front()).parsePageContents(&finder);
     } catch (const std::exception&) {

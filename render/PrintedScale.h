@@ -1,12 +1,13 @@
 #pragma once
 
-#include <filesystem>
+#include "platform/Bytes.h"
+
 #include <optional>
 
 namespace ostrel {
 
 // How many points the engine made of one CSS pixel on the first page of the file it printed; nothing when the file does
 // not tell.
-std::optional<double> printedScale(const std::filesystem::path& printed);
+std::optional<double> printedScale(ByteView printed);
 
 }   // namespace ostrel

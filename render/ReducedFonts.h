@@ -4,10 +4,10 @@
 #include <optional>
 
 // The engine packs every font that a page uses into its PDF whole, which takes longer than all the rest of printing, or
-// draws its glyphs one by one when they have PostScript outlines, as those of most East Asian fonts, which takes room too.
-// So it gets copies of the text fonts that print the same but are half the size, and of the East Asian ones as TrueType
-// fonts in portions, kept in the user's cache, through a fontconfig configuration of their own; everything else comes
-// from the system's fonts as before.
+// draws its glyphs one by one when they have PostScript outlines, as those of most East Asian fonts, which takes room
+// too. So it gets copies of the text fonts that print the same but are half the size, and of the East Asian ones as
+// TrueType fonts in portions, kept in the user's cache, through a fontconfig configuration of their own; everything
+// else comes from the system's fonts as before.
 namespace ostrel::reducedFonts {
 
 // Directs the programs that this process starts from now on, the engine's among them, to the reduced fonts, which it

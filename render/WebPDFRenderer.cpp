@@ -62,7 +62,9 @@ void WebPDFRenderer::renderPDF(const std::string& html, const std::filesystem::p
                                     .links = {},
                                     .linkMarks = std::move(page.links),
                                     .html = html};
-        state.finisher.finish(printed, destination, options);
+        const auto finished = state.finisher.finish(page.pdf.view(), options);
+        page.pdf = {};
+        files::writeAtomically(destination, bytesOf(finished.pdf));
         std::error_code ignored;
         std::filesystem::remove(printed, ignored);
         // Short-lived objects of all sizes leave holes, which would add up to three times what is in use.

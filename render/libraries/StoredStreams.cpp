@@ -1,10 +1,11 @@
 // Preloaded into the engine's processes. The engine packs each page's fonts and pictures whole, which takes it longer
 // than everything else, only for us to unpack them again and to embed a tenth: with this it stores them as they are.
 // Whatever else packs in those processes is unpacked in the same machine. All of it stays in memory until the last page
-// is printed: once the process has become large, pictures are packed again.
+// is printed: once the process has become large, pictures are packed again, as far as that makes them smaller.
 
 #include <charconv>
 #include <cstring>
+#include <optional>
 #include <system_error>
 #include <utility>
 
@@ -28,6 +29,16 @@ bool isStored(const z_stream& stream) { return stream.reserved >= storing && str
 bool isLookDue(const z_stream& stream) {
     return isStored(stream) && stream.total_in / betweenLooks > stream.reserved - storing;
 }
+
+// The last stream that began to be packed after all, and when.
+struct Trial {
+    const z_stream* stream = nullptr;
+    uLong in = 0, out = 0;
+
+    bool isOver() const { return stream->total_in - in >= betweenLooks; }
+    bool isWorthwhile() const { return (stream->total_out - out) / 3 < (stream->total_in - in) / 4; }
+};
+thread_local Trial trial;
 
 bool isProcessSmall() {
     static const int pages = open("/proc/self/statm", O_RDONLY | O_CLOEXEC);   // in all, resident, of files
@@ -77,16 +88,29 @@ __attribute__((visibility("default"))) int deflateInit2_(z_streamp stream, int, 
 __attribute__((visibility("default"))) int deflate(z_streamp stream, int flush) {
     static auto* const real = theReal(&deflate, "deflate");
     if (!real) return Z_STREAM_ERROR;
-    if (stream != nullptr && stream->total_in == 0 && isFontFile(*stream)) stream->reserved = 0;
-    if (stream != nullptr && isLookDue(*stream)) {
+    if (stream == nullptr) return real(stream, flush);
+    if (stream->total_in == 0) {
+        if (isFontFile(*stream)) stream->reserved = 0;
+        if (trial.stream == stream) trial = {};
+    }
+    // Whoever changes what is done with the rest of a stream has what is held of it written first, through here.
+    std::optional<int> changed;
+    if (trial.stream == stream && trial.isOver()) {
+        const auto ended = std::exchange(trial, {});
+        if (!ended.isWorthwhile())   // a photograph: a sixth smaller, in forty times the time
+            changed = deflateParams(stream, Z_NO_COMPRESSION, Z_DEFAULT_STRATEGY);
+        if (changed == Z_BUF_ERROR) trial = ended;   // no room for all of it yet: next time
+    } else if (isLookDue(*stream)) {
         ++stream->reserved;
         if (!isProcessSmall()) {
-            const auto looks = std::exchange(stream->reserved, 0);   // the next writes what is still held, through here
-            const int outcome = deflateParams(stream, Z_BEST_SPEED, Z_DEFAULT_STRATEGY);
-            if (outcome == Z_BUF_ERROR) stream->reserved = looks - 1;   // no room for all of it yet: next time
-            if (outcome == Z_STREAM_ERROR || stream->avail_out == 0) return outcome == Z_STREAM_ERROR ? outcome : Z_OK;
+            const auto looks = std::exchange(stream->reserved, 0);
+            changed = deflateParams(stream, Z_BEST_SPEED, Z_DEFAULT_STRATEGY);
+            if (changed == Z_OK) trial = {stream, stream->total_in, stream->total_out};
+            if (changed == Z_BUF_ERROR) stream->reserved = looks - 1;
         }
     }
+    if (changed == Z_STREAM_ERROR) return Z_STREAM_ERROR;
+    if (changed && stream->avail_out == 0) return Z_OK;
     return real(stream, flush);
 }
 }

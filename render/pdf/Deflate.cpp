@@ -17,7 +17,7 @@ struct Free {
 
 // Making a compressor costs more than packing a small stream with it.
 libdeflate_compressor* compressor(Effort effort) {
-    static constexpr std::array levels{1, 7, 12};
+    static constexpr std::array levels{1, 6, 7, 12};
     thread_local std::array<std::unique_ptr<libdeflate_compressor, Free>, levels.size()> kept;
     const auto i = static_cast<std::size_t>(effort);
     if (!kept[i]) kept[i].reset(libdeflate_alloc_compressor(levels[i]));

@@ -12,7 +12,7 @@
 namespace ostrel {
 namespace {
 
-constexpr std::size_t fontLimit = std::size_t{64} << 20;   // the largest CJK fonts take a third of it
+constexpr std::size_t fontLimit = std::size_t{64} << 20;     // the largest CJK fonts take a third of it
 constexpr std::size_t memoryLimit = std::size_t{24} << 20;   // what a score of mails has in common
 
 template <auto destroy>

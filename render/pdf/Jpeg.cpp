@@ -2,6 +2,7 @@
 
 #include <csetjmp>
 #include <cstdio>
+#include <cstring>
 #include <memory>
 #include <set>
 
@@ -48,15 +49,20 @@ bool readsHeader(Decoder& decoder, std::string_view file) {
            !state.arith_code && decoder.errors.num_warnings == 0;
 }
 
-// No object with a destructor may live in here: longjmp passes it by.
-bool decodeInto(Decoder& decoder, char* pixels) {
+std::size_t rowBytes(const Decoder& decoder) { return std::size_t{decoder.state.image_width} * 3; }
+std::size_t pixelBytes(const Decoder& decoder) { return rowBytes(decoder) * decoder.state.image_height; }
+
+// Row by row; false ends it. Nothing that needs a destructor may live in here or in take: longjmp passes it by.
+template <class Take>
+bool decode(Decoder& decoder, unsigned char* row, Take take) {
     if (setjmp(decoder.failed)) return false;
     auto& state = decoder.state;
     state.out_color_space = JCS_RGB;
     jpeg_start_decompress(&state);
     while (state.output_scanline < state.output_height) {
-        auto* row = reinterpret_cast<JSAMPROW>(pixels) + std::size_t{state.output_scanline} * state.output_width * 3;
+        const std::size_t at = rowBytes(decoder) * state.output_scanline;
         jpeg_read_scanlines(&state, &row, 1);
+        if (!take(at, reinterpret_cast<const char*>(row))) return false;
     }
     jpeg_finish_decompress(&state);
     return decoder.errors.num_warnings == 0;
@@ -91,9 +97,22 @@ std::optional<ImageSize> size(std::string_view file) {
 std::optional<std::string> decodedPixels(std::string_view file) {
     Decoder decoder;
     if (!readsHeader(decoder, file)) return std::nullopt;
-    std::string pixels(std::size_t{decoder.state.image_width} * 3 * decoder.state.image_height, '\0');
-    if (!decodeInto(decoder, pixels.data())) return std::nullopt;
-    return pixels;
+    std::vector<unsigned char> row(rowBytes(decoder));
+    std::string pixels(pixelBytes(decoder), '\0');
+    const bool isWhole = decode(decoder, row.data(), [&](std::size_t at, const char* bytes) {
+        std::memcpy(pixels.data() + at, bytes, row.size());
+        return true;
+    });
+    return isWhole ? std::optional(std::move(pixels)) : std::nullopt;
+}
+
+bool decodesTo(std::string_view file, std::string_view pixels) {
+    Decoder decoder;
+    if (!readsHeader(decoder, file) || pixels.size() != pixelBytes(decoder)) return false;
+    std::vector<unsigned char> row(rowBytes(decoder));
+    return decode(decoder, row.data(), [&](std::size_t at, const char* bytes) {
+        return std::memcmp(pixels.data() + at, bytes, row.size()) == 0;
+    });
 }
 
 // marker := FF type [length(2) content]; the scans run from SOS to EOI

@@ -24,6 +24,9 @@ std::optional<ImageSize> size(std::string_view file);
 // The pixels, 3 bytes each, rows from the top. Nothing unless the whole file decodes without a complaint.
 std::optional<std::string> decodedPixels(std::string_view file);
 
+// Whether those are its pixels; ends at the first row that differs.
+bool decodesTo(std::string_view file, std::string_view pixels);
+
 // The file without camera data, previews, profiles and what follows the image; it decodes to the same pixels.
 std::string withoutMetadata(std::string_view file);
 

@@ -150,12 +150,4 @@ PdfFinisher::Finished PdfFinisher::finish(ByteView printed, const FinishOptions&
     }
 }
 
-FinishReport PdfFinisher::finish(const std::filesystem::path& printed, const std::filesystem::path& finished,
-                                 const FinishOptions& options) {
-    const auto content = files::readWhole(printed);
-    const auto result = finish(content.view(), options);
-    files::writeAtomically(finished, bytesOf(result.pdf));
-    return result.report;
-}
-
 }   // namespace ostrel

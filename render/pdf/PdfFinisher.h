@@ -1,10 +1,9 @@
 #pragma once
 
-#include "platform/Files.h"
+#include "platform/Bytes.h"
 #include "platform/Time.h"
 
 #include <cstdint>
-#include <filesystem>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -80,16 +79,11 @@ public:
     PdfFinisher& operator=(const PdfFinisher&) = delete;
     ~PdfFinisher();
 
-    // Reads printed and writes finished, whole or not at all (printed stays where it is; both may be one path).
-    // Throws PdfError when printed cannot be understood, FileError when it cannot be read or finished not be written.
-    FinishReport finish(const std::filesystem::path& printed, const std::filesystem::path& finished,
-                        const FinishOptions& options);
-
-    // The same over bytes. Throws PdfError.
     struct Finished {
         std::string pdf;
         FinishReport report;
     };
+    // Throws PdfError.
     Finished finish(ByteView printed, const FinishOptions& options);
 
 private:

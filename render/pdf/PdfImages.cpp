@@ -53,8 +53,8 @@ std::optional<Picture> understood(QPDFObjectHandle image) {
     return picture;
 }
 
-// The photographs that the page carries, decoded when a picture of their size comes up, and then once: a page can have
-// thousands of one size.
+// The photographs that the page carries, decoded when a picture of their size comes up. A page can have thousands of
+// one size: those are decoded once.
 class Originals {
 public:
     explicit Originals(std::string_view html) : html_(html) {}
@@ -64,18 +64,18 @@ public:
         const auto group = bySize_.find({size.width, size.height});
         if (group == bySize_.end()) return nullptr;
         auto& [files, byPixels] = group->second;
-        const auto hash = std::hash<std::string_view>();
-        const auto found = byPixels.empty() ? byPixels.end() : byPixels.find(hash(pixels));
-        if (found != byPixels.end()) return jpeg::decodedPixels(found->second) == pixels ? &found->second : nullptr;
-        while (!files.empty()) {
-            const auto decodedFile = jpeg::decodedPixels(files.back());
-            auto file = std::move(files.back());
-            files.pop_back();
-            if (!decodedFile) continue;
-            const auto [at, isNew] = byPixels.emplace(hash(*decodedFile), std::move(file));
-            if (isNew && *decodedFile == pixels) return &at->second;
+        // Of one or two no summary is needed; decoding ends where a picture differs.
+        constexpr std::size_t few = 2;
+        if (byPixels.empty() && files.size() <= few) {
+            const auto same =
+                std::ranges::find_if(files, [&](const std::string& file) { return jpeg::decodesTo(file, pixels); });
+            return same == files.end() ? nullptr : &*same;
         }
-        return nullptr;
+        for (; !files.empty(); files.pop_back())
+            if (const auto decodedFile = jpeg::decodedPixels(files.back()))
+                byPixels.emplace(std::hash<std::string>()(*decodedFile), std::move(files.back()));
+        const auto found = byPixels.find(std::hash<std::string_view>()(pixels));
+        return found != byPixels.end() && jpeg::decodesTo(found->second, pixels) ? &found->second : nullptr;
     }
 
 private:
@@ -200,11 +200,11 @@ std::size_t packImages(QPDF& file, std::string_view html) {
             image.replaceStreamData(*original, QPDFObjectHandle::newName("/DCTDecode"), QPDFObjectHandle::newNull());
             ++restored;
         } else if (expected.predicted < expected.plain) {
-            auto packed = zlib::deflate(predicted(*pixels, picture->rowBytes(), picture->channels), zlib::Effort::good);
+            auto packed = zlib::deflate(predicted(*pixels, picture->rowBytes(), picture->channels), zlib::Effort::fair);
             if (packed.size() < stored(image)->getSize())
                 replaceDeflated(image, std::move(packed), predictorParameters(*picture));
         } else {
-            repack(image, *pixels, zlib::Effort::good);
+            repack(image, *pixels, zlib::Effort::fair);
         }
     }
     return restored;
