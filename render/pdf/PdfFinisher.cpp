@@ -90,7 +90,7 @@ std::string written(QPDF& file) {
     writer.setDeterministicID(true);
     writer.write();
     const auto bytes = writer.getBufferSharedPointer();
-    return std::string(pdf::viewOf(*bytes));
+    return std::string(reinterpret_cast<const char*>(bytes->getBuffer()), bytes->getSize());
 }
 
 // Makes the file smaller without changing what it shows.

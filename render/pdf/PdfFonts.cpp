@@ -166,8 +166,7 @@ std::optional<FontSubsetter::Program> subset(QPDFObjectHandle program, std::stri
 }   // namespace
 
 FontCounts reduceFonts(QPDF& file, const GlyphUse& use, FontSubsetter& subsetter) {
-    std::vector<std::shared_ptr<Buffer>> held;     // what the keys look into
-    std::map<std::string_view, Family> families;   // by the program's stored bytes
+    std::map<std::string, Family> families;   // by the program's stored bytes
     std::map<QPDFObjGen, std::size_t> parents;
     std::map<QPDFObjGen, CodeSet> glyphsOf;   // by descendant font
     std::set<std::pair<QPDFObjGen, QPDFObjGen>> links;
@@ -178,8 +177,7 @@ FontCounts reduceFonts(QPDF& file, const GlyphUse& use, FontSubsetter& subsetter
         auto type0 = file.getObject(id);
         const auto font = understood(type0, codes);
         if (!font) continue;
-        held.push_back(stored(font->program));
-        auto& family = families[viewOf(*held.back())];
+        auto& family = families[stored(font->program)];
         family.programs.emplace(font->program.getObjGen(), font->program);
         family.descriptors.emplace(font->descriptor.getObjGen(), font->descriptor);
         family.descendants.emplace(font->descendant.getObjGen(), font->descendant);

@@ -201,7 +201,7 @@ std::size_t packImages(QPDF& file, std::string_view html) {
             ++restored;
         } else if (expected.predicted < expected.plain) {
             auto packed = zlib::deflate(predicted(*pixels, picture->rowBytes(), picture->channels), zlib::Effort::fair);
-            if (packed.size() < stored(image)->getSize())
+            if (packed.size() < storedSize(image))
                 replaceDeflated(image, std::move(packed), predictorParameters(*picture));
         } else {
             repack(image, *pixels, zlib::Effort::fair);

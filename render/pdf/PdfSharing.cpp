@@ -59,14 +59,14 @@ private:
 
     QPDFObjectHandle firstLike(QPDFObjectHandle object) {
         const auto text = words(object);
-        const auto data = object.isStream() ? stored(object) : nullptr;
+        const auto data = object.isStream() ? std::optional(stored(object)) : std::nullopt;
         auto key = std::hash<std::string>()(text);
-        if (data) key = key * 31 + std::hash<std::string_view>()(viewOf(*data));
+        if (data) key = key * 31 + std::hash<std::string>()(*data);
         const auto [begin, end] = seen_.equal_range(key);
         for (auto it = begin; it != end; ++it) {
             auto& other = it->second;
             if (other.isStream() != object.isStream() || words(other) != text) continue;
-            if (!data || viewOf(*stored(other)) == viewOf(*data)) return other;
+            if (!data || stored(other) == *data) return other;
         }
         seen_.emplace(key, object);
         return object;

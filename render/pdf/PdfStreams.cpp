@@ -1,8 +1,11 @@
 #include "render/pdf/PdfStreams.h"
 
+#include <algorithm>
 #include <exception>
+#include <stdexcept>
 
 #include <qpdf/Buffer.hh>
+#include <qpdf/Pl_String.hh>
 
 namespace ostrel::pdf {
 
@@ -15,22 +18,33 @@ Packing packingOf(QPDFObjectHandle stream) {
     return isPlain ? Packing::zlib : Packing::other;
 }
 
-std::shared_ptr<Buffer> stored(QPDFObjectHandle stream) { return stream.getRawStreamData(); }
+std::size_t storedSize(QPDFObjectHandle stream) {
+    auto length = stream.getDict().getKey("/Length");
+    return length.isInteger() && length.getIntValue() >= 0 ? static_cast<std::size_t>(length.getIntValue())
+                                                           : stored(stream).size();
+}
 
-std::string_view viewOf(const Buffer& buffer) {
-    return {reinterpret_cast<const char*>(buffer.getBuffer()), buffer.getSize()};
+// Into one buffer of the right size: libqpdf's own would copy it twice more, which takes a while for a photograph.
+std::string stored(QPDFObjectHandle stream) {
+    std::string bytes;
+    auto length = stream.getDict().getKey("/Length");
+    if (length.isInteger()) bytes.reserve(std::min<std::size_t>(length.getUIntValueAsUInt(), streamLimit));
+    Pl_String pipe("stored", nullptr, bytes);
+    bool isFiltered = false;
+    if (!stream.pipeStreamData(&pipe, &isFiltered, 0, qpdf_dl_none)) throw std::runtime_error("a stream cannot be read");
+    return bytes;
 }
 
 std::optional<std::string> decoded(QPDFObjectHandle stream, std::size_t expected) {
     try {
         const auto packing = packingOf(stream);
-        if (packing == Packing::none) return std::string(viewOf(*stored(stream)));
+        if (packing == Packing::none) return stored(stream);
         if (packing == Packing::zlib) {
             const auto raw = stored(stream);
-            return zlib::inflate(viewOf(*raw), expected ? expected : raw->getSize() * 6, streamLimit);
+            return zlib::inflate(raw, expected ? expected : raw.size() * 6, streamLimit);
         }
         const auto plain = stream.getStreamData(qpdf_dl_generalized);
-        return std::string(viewOf(*plain));
+        return std::string(reinterpret_cast<const char*>(plain->getBuffer()), plain->getSize());
     } catch (const std::exception&) {
         return std::nullopt;
     }
@@ -38,8 +52,7 @@ std::optional<std::string> decoded(QPDFObjectHandle stream, std::size_t expected
 
 void repack(QPDFObjectHandle stream, std::string_view content, zlib::Effort effort) {
     auto packed = zlib::deflate(content, effort);
-    const auto before = stored(stream)->getSize();
-    if (packed.size() < before) replaceDeflated(stream, std::move(packed));
+    if (packed.size() < storedSize(stream)) replaceDeflated(stream, std::move(packed));
 }
 
 void replaceDeflated(QPDFObjectHandle stream, std::string packed, QPDFObjectHandle parameters) {

@@ -29,8 +29,8 @@ void repack(QPDFObjectHandle stream, std::string_view content, zlib::Effort effo
 void replaceDeflated(QPDFObjectHandle stream, std::string packed,
                      QPDFObjectHandle parameters = QPDFObjectHandle::newNull());
 
-// Views into the stream's stored bytes, filters still on; the buffer keeps them alive.
-std::shared_ptr<Buffer> stored(QPDFObjectHandle stream);
-std::string_view viewOf(const Buffer& buffer);
+// The stream's bytes with its filters still on, and how many they are.
+std::string stored(QPDFObjectHandle stream);
+std::size_t storedSize(QPDFObjectHandle stream);
 
 }   // namespace ostrel::pdf
