@@ -131,9 +131,9 @@ std::vector<std::string> familiesOf(FcPattern* found) {
 }
 
 bool isEastAsian(std::string_view language) {
-    return std::ranges::any_of(writings, [&](Writing writing) {
-        return language.substr(0, 2) == std::string_view(languageOf(writing)).substr(0, 2);
-    });
+    const auto withoutPlace = [](std::string_view name) { return name.substr(0, name.find('-')); };
+    return std::ranges::any_of(
+        writings, [&](Writing writing) { return withoutPlace(language) == withoutPlace(languageOf(writing)); });
 }
 
 template <class AnyFace>
@@ -168,13 +168,15 @@ std::vector<PortionedFace> eastAsianFaces(FcConfig* config, int weight) {
         const auto pattern = match(config, writing, languageOf(writing), weight);
         const auto face = faceOf(pattern.get());
         if (!face || !isWorthPortions(*face)) continue;
-        if (const auto known = find(faces, *face); known != faces.end()) {
-            known->languages.emplace_back(languageOf(writing));
-            std::erase(known->kinds, writing);
-            known->kinds.insert(known->kinds.begin(), writing);   // mostly it is this that is written here
-        } else {
-            named.push_back({face->file, face->index, familiesOf(pattern.get()), {languageOf(writing)}, {writing}});
+        auto known = find(faces, *face);
+        if (known == faces.end()) {
+            known = find(named, *face);
+            if (known == named.end())
+                known = named.insert(known, {face->file, face->index, familiesOf(pattern.get()), {}, {}});
         }
+        known->languages.emplace_back(languageOf(writing));
+        std::erase(known->kinds, writing);
+        known->kinds.insert(known->kinds.begin(), writing);   // mostly it is this that is written here
     }
     std::ranges::move(named, std::back_inserter(faces));
     return faces;
