@@ -1,5 +1,7 @@
 #pragma once
 
+#include "render/Releaser.h"
+
 #include <memory>
 #include <utility>
 
@@ -36,14 +38,6 @@ private:
     T* object_ = nullptr;
 };
 
-// Owns something that a plain function frees.
-template <auto release>
-struct Releaser {
-    template <class T>
-    void operator()(T* thing) const {
-        release(thing);
-    }
-};
 using GChars = std::unique_ptr<char, Releaser<g_free>>;
 using GErrorPtr = std::unique_ptr<GError, Releaser<g_error_free>>;
 using GBytesPtr = std::unique_ptr<GBytes, Releaser<g_bytes_unref>>;

@@ -257,15 +257,15 @@ void PagePrinter::printFinished() {
     if (phase_ != Phase::printing) return;
     if (failure_)
         return fail(RenderError::Kind::writeFailed, i18n::filled(tr("The PDF could not be printed: %@."), *failure_));
-    if (files::size(output_).value_or(0) > 0) return printedTo(output_);
+    if (files::size(output_).value_or(0) > 0) return takePrinted();
     limit_ = mainLoop::Timer(crashNews, [this] {
         fail(RenderError::Kind::writeFailed, tr("The PDF could not be printed: the web engine wrote no file."));
     });
 }
 
-void PagePrinter::printedTo(const std::filesystem::path& file) {
+void PagePrinter::takePrinted() {
     try {
-        Bytes pdf = files::readWhole(file);
+        Bytes pdf = files::readWhole(output_);
         if (mayLackItsRightEdge(pdf) && attempt_ < mostAttempts) return printWider();
         complete(PrintedPage{.pdf = std::move(pdf), .scale = 1 / enlargement_, .links = std::move(links_)});
     } catch (const FileError& error) {

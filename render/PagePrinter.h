@@ -21,7 +21,7 @@
 
 namespace ostrel {
 
-// What the engine printed, still as big as it had to be to hold the whole width of the page.
+// What the engine printed (and left in the file), still as big as it had to be to hold the whole width of the page.
 struct PrintedPage {
     Bytes pdf;
     double scale = 1;                // final size over printed size
@@ -55,7 +55,7 @@ private:
     void startPrinting();
     void printNow();
     void printFinished();
-    void printedTo(const std::filesystem::path& file);
+    void takePrinted();
     void printWider();
     void complete(PrintOutcome outcome);
     void fail(RenderError::Kind kind, const std::string& reason);

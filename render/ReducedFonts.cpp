@@ -33,12 +33,10 @@ constexpr std::string_view namePrefix = "fonts-";
 
 // The letters, punctuation and symbols of Latin, Greek and Cyrillic text: what mixes within a word stays in one font.
 // Other scripts and what only scholars write, half of a large font, come from the whole fonts, which stay installed.
-struct Range {
-    char32_t first, last;
-};
-constexpr std::array textRanges{Range{0x0000, 0x045F}, Range{0x048A, 0x04FF}, Range{0x1E00, 0x23FF},
-                                Range{0x2460, 0x27BF}, Range{0xFB00, 0xFB06}, Range{0xFE00, 0xFE0F},
-                                Range{0xFEFF, 0xFEFF}, Range{0xFFFC, 0xFFFD}};
+constexpr std::array textRanges{fonts::Range{0x0000, 0x045F}, fonts::Range{0x048A, 0x04FF},
+                                fonts::Range{0x1E00, 0x23FF}, fonts::Range{0x2460, 0x27BF},
+                                fonts::Range{0xFB00, 0xFB06}, fonts::Range{0xFE00, 0xFE0F},
+                                fonts::Range{0xFEFF, 0xFEFF}, fonts::Range{0xFFFC, 0xFFFD}};
 
 // Since when a folder that no run has used may go: nobody's program is still running on it.
 constexpr auto keptUnused = std::chrono::hours(24 * 30);
@@ -54,13 +52,6 @@ struct Plan {
     std::set<fs::path> textFonts;
     std::vector<fonts::PortionedFace> eastAsian;
 };
-
-fonts::Characters textCharacters() {
-    fonts::Characters characters;
-    for (const auto& [first, last] : textRanges)
-        for (char32_t character = first; character <= last; ++character) characters.insert(character);
-    return characters;
-}
 
 std::string factsAbout(const fs::path& font) {
     const auto modified = files::modificationDate(font);
@@ -180,7 +171,7 @@ void fillCache(const fs::path& configurationFile) {
 // The same outlines, advances and layout rules in half the size or less: the engine packs a font anew for each page,
 // which takes it longer than everything else. Not where it is not worth while, or not safe.
 void makeTextFonts(const fs::path& faces, const std::set<fs::path>& textFonts) {
-    const auto characters = textCharacters();
+    const auto characters = fonts::charactersIn(textRanges);
     int number = 0;   // files of one name may come from several folders
     for (const auto& font : textFonts) {
         const auto bytes = files::readWhole(font);

@@ -162,9 +162,8 @@ void addEveryday(SampleStore& store) {
         letter("Ada Okafor <ada@apfelgarten.example>", mara, "🎉 Party on the 16th! 🎂🥳", at(2024, 3, 4, 19, 22),
                "party")
             .text("Hi Mara! 👋\n\nWe’re celebrating 40 years 🎂 on the 16th, from six o’clock 🕕.\nBring your dancing "
-                  "shoes 💃🕺, Jonas brings the accordion 🪗.\n\nFamilies welcome 👨‍👩‍👧‍👦 and flags "
-                  "up "
-                  "🇸🇪🇩🇪🇳🇬!\n\nAda ❤️\n"),
+                  "shoes 💃🕺, Jonas brings the accordion 🪗.\n\n"
+                  "Families welcome 👨‍👩‍👧‍👦 and flags up 🇸🇪🇩🇪🇳🇬!\n\nAda ❤️\n"),
         at(2024, 3, 4, 19, 23));
     store.add(
         inbox,

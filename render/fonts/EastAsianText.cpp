@@ -9,7 +9,7 @@
 namespace ostrel::fonts {
 namespace {
 
-struct Range {
+struct Bytes {
     int first, last;
 };
 
@@ -17,18 +17,18 @@ struct Range {
 struct CharacterSet {
     Writing writing;
     const char* name;   // of ICU's converter
-    Range everyday, further;
-    std::array<Range, 2> seconds;
+    Bytes everyday, further;
+    std::array<Bytes, 2> seconds;
 };
-constexpr Range none{1, 0}, upper{0xA1, 0xFE};
+constexpr Bytes none{1, 0}, upper{0xA1, 0xFE};
 constexpr std::array sets{
     CharacterSet{Writing::japanese, "EUC-JP", {0xA1, 0xCF}, {0xD0, 0xF4}, {upper, none}},
     CharacterSet{Writing::simplifiedChinese, "GB2312", {0xA1, 0xD7}, {0xD8, 0xF7}, {upper, none}},
-    CharacterSet{Writing::traditionalChinese, "Big5", {0xA1, 0xC6}, none, {Range{0x40, 0x7E}, upper}},
+    CharacterSet{Writing::traditionalChinese, "Big5", {0xA1, 0xC6}, none, {Bytes{0x40, 0x7E}, upper}},
     CharacterSet{Writing::korean, "EUC-KR", {0xA1, 0xC8}, none, {upper, none}},
 };
 
-Characters charactersOf(const CharacterSet& set, Range rows) {
+Characters charactersOf(const CharacterSet& set, Bytes rows) {
     Characters characters;
     UErrorCode error = U_ZERO_ERROR;
     const std::unique_ptr<UConverter, Releaser<ucnv_close>> converter(ucnv_open(set.name, &error));
@@ -47,24 +47,18 @@ Characters charactersOf(const CharacterSet& set, Range rows) {
 }
 
 // Latin letters; kana, brackets and what stands for words (U+3300 and others); letters of half and whole width.
-Characters commonCharacters() {
-    Characters characters;
-    for (const auto& [first, last] :
-         {Range{0x20, 0xFF}, Range{0x3000, 0x33FF}, Range{0xFE30, 0xFE4F}, Range{0xFF00, 0xFFEF}})
-        for (int character = first; character <= last; ++character) characters.insert(static_cast<char32_t>(character));
-    return characters;
-}
+constexpr std::array common{Range{0x20, 0xFF}, Range{0x3000, 0x33FF}, Range{0xFE30, 0xFE4F}, Range{0xFF00, 0xFFEF}};
 
 }   // namespace
 
 std::vector<Characters> portionsOf(const std::vector<Writing>& kinds) {
     std::vector<Characters> portions;
-    auto common = commonCharacters();   // go into the first
+    auto rest = charactersIn(common);   // go into the first
     for (const auto level : {&CharacterSet::everyday, &CharacterSet::further})
         for (const Writing writing : kinds) {
             const auto& set = *std::ranges::find(sets, writing, &CharacterSet::writing);
             auto portion = charactersOf(set, set.*level);
-            portion.merge(common);
+            portion.merge(rest);
             for (const auto& earlier : portions)
                 std::erase_if(portion, [&](char32_t character) { return earlier.contains(character); });
             if (!portion.empty()) portions.push_back(std::move(portion));

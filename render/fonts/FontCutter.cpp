@@ -1,25 +1,21 @@
 #include "render/fonts/FontCutter.h"
 
-#include "render/GRef.h"
+#include "render/HarfBuzz.h"
 #include "render/fonts/TrueTypeGlyph.h"
 
 #include <algorithm>
 #include <array>
+#include <map>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include <hb-ot.h>
-#include <hb-subset.h>
 
 namespace ostrel::fonts {
 namespace {
 
-using BlobPtr = std::unique_ptr<hb_blob_t, Releaser<hb_blob_destroy>>;
-using FacePtr = std::unique_ptr<hb_face_t, Releaser<hb_face_destroy>>;
-using FontPtr = std::unique_ptr<hb_font_t, Releaser<hb_font_destroy>>;
-using PlanPtr = std::unique_ptr<hb_subset_plan_t, Releaser<hb_subset_plan_destroy>>;
-using InputPtr = std::unique_ptr<hb_subset_input_t, Releaser<hb_subset_input_destroy>>;
-using DrawFuncsPtr = std::unique_ptr<hb_draw_funcs_t, Releaser<hb_draw_funcs_destroy>>;
+using namespace harfBuzz;
 
 constexpr hb_tag_t glyfTag = HB_TAG('g', 'l', 'y', 'f'), locaTag = HB_TAG('l', 'o', 'c', 'a'),
                    headTag = HB_TAG('h', 'e', 'a', 'd'), hheaTag = HB_TAG('h', 'h', 'e', 'a'),
@@ -29,21 +25,10 @@ constexpr hb_tag_t glyfTag = HB_TAG('g', 'l', 'y', 'f'), locaTag = HB_TAG('l', '
 // What leads to other forms of ideographs: other languages', and those of other times, which mail does not ask for.
 constexpr std::array otherForms{"locl", "aalt", "jp78", "jp83", "jp90", "jp04", "nlck", "trad", "smpl", "expt", "hojo"};
 
-BlobPtr blobOf(std::string_view bytes, hb_memory_mode_t mode) {
-    return BlobPtr(hb_blob_create(bytes.data(), static_cast<unsigned>(bytes.size()), mode, nullptr, nullptr));
-}
+std::string copyOf(hb_face_t* face) { return std::string(viewOf(BlobPtr(hb_face_reference_blob(face)).get())); }
 
-std::string bytesOf(const BlobPtr& blob) {
-    unsigned size = 0;
-    const char* bytes = hb_blob_get_data(blob.get(), &size);
-    return {bytes, size};
-}
-
-std::string tableOf(hb_face_t* face, hb_tag_t tag) { return bytesOf(BlobPtr(hb_face_reference_table(face, tag))); }
-
-bool hasTable(hb_face_t* face, hb_tag_t tag) {
-    const BlobPtr table(hb_face_reference_table(face, tag));
-    return hb_blob_get_length(table.get()) > 0;
+std::string copyOf(hb_face_t* face, hb_tag_t table) {
+    return std::string(viewOf(BlobPtr(hb_face_reference_table(face, table)).get()));
 }
 
 // The subsetter leaves out the old kerning table, which counts where the layout tables have no kerning.
@@ -152,37 +137,41 @@ std::optional<Tables> trueTypeTables(hb_face_t* face, const hb_map_t* glyphs) {
 
 // A face that lacks its outlines, with those.
 std::optional<std::string> withOutlines(hb_face_t* face, const Tables& tables) {
-    auto head = tableOf(face, headTag), hhea = tableOf(face, hheaTag);
+    auto head = copyOf(face, headTag), hhea = copyOf(face, hheaTag);
     constexpr std::size_t headBytes = 54, hheaBytes = 36;
     if (head.size() < headBytes || hhea.size() < hheaBytes) return std::nullopt;
     put16(head, headBytes - 4, 1);   // the form of "loca": whole offsets of 32 bits
     put16(hhea, hheaBytes - 2, static_cast<int>(tables.hmtx.size() / 4));   // each glyph has an advance of its own
 
-    const FacePtr builder(hb_face_builder_create());
-    const auto add = [&](hb_tag_t tag, std::string_view bytes) {
-        hb_face_builder_add_table(builder.get(), tag, blobOf(bytes, HB_MEMORY_MODE_DUPLICATE).get());
-    };
+    std::map<hb_tag_t, std::string> all{{headTag, std::move(head)}, {hheaTag, std::move(hhea)}};
     std::array<hb_tag_t, 64> tags;
     unsigned count = tags.size();
     hb_face_get_table_tags(face, 0, &count, tags.data());
-    for (const hb_tag_t tag : std::span(tags).first(count)) add(tag, tableOf(face, tag));
-    add(headTag, head);
-    add(hheaTag, hhea);
-    add(hmtxTag, tables.hmtx);
-    add(maxpTag, tables.maxp);
-    add(glyfTag, tables.glyf);
-    add(locaTag, tables.loca);
-    return bytesOf(BlobPtr(hb_face_reference_blob(builder.get())));
+    for (const hb_tag_t tag : std::span(tags).first(count)) all.try_emplace(tag, copyOf(face, tag));
+    all[hmtxTag] = tables.hmtx;
+    all[maxpTag] = tables.maxp;
+    all[glyfTag] = tables.glyf;
+    all[locaTag] = tables.loca;
+    const FacePtr builder(hb_face_builder_create());
+    for (const auto& [tag, bytes] : all) hb_face_builder_add_table(builder.get(), tag, blobOf(bytes).get());
+    return copyOf(builder.get());
 }
 
 }   // namespace
+
+Characters charactersIn(std::span<const Range> ranges) {
+    Characters characters;
+    for (const auto& [first, last] : ranges)
+        for (char32_t character = first; character <= last; ++character) characters.insert(character);
+    return characters;
+}
 
 struct FontCutter::Face {
     FacePtr face;
 };
 
 FontCutter::FontCutter(std::string_view file, unsigned face) : face_(std::make_unique<Face>()) {
-    face_->face.reset(hb_face_create(blobOf(file, HB_MEMORY_MODE_READONLY).get(), face));
+    face_->face.reset(hb_face_create(blobOf(file).get(), face));
 }
 
 FontCutter::~FontCutter() = default;
@@ -194,7 +183,7 @@ std::optional<std::string> FontCutter::cut(const Characters& characters) const {
     keepAll(input.get(), HB_SUBSET_SETS_LAYOUT_FEATURE_TAG);
     const FacePtr made(hb_subset_or_fail(face, input.get()));
     if (!made) return {};
-    return bytesOf(BlobPtr(hb_face_reference_blob(made.get())));
+    return copyOf(made.get());
 }
 
 std::optional<std::string> FontCutter::cutPortion(const Characters& characters) const {
@@ -210,7 +199,7 @@ std::optional<std::string> FontCutter::cutPortion(const Characters& characters) 
     const FacePtr made(plan ? hb_subset_plan_execute_or_fail(plan.get()) : nullptr);
     if (!made) return {};
     const BlobPtr file(hb_face_reference_blob(made.get()));
-    if (isTrueType) return bytesOf(file);
+    if (isTrueType) return std::string(viewOf(file.get()));
     const auto tables = trueTypeTables(face, hb_subset_plan_new_to_old_glyph_mapping(plan.get()));
     if (!tables) return {};
     return withOutlines(FacePtr(hb_face_create(file.get(), 0)).get(), *tables);   // one that can tell its tables

@@ -3,12 +3,17 @@
 #include <memory>
 #include <optional>
 #include <set>
+#include <span>
 #include <string>
 #include <string_view>
 
 namespace ostrel::fonts {
 
 using Characters = std::set<char32_t>;
+struct Range {
+    char32_t first, last;
+};
+Characters charactersIn(std::span<const Range> ranges);
 
 // Cuts smaller fonts, each a file of its own, out of one that is installed: with the same outlines, advances, names and
 // layout rules as far as their characters go.

@@ -1,5 +1,6 @@
 #include "render/pdf/FontSubsetter.h"
 
+#include "render/HarfBuzz.h"
 #include "render/pdf/Deflate.h"
 
 #include <algorithm>
@@ -7,7 +8,6 @@
 #include <limits>
 
 #include <hb-ot.h>
-#include <hb-subset.h>
 
 namespace ostrel {
 namespace {
@@ -15,22 +15,7 @@ namespace {
 constexpr std::size_t fontLimit = std::size_t{64} << 20;     // the largest CJK fonts take a third of it
 constexpr std::size_t memoryLimit = std::size_t{24} << 20;   // what a score of mails has in common
 
-template <auto destroy>
-struct Destroy {
-    template <typename T>
-    void operator()(T* object) const {
-        destroy(object);
-    }
-};
-using BlobPtr = std::unique_ptr<hb_blob_t, Destroy<hb_blob_destroy>>;
-using FacePtr = std::unique_ptr<hb_face_t, Destroy<hb_face_destroy>>;
-using FontPtr = std::unique_ptr<hb_font_t, Destroy<hb_font_destroy>>;
-using InputPtr = std::unique_ptr<hb_subset_input_t, Destroy<hb_subset_input_destroy>>;
-
-bool hasTable(hb_face_t* face, hb_tag_t tag) {
-    const BlobPtr table(hb_face_reference_table(face, tag));
-    return hb_blob_get_length(table.get()) > 0;
-}
+using namespace harfBuzz;
 
 // What a PDF viewer reads of a TrueType font whose glyphs it picks by number.
 constexpr std::array neededTables{HB_TAG('g', 'l', 'y', 'f'), HB_TAG('h', 'e', 'a', 'd'), HB_TAG('h', 'h', 'e', 'a'),
@@ -74,8 +59,7 @@ struct FontSubsetter::Face {
     FacePtr face;                // null: not a font for us
 
     explicit Face(std::string_view program_) : program(program_) {
-        const BlobPtr blob(hb_blob_create(program.data(), static_cast<unsigned>(program.size()),
-                                          HB_MEMORY_MODE_READONLY, nullptr, nullptr));
+        const BlobPtr blob = blobOf(program);
         face.reset(hb_face_create(blob.get(), 0));
         if (!isPlainTrueType(face.get())) face.reset();
     }
@@ -118,9 +102,8 @@ std::optional<FontSubsetter::Program> FontSubsetter::subset(std::string_view pro
     const FacePtr cut(hb_subset_or_fail(face, input.get()));
     if (!cut || !looksTheSame(face, cut.get(), used)) return std::nullopt;
     const BlobPtr blob(hb_face_reference_blob(cut.get()));
-    unsigned length = 0;
-    const auto* const data = hb_blob_get_data(blob.get(), &length);
-    return Program{zlib::deflate({data, length}, zlib::Effort::good), length};
+    const auto bytes = viewOf(blob.get());
+    return Program{zlib::deflate(bytes, zlib::Effort::good), bytes.size()};
 }
 
 }   // namespace ostrel

@@ -1,5 +1,6 @@
 #include "render/pdf/PdfClusters.h"
 
+#include "render/HarfBuzz.h"
 #include "render/pdf/PdfContents.h"
 #include "render/pdf/PdfStreams.h"
 #include "render/pdf/PdfTokens.h"
@@ -16,23 +17,13 @@
 #include <utility>
 #include <vector>
 
-#include <hb.h>
-
 namespace ostrel::pdf {
 namespace {
 
 constexpr std::size_t mostWords = 50'000, longestWord = 400;   // beyond it is no mail that somebody searches
 constexpr std::size_t longestCluster = 24;                     // in glyphs
 
-template <auto release>
-struct Destroy {
-    template <typename T>
-    void operator()(T* object) const {
-        release(object);
-    }
-};
-using FontPtr = std::unique_ptr<hb_font_t, Destroy<hb_font_destroy>>;
-using BufferPtr = std::unique_ptr<hb_buffer_t, Destroy<hb_buffer_destroy>>;
+using namespace harfBuzz;
 
 using Glyphs = std::u16string;   // numbers of glyphs
 
@@ -157,12 +148,10 @@ std::unique_ptr<Reading> readingOf(QPDFObjectHandle font, const std::set<std::u3
     auto program = descriptor.isDictionary() ? descriptor.getKey("/FontFile2") : QPDFObjectHandle::newNull();
     const auto bytes = program.isStream() ? decoded(program) : std::nullopt;
     if (!bytes) return nullptr;
-    auto* const blob =
-        hb_blob_create(bytes->data(), static_cast<unsigned>(bytes->size()), HB_MEMORY_MODE_DUPLICATE, nullptr, nullptr);
-    auto* const face = hb_face_create(blob, 0);
-    hb_blob_destroy(blob);
-    FontPtr shaper(hb_font_create(face));
-    hb_face_destroy(face);
+    const BlobPtr copy(hb_blob_create(bytes->data(), static_cast<unsigned>(bytes->size()), HB_MEMORY_MODE_DUPLICATE,
+                                      nullptr, nullptr));
+    const FacePtr face(hb_face_create(copy.get(), 0));
+    FontPtr shaper(hb_font_create(face.get()));
     return std::make_unique<Reading>(std::move(shaper), std::move(map->texts), words);
 }
 

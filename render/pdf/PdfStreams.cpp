@@ -20,18 +20,17 @@ Packing packingOf(QPDFObjectHandle stream) {
 
 std::size_t storedSize(QPDFObjectHandle stream) {
     auto length = stream.getDict().getKey("/Length");
-    return length.isInteger() && length.getIntValue() >= 0 ? static_cast<std::size_t>(length.getIntValue())
-                                                           : stored(stream).size();
+    return length.isInteger() && length.getIntValue() > 0 ? static_cast<std::size_t>(length.getIntValue()) : 0;
 }
 
 // Into one buffer of the right size: libqpdf's own would copy it twice more, which takes a while for a photograph.
 std::string stored(QPDFObjectHandle stream) {
     std::string bytes;
-    auto length = stream.getDict().getKey("/Length");
-    if (length.isInteger()) bytes.reserve(std::min<std::size_t>(length.getUIntValueAsUInt(), streamLimit));
+    bytes.reserve(std::min(storedSize(stream), streamLimit));
     Pl_String pipe("stored", nullptr, bytes);
     bool isFiltered = false;
-    if (!stream.pipeStreamData(&pipe, &isFiltered, 0, qpdf_dl_none)) throw std::runtime_error("a stream cannot be read");
+    if (!stream.pipeStreamData(&pipe, &isFiltered, 0, qpdf_dl_none))
+        throw std::runtime_error("a stream cannot be read");
     return bytes;
 }
 

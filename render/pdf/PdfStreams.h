@@ -29,7 +29,8 @@ void repack(QPDFObjectHandle stream, std::string_view content, zlib::Effort effo
 void replaceDeflated(QPDFObjectHandle stream, std::string packed,
                      QPDFObjectHandle parameters = QPDFObjectHandle::newNull());
 
-// The stream's bytes with its filters still on, and how many they are.
+// The stream's bytes with its filters still on, and how many it says that they are. Reading throws std::runtime_error
+// where the file is damaged.
 std::string stored(QPDFObjectHandle stream);
 std::size_t storedSize(QPDFObjectHandle stream);
 

@@ -1,5 +1,5 @@
 #include "platform/Files.h"
-#include "render/GRef.h"
+#include "render/HarfBuzz.h"
 #include "render/fonts/FontCutter.h"
 #include "render/fonts/InstalledFonts.h"
 #include "render/fonts/TrueTypeGlyph.h"
@@ -11,21 +11,13 @@
 
 #include <fontconfig/fontconfig.h>
 #include <gtest/gtest.h>
-#include <hb.h>
 
 namespace ostrel::fonts {
 namespace {
 
-using FontPtr = std::unique_ptr<hb_font_t, Releaser<hb_font_destroy>>;
-
-FontPtr fontOf(std::string_view file, int face) {
-    hb_blob_t* blob =
-        hb_blob_create(file.data(), static_cast<unsigned>(file.size()), HB_MEMORY_MODE_READONLY, nullptr, nullptr);
-    hb_face_t* made = hb_face_create(blob, static_cast<unsigned>(face));
-    FontPtr font(hb_font_create(made));
-    hb_face_destroy(made);
-    hb_blob_destroy(blob);
-    return font;
+harfBuzz::FontPtr fontOf(std::string_view file, int face) {
+    const harfBuzz::FacePtr made(hb_face_create(harfBuzz::blobOf(file).get(), static_cast<unsigned>(face)));
+    return harfBuzz::FontPtr(hb_font_create(made.get()));
 }
 
 // What a glyph paints: its area, and the box around its outline.
@@ -55,7 +47,8 @@ Paint paintOf(hb_font_t* font, hb_codepoint_t glyph) {
             }
         }
     } pen;
-    hb_draw_funcs_t* draw = hb_draw_funcs_create();
+    const harfBuzz::DrawFuncsPtr funcs(hb_draw_funcs_create());
+    hb_draw_funcs_t* const draw = funcs.get();
     static constexpr auto of = [](void* data) -> Pen& { return *static_cast<Pen*>(data); };
     hb_draw_funcs_set_move_to_func(
         draw,
@@ -87,7 +80,6 @@ Paint paintOf(hb_font_t* font, hb_codepoint_t glyph) {
         draw, [](auto*, void* data, auto*, void*) { of(data).paint.add(of(data).at, of(data).start); }, nullptr,
         nullptr);
     hb_font_get_glyph_shape(font, glyph, draw, &pen);
-    hb_draw_funcs_destroy(draw);
     return pen.paint;
 }
 
@@ -97,13 +89,13 @@ TEST(Portions, HaveTheirFacesGlyphs) {
     const auto& face = faces.front();
     const auto bytes = files::readWhole(face.file);
     const FontCutter cutter(bytes.chars(), static_cast<unsigned>(face.index));
-    const FontPtr whole = fontOf(bytes.chars(), face.index);
+    const harfBuzz::FontPtr whole = fontOf(bytes.chars(), face.index);
     const double unit = hb_face_get_upem(hb_font_get_face(whole.get())) / 1000.0;
     std::size_t seen = 0;
     for (const auto& characters : portionsOf({face.kinds.front()})) {
         const auto portion = cutter.cutPortion(characters);
         ASSERT_TRUE(portion);
-        const FontPtr part = fontOf(*portion, 0);
+        const harfBuzz::FontPtr part = fontOf(*portion, 0);
         for (auto character = characters.begin(); character != characters.end(); ++character) {
             hb_codepoint_t before = 0, after = 0;
             const bool had = hb_font_get_nominal_glyph(whole.get(), *character, &before);
