@@ -1,9 +1,9 @@
 #include "fuzz/Seeds.h"
 
-#include "core/mailstore/EmlBuilder.h"
 #include "core/mailstore/Emlx.h"
-#include "core/mailstore/SampleMail.h"
 #include "platform/Files.h"
+#include "sample/EmlBuilder.h"
+#include "sample/SampleMail.h"
 #include "tests/platform/Surroundings.h"
 
 #include <filesystem>

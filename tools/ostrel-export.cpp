@@ -7,9 +7,9 @@
 #include "core/selection/MessageFilter.h"
 #include "platform/Files.h"
 #include "platform/Translation.h"
-#include "render/HeadlessEngine.h"
-#include "render/MainLoop.h"
-#include "render/WebPDFRenderer.h"
+#include "render/engine/HeadlessEngine.h"
+#include "render/loop/MainLoop.h"
+#include "render/print/WebPDFRenderer.h"
 #include "tools/ProgressLine.h"
 
 #include <chrono>

@@ -1,6 +1,6 @@
 // ostrel-sample: writes the sample mail store, or one of any number of messages for measuring.
 
-#include "core/mailstore/SampleMail.h"
+#include "sample/SampleMail.h"
 
 #include <charconv>
 #include <cstring>

@@ -1,11 +1,11 @@
 #include "ui/AccessView.h"
 
 #include "platform/Translation.h"
-#include "ui/Accessible.h"
 #include "ui/DesktopServices.h"
-#include "ui/Headline.h"
-#include "ui/Labels.h"
-#include "ui/Symbols.h"
+#include "ui/widgets/Accessible.h"
+#include "ui/widgets/Headline.h"
+#include "ui/widgets/Labels.h"
+#include "ui/widgets/Symbols.h"
 
 #include <filesystem>
 #include <system_error>

@@ -2,7 +2,7 @@
 
 #include "app/AppModel.h"
 #include "app/Desktop.h"
-#include "ui/Mnemonics.h"
+#include "ui/widgets/Mnemonics.h"
 
 #include <functional>
 #include <string>

@@ -3,12 +3,12 @@
 #include "EmbeddedFiles.h"
 #include "platform/SettingsStore.h"
 #include "platform/Translation.h"
-#include "render/WebPDFRenderer.h"
+#include "render/print/WebPDFRenderer.h"
 #include "ui/About.h"
 #include "ui/ApplicationID.h"
-#include "ui/SheetWindow.h"
 #include "ui/ShortcutsWindow.h"
-#include "ui/Symbols.h"
+#include "ui/sheets/SheetWindow.h"
+#include "ui/widgets/Symbols.h"
 
 #include <chrono>
 #include <utility>

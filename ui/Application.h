@@ -1,15 +1,15 @@
 #pragma once
 
 #include "app/AppModel.h"
-#include "render/MainLoop.h"
-#include "render/MainLoopTasks.h"
-#include "ui/Alert.h"
+#include "render/loop/MainLoop.h"
+#include "render/loop/MainLoopTasks.h"
 #include "ui/ColorScheme.h"
 #include "ui/Commands.h"
 #include "ui/DesktopServices.h"
 #include "ui/HelpWindow.h"
 #include "ui/MainWindow.h"
 #include "ui/SettingsWindow.h"
+#include "ui/sheets/Alert.h"
 
 #include <memory>
 #include <vector>

@@ -1,7 +1,7 @@
 #include "ui/Commands.h"
 
 #include "platform/Translation.h"
-#include "ui/Mnemonics.h"
+#include "ui/widgets/Mnemonics.h"
 
 #include <functional>
 #include <utility>

@@ -2,8 +2,8 @@
 
 #include "platform/Files.h"
 #include "platform/Translation.h"
-#include "render/EngineEnvironment.h"
-#include "ui/Alert.h"
+#include "render/engine/EngineEnvironment.h"
+#include "ui/sheets/Alert.h"
 
 #include <array>
 #include <memory>

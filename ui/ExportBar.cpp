@@ -1,7 +1,7 @@
 #include "ui/ExportBar.h"
 
 #include "platform/Translation.h"
-#include "ui/Mnemonics.h"
+#include "ui/widgets/Mnemonics.h"
 
 namespace ostrel {
 

@@ -1,8 +1,8 @@
 #include "ui/FilterBar.h"
 
 #include "platform/Translation.h"
-#include "ui/Accessible.h"
-#include "ui/Mnemonics.h"
+#include "ui/widgets/Accessible.h"
+#include "ui/widgets/Mnemonics.h"
 
 #include <utility>
 

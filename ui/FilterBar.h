@@ -1,8 +1,8 @@
 #pragma once
 
 #include "app/AppModel.h"
-#include "ui/DateToggle.h"
-#include "ui/WrapBox.h"
+#include "ui/widgets/DateToggle.h"
+#include "ui/widgets/WrapBox.h"
 
 #include <functional>
 #include <string>

@@ -1,12 +1,12 @@
 #include "ui/HelpWindow.h"
 
 #include "platform/Translation.h"
-#include "ui/Accessible.h"
 #include "ui/Contact.h"
 #include "ui/DesktopServices.h"
-#include "ui/Headline.h"
-#include "ui/Labels.h"
-#include "ui/TextScale.h"
+#include "ui/widgets/Accessible.h"
+#include "ui/widgets/Headline.h"
+#include "ui/widgets/Labels.h"
+#include "ui/widgets/TextScale.h"
 
 #include <string>
 

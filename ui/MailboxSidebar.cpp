@@ -2,8 +2,8 @@
 
 #include "platform/LocaleFormat.h"
 #include "platform/Translation.h"
-#include "ui/Accessible.h"
-#include "ui/Symbols.h"
+#include "ui/widgets/Accessible.h"
+#include "ui/widgets/Symbols.h"
 
 #include <gtkmm/image.h>
 #include <gtkmm/label.h>

@@ -1,11 +1,11 @@
 #include "ui/MainWindow.h"
 
 #include "platform/Translation.h"
-#include "ui/Accessible.h"
-#include "ui/ExportSheet.h"
-#include "ui/Symbols.h"
-#include "ui/TextScale.h"
-#include "ui/WelcomeSheet.h"
+#include "ui/sheets/ExportSheet.h"
+#include "ui/sheets/WelcomeSheet.h"
+#include "ui/widgets/Accessible.h"
+#include "ui/widgets/Symbols.h"
+#include "ui/widgets/TextScale.h"
 
 #include <utility>
 

@@ -2,17 +2,17 @@
 
 #include "app/AppModel.h"
 #include "ui/AccessView.h"
-#include "ui/Alert.h"
 #include "ui/ExportBar.h"
 #include "ui/FilterBar.h"
 #include "ui/MailboxSidebar.h"
-#include "ui/MessageTable.h"
-#include "ui/Mnemonics.h"
 #include "ui/NoMailView.h"
 #include "ui/PreviewPane.h"
-#include "ui/ReadingView.h"
 #include "ui/SidebarFooter.h"
-#include "ui/ThreeColumns.h"
+#include "ui/list/MessageTable.h"
+#include "ui/list/ReadingView.h"
+#include "ui/sheets/Alert.h"
+#include "ui/widgets/Mnemonics.h"
+#include "ui/widgets/ThreeColumns.h"
 
 #include <memory>
 #include <vector>

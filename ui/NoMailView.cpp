@@ -2,9 +2,9 @@
 
 #include "platform/Text.h"
 #include "platform/Translation.h"
-#include "ui/Accessible.h"
-#include "ui/Labels.h"
-#include "ui/Symbols.h"
+#include "ui/widgets/Accessible.h"
+#include "ui/widgets/Labels.h"
+#include "ui/widgets/Symbols.h"
 
 namespace ostrel {
 namespace {

@@ -1,7 +1,7 @@
 #include "ui/PreviewPane.h"
 
 #include "platform/Translation.h"
-#include "ui/Accessible.h"
+#include "ui/widgets/Accessible.h"
 
 #include <chrono>
 #include <utility>

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "app/AppModel.h"
-#include "render/MainLoop.h"
-#include "render/WebPreview.h"
-#include "ui/EmptyState.h"
+#include "render/loop/MainLoop.h"
+#include "render/view/WebPreview.h"
+#include "ui/widgets/EmptyState.h"
 
 #include <memory>
 #include <vector>

@@ -2,11 +2,11 @@
 
 #include "platform/Text.h"
 #include "platform/Translation.h"
-#include "ui/Accessible.h"
-#include "ui/Headline.h"
-#include "ui/Labels.h"
-#include "ui/OptionRows.h"
-#include "ui/TextScale.h"
+#include "ui/sheets/OptionRows.h"
+#include "ui/widgets/Accessible.h"
+#include "ui/widgets/Headline.h"
+#include "ui/widgets/Labels.h"
+#include "ui/widgets/TextScale.h"
 
 #include <gtkmm/headerbar.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/AppModel.h"
-#include "ui/Mnemonics.h"
+#include "ui/widgets/Mnemonics.h"
 
 #include <string>
 

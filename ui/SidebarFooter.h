@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/AppModel.h"
-#include "ui/Headline.h"
+#include "ui/widgets/Headline.h"
 
 #include <vector>
 

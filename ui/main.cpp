@@ -1,11 +1,11 @@
 // ostrel: the window.
 
 #include "platform/Translation.h"
-#include "render/EngineHome.h"
-#include "render/EngineLibraries.h"
-#include "render/EngineSandbox.h"
-#include "render/MainLoop.h"
-#include "render/ReducedFonts.h"
+#include "render/engine/EngineHome.h"
+#include "render/engine/EngineLibraries.h"
+#include "render/engine/EngineSandbox.h"
+#include "render/engine/ReducedFonts.h"
+#include "render/loop/MainLoop.h"
 #include "ui/Application.h"
 #include "ui/ApplicationID.h"
 

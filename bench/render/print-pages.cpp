@@ -2,9 +2,9 @@
 // or the reason. Stays alive between pages, as an export does.
 
 #include "platform/Files.h"
-#include "render/HeadlessEngine.h"
-#include "render/MainLoop.h"
-#include "render/WebPDFRenderer.h"
+#include "render/engine/HeadlessEngine.h"
+#include "render/loop/MainLoop.h"
+#include "render/print/WebPDFRenderer.h"
 
 #include <filesystem>
 #include <iostream>

@@ -2,7 +2,7 @@
 
 #include "core/message/Charset.h"
 #include "core/message/MailMessage.h"
-#include "platform/MimeTypes.h"
+#include "platform/MIMETypes.h"
 #include "platform/Text.h"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "app/AppModel.h"
-#include "core/mailstore/EmlBuilder.h"
 #include "platform/Files.h"
+#include "sample/EmlBuilder.h"
 #include "tests/platform/Surroundings.h"
 
 #include <deque>

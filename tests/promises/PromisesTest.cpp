@@ -1,6 +1,6 @@
-#include "core/mailstore/EmlBuilder.h"
-#include "core/mailstore/SampleMail.h"
 #include "platform/Files.h"
+#include "sample/EmlBuilder.h"
+#include "sample/SampleMail.h"
 #include "tests/platform/Surroundings.h"
 #include "tests/promises/Promises.h"
 #include "tests/promises/Trace.h"

@@ -1,4 +1,4 @@
-#include "render/EngineHome.h"
+#include "render/engine/EngineHome.h"
 #include "tests/platform/Surroundings.h"
 
 #include <gtest/gtest.h>

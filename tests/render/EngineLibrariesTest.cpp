@@ -1,8 +1,8 @@
 #include "platform/Files.h"
-#include "render/MainLoop.h"
-#include "render/PageGeometry.h"
-#include "render/PagePrinter.h"
-#include "render/TemporaryFolder.h"
+#include "platform/TemporaryFolder.h"
+#include "render/loop/MainLoop.h"
+#include "render/print/PageGeometry.h"
+#include "render/print/PagePrinter.h"
 #include "tests/render/EngineProcess.h"
 
 #include <algorithm>

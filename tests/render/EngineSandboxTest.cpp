@@ -1,4 +1,4 @@
-#include "render/EngineSandbox.h"
+#include "render/engine/EngineSandbox.h"
 #include "tests/platform/Surroundings.h"
 
 #include <cstdlib>

@@ -1,4 +1,4 @@
-#include "render/FilePrinter.h"
+#include "render/print/FilePrinter.h"
 
 #include <memory>
 

@@ -1,5 +1,5 @@
-#include "render/MainLoop.h"
-#include "render/MainLoopTasks.h"
+#include "render/loop/MainLoop.h"
+#include "render/loop/MainLoopTasks.h"
 
 #include <atomic>
 #include <future>

@@ -1,4 +1,4 @@
-#include "render/NavigationPolicy.h"
+#include "render/engine/NavigationPolicy.h"
 
 #include <optional>
 #include <string>

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "platform/Files.h"
-#include "render/TemporaryFolder.h"
-#include "render/WebPDFRenderer.h"
-#include "tests/render/PrintedPdf.h"
+#include "platform/TemporaryFolder.h"
+#include "render/print/WebPDFRenderer.h"
+#include "tests/render/PrintedPDF.h"
 
 #include <filesystem>
 #include <optional>

@@ -1,4 +1,4 @@
-#include "render/fonts/InstalledFonts.h"
+#include "fonts/InstalledFonts.h"
 #include "tests/render/Printing.h"
 
 #include <cstdlib>

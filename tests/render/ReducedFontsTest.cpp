@@ -1,10 +1,10 @@
+#include "fonts/InstalledFonts.h"
 #include "platform/Files.h"
-#include "render/GRef.h"
-#include "render/MainLoop.h"
-#include "render/PagePrinter.h"
-#include "render/ReducedFonts.h"
-#include "render/TemporaryFolder.h"
-#include "render/fonts/InstalledFonts.h"
+#include "platform/TemporaryFolder.h"
+#include "render/engine/ReducedFonts.h"
+#include "render/loop/GRef.h"
+#include "render/loop/MainLoop.h"
+#include "render/print/PagePrinter.h"
 
 #include <array>
 #include <chrono>

@@ -1,7 +1,7 @@
 // Tests run on a worker beside the main loop, as an export does, on a display of their own.
 
-#include "render/HeadlessEngine.h"
-#include "render/MainLoop.h"
+#include "render/engine/HeadlessEngine.h"
+#include "render/loop/MainLoop.h"
 
 #include <cstdlib>
 

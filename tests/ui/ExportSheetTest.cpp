@@ -1,5 +1,5 @@
 #include "tests/ui/ModelFixture.h"
-#include "ui/ExportSheet.h"
+#include "ui/sheets/ExportSheet.h"
 
 #include <set>
 #include <string>

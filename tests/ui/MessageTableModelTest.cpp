@@ -1,4 +1,4 @@
-#include "ui/MessageTableModel.h"
+#include "ui/list/MessageTableModel.h"
 
 #include <numeric>
 #include <set>

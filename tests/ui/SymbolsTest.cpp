@@ -1,4 +1,4 @@
-#include "ui/Symbols.h"
+#include "ui/widgets/Symbols.h"
 
 #include <filesystem>
 #include <fstream>

@@ -1,4 +1,4 @@
-#include "ui/ThreeColumns.h"
+#include "ui/widgets/ThreeColumns.h"
 
 #include <string>
 

@@ -1,4 +1,4 @@
-#include "ui/TypeAhead.h"
+#include "ui/list/TypeAhead.h"
 
 #include <string>
 #include <vector>

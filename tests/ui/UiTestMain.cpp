@@ -1,6 +1,6 @@
 // Tests of widgets, on a display of their own. A word of the toolkit on standard error fails them.
 
-#include "render/PrivateDisplay.h"
+#include "render/engine/PrivateDisplay.h"
 
 #include <cstdlib>
 

@@ -1,8 +1,8 @@
-#include "core/mailstore/EmlBuilder.h"
 #include "core/mailstore/Emlx.h"
 #include "fuzz/Seeds.h"
 #include "fuzz/Target.h"
 #include "platform/PropertyList.h"
+#include "sample/EmlBuilder.h"
 
 namespace ostrel::fuzz {
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "core/export/Exporter.h"
-#include "core/mailstore/EmlBuilder.h"
 #include "platform/Files.h"
+#include "sample/EmlBuilder.h"
 #include "tests/platform/Surroundings.h"
 
 #include <filesystem>

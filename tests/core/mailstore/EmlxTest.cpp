@@ -1,6 +1,6 @@
-#include "core/mailstore/EmlBuilder.h"
 #include "core/mailstore/Emlx.h"
 #include "platform/Files.h"
+#include "sample/EmlBuilder.h"
 #include "tests/platform/Surroundings.h"
 
 #include <variant>

@@ -1,0 +1,94 @@
+#pragma once
+
+#include "platform/Bytes.h"
+#include "platform/Time.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace ostrel::pdf {
+
+// A place on a printed page that opens an address. Measured on the page as the engine printed it, before scaling, in
+// points from its top left corner.
+struct LinkArea {
+    std::size_t page = 0;   // 0 is the first
+    double x = 0, y = 0, width = 0, height = 0;
+    std::string url;   // http, https or mailto; areas with anything else are dropped
+};
+
+// A part of a box, in parts of its width and height. It counts only if the box was printed whole and in its shape.
+struct PartOfBox {
+    double left = 0, top = 0, width = 1, height = 1;
+    double shape = 1;   // the box's width over its height
+    bool operator==(const PartOfBox&) const = default;
+};
+
+// A link that was printed with paint nobody sees: all of this colour that is filled with an opacity of 1/255, or a part
+// of it. Several may share a colour; they come in the order drawn.
+struct LinkMark {
+    std::uint32_t colour = 0;   // 0xRRGGBB
+    std::string url;
+    std::optional<PartOfBox> part{};
+    bool operator==(const LinkMark&) const = default;
+};
+
+struct FinishOptions {   // every field has an initialiser, so that callers may name only some
+    double widthPoints = 595, heightPoints = 842;   // the paper that every page ends up on
+    double scale = 1;                               // final size over printed size; 1: printed on the paper itself
+    std::string title{}, author{};                  // UTF-8; empty: the entry is left out
+    std::optional<Instant> created{};               // the message's date
+    std::optional<std::string> language{};          // BCP 47
+    std::vector<LinkArea> links{};
+    std::vector<LinkMark> linkMarks{};   // to be found on the pages, taken out and added to links
+    // The page that was printed. JPEGs in its data: addresses replace what the engine made of them, pixel for pixel.
+    // Must live for the call.
+    std::string_view html{};
+};
+
+// What became of the file. Nothing in it is an error: what could not be made smaller was kept as the engine wrote it.
+struct FinishReport {
+    std::size_t pages = 0;
+    std::size_t links = 0;          // annotations written
+    std::size_t fontsReduced = 0;   // font programs cut down to the glyphs in use
+    std::size_t fontsKept = 0;      // font programs left whole
+    std::size_t jpegsRestored = 0;
+    bool operator==(const FinishReport&) const = default;
+};
+
+// The printed file is no PDF that can be read. Whether it was the engine's doing or damage on disk cannot be told.
+class Error : public std::runtime_error {
+public:
+    explicit Error(const std::string& reason);
+};
+
+// Turns what the web engine prints into what is kept: pages scaled back to the paper, fonts cut down to the glyphs in
+// use, original photographs put back, links, title and dates added. Text and pixels stay exactly as printed. The same
+// input gives the same bytes.
+//
+// Remembers the fonts of earlier files within a fixed amount of memory, so keep one finisher for a whole export. Use it
+// from one thread at a time; which one does not matter.
+class Finisher {
+public:
+    Finisher();
+    Finisher(const Finisher&) = delete;
+    Finisher& operator=(const Finisher&) = delete;
+    ~Finisher();
+
+    struct Finished {
+        std::string pdf;
+        FinishReport report;
+    };
+    // Throws Error.
+    Finished finish(ByteView printed, const FinishOptions& options);
+
+private:
+    struct Memory;
+    std::unique_ptr<Memory> memory_;
+};
+
+}   // namespace ostrel::pdf

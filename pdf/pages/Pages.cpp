@@ -1,0 +1,191 @@
+#include "pdf/pages/Pages.h"
+
+#include "pdf/content/Streams.h"
+#include "platform/Text.h"
+#include "platform/Translation.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <map>
+
+#include <qpdf/QPDFMatrix.hh>
+#include <qpdf/QPDFPageDocumentHelper.hh>
+#include <qpdf/QPDFPageObjectHelper.hh>
+#include <qpdf/QUtil.hh>
+
+namespace ostrel::pdf {
+namespace {
+
+using Rectangle = QPDFObjectHandle::Rectangle;   // corners in points, y upwards
+
+// How a printed page comes onto the paper.
+class Placement {
+public:
+    Placement(const Rectangle& printed, const FinishOptions& options)
+        : matrix_(options.scale, 0, 0, options.scale, 0 - printed.llx * options.scale,
+                  options.heightPoints - printed.ury * options.scale),
+          printed_(printed),
+          paper_(0, 0, options.widthPoints, options.heightPoints) {}
+
+    // A thousandth of a point is far below what any printer shows.
+    bool isIdentity() const {
+        return std::abs(matrix_.a - 1) < 1e-6 && std::abs(matrix_.e) < 1e-3 && std::abs(matrix_.f) < 1e-3;
+    }
+    const QPDFMatrix& matrix() const { return matrix_; }
+    const Rectangle& paper() const { return paper_; }
+
+    // Nothing when no part of the area is on the paper.
+    std::optional<Rectangle> place(const LinkArea& area) const {
+        const double left = printed_.llx + area.x, top = printed_.ury - area.y;
+        auto placed = matrix_.transformRectangle({left, top - area.height, left + area.width, top});
+        placed.llx = std::max(placed.llx, paper_.llx);
+        placed.lly = std::max(placed.lly, paper_.lly);
+        placed.urx = std::min(placed.urx, paper_.urx);
+        placed.ury = std::min(placed.ury, paper_.ury);
+        if (!(placed.llx < placed.urx && placed.lly < placed.ury)) return std::nullopt;   // also when not a number
+        return placed;
+    }
+
+private:
+    QPDFMatrix matrix_;
+    Rectangle printed_, paper_;
+};
+
+// A pattern is anchored to the page itself and does not follow what the content does to its coordinates.
+class ScaledPatterns {
+public:
+    explicit ScaledPatterns(QPDF& file) : file_(file) {}
+
+    void scaleIn(QPDFObjectHandle resources, const QPDFMatrix& matrix) {
+        auto patterns = resources.getKey("/Pattern");
+        if (!patterns.isDictionary()) return;
+        patterns = patterns.shallowCopy();
+        for (const auto& name : patterns.getKeys()) patterns.replaceKey(name, scaled(patterns.getKey(name), matrix));
+        resources.replaceKey("/Pattern", patterns);
+    }
+
+private:
+    QPDFObjectHandle scaled(QPDFObjectHandle pattern, const QPDFMatrix& matrix) {
+        const auto key = std::pair(pattern.getObjGen(), matrix.unparse());
+        if (const auto known = copies_.find(key); pattern.isIndirect() && known != copies_.end()) return known->second;
+        auto copy = pattern.isStream() ? pattern.copyStream() : pattern.shallowCopy();
+        auto dict = copy.isStream() ? copy.getDict() : copy;
+        auto whole = matrix;
+        if (auto own = dict.getKey("/Matrix"); own.isMatrix()) whole.concat(QPDFMatrix(own.getArrayAsMatrix()));
+        dict.replaceKey("/Matrix", QPDFObjectHandle::newArray(whole));
+        if (!copy.isIndirect()) copy = file_.makeIndirectObject(copy);
+        copies_.emplace(key, copy);
+        return copy;
+    }
+
+    QPDF& file_;
+    std::map<std::pair<QPDFObjGen, std::string>, QPDFObjectHandle> copies_;
+};
+
+// The page's content as one stream of its own. Throws what libqpdf throws.
+std::string contentOf(QPDFPageObjectHelper& page) {
+    std::string all;
+    for (auto& part : page.getPageContents()) {
+        auto text = decoded(part);
+        if (!text) throw std::runtime_error(i18n::tr("its content cannot be decoded"));
+        all += *text;
+        all += '\n';
+    }
+    return all;
+}
+
+// The operator that applies the matrix to what follows. The matrix would round itself to five digits.
+std::string transform(const QPDFMatrix& m) {
+    std::string text;
+    for (const double value : {m.a, m.b, m.c, m.d, m.e, m.f}) text += QUtil::double_to_string(value, 7) + ' ';
+    return text + "cm\n";
+}
+
+void place(QPDF& file, QPDFPageObjectHelper& page, const Placement& placement, ScaledPatterns& patterns) {
+    auto dict = page.getObjectHandle();
+    if (!placement.isIdentity()) {
+        auto content = contentOf(page);
+        content.insert(0, transform(placement.matrix()));
+        dict.replaceKey("/Contents", QPDFObjectHandle::newStream(&file, content));
+        if (auto resources = dict.getKey("/Resources"); resources.isDictionary()) {
+            resources = resources.shallowCopy();
+            patterns.scaleIn(resources, placement.matrix());
+            dict.replaceKey("/Resources", resources);
+        }
+        for (const auto* box : {"/CropBox", "/BleedBox", "/TrimBox", "/ArtBox", "/UserUnit"}) dict.removeKey(box);
+        for (auto& annotation : page.getAnnotations()) {
+            auto area = annotation.getObjectHandle().getKey("/Rect");
+            if (!area.isRectangle()) continue;
+            annotation.getObjectHandle().replaceKey(
+                "/Rect", QPDFObjectHandle::newArray(placement.matrix().transformRectangle(area.getArrayAsRectangle())));
+        }
+    }
+    dict.replaceKey("/MediaBox", QPDFObjectHandle::newArray(placement.paper()));
+}
+
+// Written out here and handed on as one token: a mail with thousands of links would spend most of its time on the
+// nine objects that each of them is.
+QPDFObjectHandle linkAnnotation(const Rectangle& area, const std::string& target) {
+    std::string text = "<< /Type /Annot /Subtype /Link /Border [ 0 0 0 ] /Rect [";
+    for (const double side : {area.llx, area.lly, area.urx, area.ury}) {
+        std::array<char, 32> digits;   // within the paper, so enough
+        const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), std::round(side * 100) / 100);
+        text.append(1, ' ').append(digits.data(), end.ptr);
+    }
+    text += " ] /A << /S /URI /URI " + QPDFObjectHandle::newString(target).unparse() + " >> >>";
+    return QPDFObjectHandle::newOperator(text);
+}
+
+}   // namespace
+
+std::string linkTarget(std::string_view url) {
+    url = text::trimASCII(url, " \t\r\n\f");
+    const auto colon = url.find(':');
+    if (colon == std::string_view::npos) return {};
+    static constexpr std::array<std::string_view, 3> schemes{"http", "https", "mailto"};
+    if (std::ranges::find(schemes, text::lowerASCII(url.substr(0, colon))) == schemes.end()) return {};
+    std::string target;
+    for (const char c : url) {
+        static constexpr std::string_view digits = "0123456789ABCDEF";
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte > 0x20 && byte < 0x7F)
+            target += c;
+        else
+            target += {'%', digits[byte >> 4], digits[byte & 15]};
+    }
+    return target;
+}
+
+std::size_t layOutPages(QPDF& file, const FinishOptions& options) {
+    std::map<std::size_t, std::vector<const LinkArea*>> linksOf;
+    for (const auto& link : options.links) linksOf[link.page].push_back(&link);
+
+    QPDFPageDocumentHelper document(file);
+    document.pushInheritedAttributesToPage();
+    ScaledPatterns patterns(file);
+    std::size_t number = 0, placedLinks = 0;
+    for (auto& page : document.getAllPages()) {
+        auto box = page.getMediaBox();
+        if (!box.isRectangle()) throw std::runtime_error(i18n::tr("a page has no size"));
+        const Placement placement(box.getArrayAsRectangle(), options);
+        place(file, page, placement, patterns);
+
+        std::vector<QPDFObjectHandle> annotations;
+        for (const auto* link : linksOf[number++]) {
+            const auto target = linkTarget(link->url);
+            if (const auto area = placement.place(*link); area && !target.empty())
+                annotations.push_back(linkAnnotation(*area, target));
+        }
+        if (annotations.empty()) continue;
+        placedLinks += annotations.size();
+        auto all = page.getObjectHandle().getKey("/Annots");
+        all = all.isArray() ? all.shallowCopy() : QPDFObjectHandle::newArray();
+        for (auto& annotation : annotations) all.appendItem(annotation);
+        page.getObjectHandle().replaceKey("/Annots", all);
+    }
+    return placedLinks;
+}
+
+}   // namespace ostrel::pdf

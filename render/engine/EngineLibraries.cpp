@@ -1,0 +1,48 @@
+#include "render/engine/EngineLibraries.h"
+
+#include "platform/Files.h"
+#include "platform/Installation.h"
+#include "render/engine/EngineEnvironment.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace ostrel::engineLibraries {
+namespace {
+
+// In front of what the user's own list has (ld.so(8)).
+void addToList(const char* variable, const std::string& path) {
+    const char* const others = std::getenv(variable);
+    engineEnvironment::set(variable, others && *others ? path + ':' + others : path);
+}
+
+// A file that belongs to us, where the engine's processes can see it. Nothing when it is missing.
+std::optional<std::string> visibleFile(const char* name) {
+    const std::string folder = installation::prefix() / "lib" / "ostrel", file = folder + '/' + name;
+    constexpr const char* separators = ": ;$";   // of the lists below, which have no way to quote them
+    if (file.find_first_of(separators) != std::string::npos || !files::isRegularFile(file)) return std::nullopt;
+    // The folders of this list are seen in all of the engine's sandboxes, wherever they lie.
+    static const bool once = [&folder] {
+        addToList("LD_LIBRARY_PATH", folder);
+        return true;
+    }();
+    static_cast<void>(once);
+    return file;
+}
+
+}   // namespace
+
+void storeStreams() {
+    if (const auto library = visibleFile("libostrel-stored-streams.so")) addToList("LD_PRELOAD", *library);
+}
+
+void doWithoutGraphics() {
+    engineEnvironment::set("GDK_DEBUG", "gl-disable");
+    engineEnvironment::set("WEBKIT_DISABLE_DMABUF_RENDERER", "1");
+    if (const auto driver = visibleFile("no-drawing.json"))
+        engineEnvironment::set("__EGL_VENDOR_LIBRARY_FILENAMES", *driver);
+}
+
+}   // namespace ostrel::engineLibraries

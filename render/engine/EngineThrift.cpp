@@ -1,0 +1,34 @@
+#include "render/engine/EngineThrift.h"
+
+#include "render/engine/EngineLibraries.h"
+
+#include <cstdlib>
+#include <string>
+
+#include <malloc.h>
+
+namespace ostrel::engineThrift {
+namespace {
+
+// One message after the other needs no arena for each thread, and what a large one took goes back to the system instead
+// of raising the allocator's thresholds for good.
+void returnMemory() {
+    constexpr int large = 4 << 20, arenas = 2;
+    mallopt(M_ARENA_MAX, arenas);
+    mallopt(M_MMAP_THRESHOLD, large);
+    mallopt(M_TRIM_THRESHOLD, large);
+    setenv("MALLOC_ARENA_MAX", std::to_string(arenas).c_str(), 0);   // in the engine's processes
+    setenv("MALLOC_MMAP_THRESHOLD_", std::to_string(large).c_str(), 0);
+    setenv("MALLOC_TRIM_THRESHOLD_", std::to_string(large).c_str(), 0);
+}
+
+}   // namespace
+
+void settle() {
+    engineLibraries::doWithoutGraphics();
+    returnMemory();
+    // Scripts of a few milliseconds for each page gain nothing from a compiler: 8 MB.
+    setenv("JSC_useBaselineJIT", "0", 0);
+}
+
+}   // namespace ostrel::engineThrift

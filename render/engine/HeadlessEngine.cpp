@@ -1,0 +1,57 @@
+#include "render/engine/HeadlessEngine.h"
+
+#include "platform/Translation.h"
+#include "render/engine/DisplayLoss.h"
+#include "render/engine/EngineHome.h"
+#include "render/engine/EngineLibraries.h"
+#include "render/engine/EngineSandbox.h"
+#include "render/engine/EngineThrift.h"
+#include "render/engine/PrivateDisplay.h"
+#include "render/engine/ReducedFonts.h"
+#include "render/loop/MainLoop.h"
+
+#include <cassert>
+#include <cstdlib>
+#include <stdexcept>
+#include <utility>
+
+#include <gtk/gtk.h>
+
+namespace ostrel {
+namespace {
+
+// Where there is no session, each of these services is searched for, waited for or warned about.
+void doWithoutDesktopServices() {
+    setenv("GTK_A11Y", "none", 1);
+    setenv("WEBKIT_A11Y_BUS_ADDRESS", "", 1);
+    setenv("GSETTINGS_BACKEND", "memory", 1);
+    setenv("GIO_USE_VFS", "local", 1);
+    setenv("GIO_USE_PORTALS", "0", 1);
+    setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", 1);
+    setenv("DBUS_SYSTEM_BUS_ADDRESS", "disabled:", 1);
+}
+
+}   // namespace
+
+HeadlessEngine::HeadlessEngine(std::function<void()> displayLost) : home_(std::make_unique<EngineHome>()) {
+    assert(mainLoop::isMainThread());
+    doWithoutDesktopServices();
+    engineThrift::settle();
+    const std::filesystem::path cache = usersCache();
+    home_->moveIn();
+    if (!reducedFonts::provide(cache)) reducedFonts::provide(home_->path());
+    engineLibraries::storeStreams();
+    isSandboxed_ = engineSandbox::allowOrDoWithout();
+    if (PrivateDisplay::isNeeded()) display_ = std::make_unique<PrivateDisplay>();
+    // Nothing of the toolkit is shown; a locale that the C library lacks would only be warned about.
+    gtk_disable_setlocale();
+    if (!gtk_init_check()) throw std::runtime_error(i18n::tr("The display cannot be used."));
+    displayLoss::survive(std::move(displayLost));
+}
+
+HeadlessEngine::~HeadlessEngine() {
+    // The toolkit ends the program when its display goes away under it.
+    if (GdkDisplay* display = gdk_display_get_default()) gdk_display_close(display);
+}
+
+}   // namespace ostrel

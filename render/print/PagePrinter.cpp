@@ -1,0 +1,307 @@
+#include "render/print/PagePrinter.h"
+
+#include "pdf/PrintedScale.h"
+#include "platform/Files.h"
+#include "platform/Translation.h"
+#include "render/engine/OfflineRules.h"
+#include "render/print/FilePrinter.h"
+#include "render/print/PageGeometry.h"
+#include "render/print/PageScripts.h"
+
+#include <algorithm>
+#include <cassert>
+#include <charconv>
+#include <cmath>
+#include <utility>
+
+namespace ostrel {
+namespace {
+
+using namespace std::chrono_literals;
+using i18n::tr;
+using i18n::trCount;
+
+constexpr const char* isolatedWorld = "ostrel";
+
+// Wider than any mail that a person laid out; beyond it the text would be too small to find on the sheet, and paper
+// sizes reach what PDF readers still open.
+constexpr double mostEnlargement = 100;
+
+// Tries to catch the whole width; then what there is must do.
+constexpr int mostAttempts = 4;
+
+// A print job that ends with no file was mostly cut short by the engine's process going down, which is reported apart.
+constexpr auto crashNews = 1s;
+
+std::chrono::milliseconds limitFor(std::chrono::milliseconds base, const PrintLimits& limits, std::size_t pageBytes) {
+    return base + limits.perMegabyte * static_cast<long>(pageBytes / 1'000'000);
+}
+
+std::string tookLongerThan(std::chrono::milliseconds time) {
+    const auto seconds = static_cast<std::uint64_t>(std::chrono::ceil<std::chrono::seconds>(time).count());
+    return seconds >= 120
+               ? trCount("Printing this message took longer than %lld minutes and was stopped.", seconds / 60)
+               : trCount("Printing this message took longer than %lld seconds and was stopped.", seconds);
+}
+
+// What the scripts answer (see PageScripts.h).
+struct Measured {
+    double width = 0;
+    std::vector<pdf::LinkMark> links;
+};
+
+// "0.1,0.2,0.5,0.5,1.5"
+std::optional<pdf::PartOfBox> readPart(std::string_view text) {
+    pdf::PartOfBox part;
+    for (double* const number : {&part.left, &part.top, &part.width, &part.height, &part.shape}) {
+        const auto word = text.substr(0, text.find(','));
+        const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), *number);
+        if (error != std::errc() || end != word.data() + word.size()) return std::nullopt;
+        text.remove_prefix(std::min(word.size() + 1, text.size()));
+    }
+    return part;
+}
+
+Measured readMeasured(std::string_view answer) {
+    constexpr std::size_t digits = 6;
+    const auto line = [&answer] {
+        const auto first = answer.substr(0, answer.find('\n'));
+        answer.remove_prefix(std::min(first.size() + 1, answer.size()));
+        return first;
+    };
+    Measured measured;
+    const auto width = line();
+    std::from_chars(width.data(), width.data() + width.size(), measured.width);
+    while (!answer.empty()) {
+        const auto mark = line();
+        std::uint32_t colour = 0;
+        if (mark.size() <= digits + 1) continue;
+        std::from_chars(mark.data(), mark.data() + digits, colour, 16);
+        const auto blank = mark.find(' ');
+        if (blank == std::string_view::npos) continue;
+        const bool isPart = mark[digits] == '@';
+        const auto part = isPart ? readPart(mark.substr(digits + 1, blank - digits - 1)) : std::nullopt;
+        if (isPart == part.has_value()) measured.links.push_back({colour, std::string(mark.substr(blank + 1)), part});
+    }
+    return measured;
+}
+
+// An answer of the engine that may come when the page it belongs to, or the printer, is long gone.
+struct PendingAnswer {
+    std::weak_ptr<PagePrinter> printer;
+    std::function<void(PagePrinter&, GAsyncResult*)> take;
+};
+
+// At its limit the engine stops shrinking and leaves out what is wider still. The measured width has let the page
+// through, so something is where only the print's own layout finds it.
+bool mayLackItsRightEdge(const Bytes& printed) {
+    const auto scale = pdf::printedScale(printed.view());
+    return scale && *scale * pageGeometry::mostPixelsPerPoint < 1.0006;
+}
+
+}   // namespace
+
+PagePrinter::PagePrinter(PaperSize paper, PrintLimits limits) : paper_(paper), limits_(limits) {}
+
+PagePrinter::~PagePrinter() { assert(mainLoop::isMainThread()); }
+
+void PagePrinter::print(const std::string& html, std::filesystem::path output, Done done) {
+    assert(mainLoop::isMainThread() && phase_ == Phase::idle);
+    ++page_;
+    phase_ = Phase::preparing;
+    html_ = &html;
+    output_ = std::move(output);
+    done_ = std::move(done);
+    attempt_ = 0;
+    isSqueezed_ = false;
+    links_.clear();
+    enlargement_ = 1;
+    failure_.reset();
+    limit_ = mainLoop::Timer(limitFor(limits_.load, limits_, html_->size()), [this] { tooSlow(limits_.load); });
+    if (view_) {
+        if (page_ % limits_.pagesPerProcess == 0) webkit_web_view_terminate_web_process(view_->web());
+        return load();
+    }
+    withOfflineRules([weak = weak_from_this()](WebKitUserContentFilter* rules) {
+        const auto self = weak.lock();
+        if (!self || self->phase_ != Phase::preparing) return;
+        self->makeView(rules);
+        self->load();
+    });
+}
+
+void PagePrinter::makeView(WebKitUserContentFilter* rules) {
+    view_ = std::make_unique<EngineView>();
+    view_->install(rules);
+    onLoadChanged_ = SignalHandler(view_->web(), "load-changed", G_CALLBACK(loadChanged), this);
+    onLoadFailed_ = SignalHandler(view_->web(), "load-failed", G_CALLBACK(loadFailed), this);
+    onProcessEnded_ = SignalHandler(view_->web(), "web-process-terminated", G_CALLBACK(processEnded), this);
+    // A view that is never shown is 0 pixels wide and would measure its content so.
+    const int width = static_cast<int>(pageGeometry::printableWidth(paper_) * pageGeometry::layoutPixelsPerPoint);
+    const int height = width * 3 / 2;
+    int least = 0;
+    gtk_widget_measure(GTK_WIDGET(view_->web()), GTK_ORIENTATION_HORIZONTAL, -1, &least, nullptr, nullptr, nullptr);
+    gtk_widget_allocate(GTK_WIDGET(view_->web()), std::max(width, least), height, -1, nullptr);
+}
+
+void PagePrinter::load() {
+    phase_ = Phase::loading;
+    isCommitted_ = false;
+    view_->setPageMargins(pageGeometry::verticalMargin, pageGeometry::horizontalMargin);   // mostly what it will be
+    view_->load(*html_);
+}
+
+void PagePrinter::loadChanged(WebKitWebView*, WebKitLoadEvent event, gpointer data) noexcept {
+    auto& self = *static_cast<PagePrinter*>(data);
+    if (self.phase_ != Phase::loading) return;
+    // A navigation that the page before wanted and did not get also ends with "finished", but never commits.
+    if (event == WEBKIT_LOAD_COMMITTED) self.isCommitted_ = true;
+    if (event == WEBKIT_LOAD_FINISHED && self.isCommitted_) self.measure(pageScripts::prepareAndMeasure);
+}
+
+gboolean PagePrinter::loadFailed(WebKitWebView*, WebKitLoadEvent, const char*, GError* error, gpointer data) noexcept {
+    auto& self = *static_cast<PagePrinter*>(data);
+    // Places that the page wants to go to and may not are refused, and say so here.
+    const bool isRefusal =
+        g_error_matches(error, WEBKIT_POLICY_ERROR, WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE) ||
+        g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED);
+    if (self.phase_ == Phase::loading && !isRefusal) {
+        self.fail(RenderError::Kind::loadFailed,
+                  i18n::filled(tr("The web engine could not load the message: %@."), error->message));
+    }
+    return TRUE;   // no error page
+}
+
+void PagePrinter::processEnded(WebKitWebView*, WebKitWebProcessTerminationReason reason, gpointer data) noexcept {
+    if (reason == WEBKIT_WEB_PROCESS_TERMINATED_BY_API) return;   // by ourselves
+    static_cast<PagePrinter*>(data)->fail(RenderError::Kind::engineCrashed,
+                                          reason == WEBKIT_WEB_PROCESS_EXCEEDED_MEMORY_LIMIT
+                                              ? tr("The web engine ran out of memory on this message.")
+                                              : tr("The web engine crashed on this message."));
+}
+
+void PagePrinter::evaluate(std::string_view script, std::function<void(PagePrinter&, GAsyncResult*)> take) {
+    webkit_web_view_evaluate_javascript(
+        view_->web(), script.data(), static_cast<gssize>(script.size()), isolatedWorld, nullptr, nullptr,
+        [](GObject*, GAsyncResult* result, gpointer data) noexcept {
+            const std::unique_ptr<PendingAnswer> answer(static_cast<PendingAnswer*>(data));
+            if (const auto printer = answer->printer.lock()) answer->take(*printer, result);
+        },
+        new PendingAnswer{weak_from_this(), std::move(take)});
+}
+
+void PagePrinter::measure(std::string_view script) {
+    phase_ = Phase::measuring;
+    evaluate(script, [page = page_](PagePrinter& self, GAsyncResult* result) {
+        GError* error = nullptr;
+        const auto value =
+            GRef<JSCValue>::adopt(webkit_web_view_evaluate_javascript_finish(self.view_->web(), result, &error));
+        const GErrorPtr owned(error);
+        if (self.page_ != page || self.phase_ != Phase::measuring) return;
+        const GChars answer(value && jsc_value_is_string(value.get()) ? jsc_value_to_string(value.get()) : nullptr);
+        // Without an answer the engine's own shrinking must do.
+        auto measured = readMeasured(answer ? answer.get() : "");
+        if (!measured.links.empty()) self.links_ = std::move(measured.links);
+        self.measured(measured.width);
+    });
+}
+
+void PagePrinter::measured(double contentWidth) {
+    const double widest = pageGeometry::printableWidth(paper_) * pageGeometry::mostPixelsPerPoint;
+    if (contentWidth > widest * mostEnlargement && !isSqueezed_) return squeeze();
+    if (contentWidth > widest) enlargement_ = std::min(contentWidth / widest * 1.002, mostEnlargement);
+    startPrinting();
+}
+
+void PagePrinter::squeeze() {
+    isSqueezed_ = true;
+    measure(pageScripts::squeezeAndMeasure);
+}
+
+// A layout for other margins must stand before the print begins: the engine's own, within the print, puts what just
+// fits at the end of a sheet now on this one and now on the next.
+void PagePrinter::startPrinting() {
+    phase_ = Phase::measuring;
+    if (!view_->setPageMargins(pageGeometry::verticalMargin * enlargement_,
+                               pageGeometry::horizontalMargin * enlargement_))
+        return printNow();
+    evaluate("document.documentElement.offsetHeight", [page = page_](PagePrinter& self, GAsyncResult*) {
+        if (self.page_ == page && self.phase_ == Phase::measuring) self.printNow();
+    });
+}
+
+void PagePrinter::printNow() {
+    phase_ = Phase::printing;
+    limit_ = mainLoop::Timer(limitFor(limits_.print, limits_, html_->size()), [this] { tooSlow(limits_.print); });
+    const auto setup = filePrinter::pageSetup(paper_, enlargement_);
+    const auto settings = filePrinter::settingsFor(output_, setup.get());
+    if (!settings) return fail(RenderError::Kind::writeFailed, tr("This system’s toolkit cannot print to a file."));
+    operation_ = GRef<WebKitPrintOperation>::adopt(webkit_print_operation_new(view_->web()));
+    webkit_print_operation_set_page_setup(operation_.get(), setup.get());
+    webkit_print_operation_set_print_settings(operation_.get(), settings.get());
+    onFinished_ = SignalHandler(operation_.get(), "finished", G_CALLBACK(operationFinished), this);
+    onFailed_ = SignalHandler(operation_.get(), "failed", G_CALLBACK(operationFailed), this);
+    const auto keptForTheCall = operation_;   // both signals may come before print() returns
+    webkit_print_operation_print(keptForTheCall.get());
+}
+
+void PagePrinter::operationFailed(WebKitPrintOperation*, GError* error, gpointer data) noexcept {
+    static_cast<PagePrinter*>(data)->failure_ = error->message;   // "finished" follows
+}
+
+void PagePrinter::operationFinished(WebKitPrintOperation*, gpointer data) noexcept {
+    static_cast<PagePrinter*>(data)->printFinished();
+}
+
+void PagePrinter::printFinished() {
+    if (phase_ != Phase::printing) return;
+    if (failure_)
+        return fail(RenderError::Kind::writeFailed, i18n::filled(tr("The PDF could not be printed: %@."), *failure_));
+    if (files::size(output_).value_or(0) > 0) return takePrinted();
+    limit_ = mainLoop::Timer(crashNews, [this] {
+        fail(RenderError::Kind::writeFailed, tr("The PDF could not be printed: the web engine wrote no file."));
+    });
+}
+
+void PagePrinter::takePrinted() {
+    try {
+        Bytes pdf = files::readWhole(output_);
+        if (mayLackItsRightEdge(pdf) && attempt_ < mostAttempts) return printWider();
+        complete(PrintedPage{.pdf = std::move(pdf), .scale = 1 / enlargement_, .links = std::move(links_)});
+    } catch (const FileError& error) {
+        fail(RenderError::Kind::writeFailed, error.what());
+    }
+}
+
+void PagePrinter::printWider() {
+    ++attempt_;
+    std::error_code ignored;
+    std::filesystem::remove(output_, ignored);
+    onFinished_ = {};
+    onFailed_ = {};
+    operation_ = {};
+    if (!isSqueezed_) return squeeze();
+    enlargement_ = std::min(enlargement_ * 2, mostEnlargement);
+    startPrinting();
+}
+
+void PagePrinter::tooSlow(std::chrono::milliseconds limit) {
+    fail(RenderError::Kind::tooSlow, tookLongerThan(limitFor(limit, limits_, html_->size())));
+    if (view_) webkit_web_view_terminate_web_process(view_->web());
+}
+
+void PagePrinter::fail(RenderError::Kind kind, const std::string& reason) { complete(RenderError(kind, reason)); }
+
+// At most once for each page: whatever the engine reports afterwards meets the phase idle.
+void PagePrinter::complete(PrintOutcome outcome) {
+    if (phase_ == Phase::idle) return;
+    phase_ = Phase::idle;
+    html_ = nullptr;
+    onFinished_ = {};
+    onFailed_ = {};
+    operation_ = {};
+    limit_ = {};
+    std::exchange(done_, {})(std::move(outcome));
+}
+
+}   // namespace ostrel

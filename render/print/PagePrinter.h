@@ -1,0 +1,92 @@
+#pragma once
+
+#include "app/AppSettings.h"
+#include "core/export/PDFRendering.h"
+#include "pdf/Finisher.h"
+#include "platform/Bytes.h"
+#include "render/loop/MainLoop.h"
+#include "render/print/PrintLimits.h"
+#include "render/view/EngineView.h"
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include <webkit/webkit.h>
+
+namespace ostrel {
+
+// What the engine printed (and left in the file), still as big as it had to be to hold the whole width of the page.
+struct PrintedPage {
+    Bytes pdf;
+    double scale = 1;                     // final size over printed size
+    std::vector<pdf::LinkMark> links{};   // marked on the pages
+};
+using PrintOutcome = std::variant<PrintedPage, RenderError>;
+
+// Loads pages into one view and prints them to files, one at a time. After a failure, a crash of the engine's process
+// included, the next page starts afresh. Lives on the main thread, in a shared_ptr.
+class PagePrinter : public std::enable_shared_from_this<PagePrinter> {
+public:
+    using Done = std::function<void(PrintOutcome)>;
+    PagePrinter(PaperSize paper, PrintLimits limits);
+    PagePrinter(const PagePrinter&) = delete;
+    PagePrinter& operator=(const PagePrinter&) = delete;
+    ~PagePrinter();
+
+    // Prints the page to the file, which does not exist yet. done is called once, on the main thread, perhaps within
+    // the call; it gets the first of all the things that the engine reports. html must live until then.
+    void print(const std::string& html, std::filesystem::path output, Done done);
+
+private:
+    enum class Phase { idle, preparing, loading, measuring, printing };
+
+    void makeView(WebKitUserContentFilter* offlineRules);
+    void load();
+    void evaluate(std::string_view script, std::function<void(PagePrinter&, GAsyncResult*)> take);
+    void measure(std::string_view script);
+    void measured(double contentWidth);
+    void squeeze();
+    void startPrinting();
+    void printNow();
+    void printFinished();
+    void takePrinted();
+    void printWider();
+    void complete(PrintOutcome outcome);
+    void fail(RenderError::Kind kind, const std::string& reason);
+    void tooSlow(std::chrono::milliseconds limit);
+
+    static void loadChanged(WebKitWebView*, WebKitLoadEvent event, gpointer self) noexcept;
+    static gboolean loadFailed(WebKitWebView*, WebKitLoadEvent, const char* url, GError* error, gpointer self) noexcept;
+    static void processEnded(WebKitWebView*, WebKitWebProcessTerminationReason reason, gpointer self) noexcept;
+    static void operationFinished(WebKitPrintOperation*, gpointer self) noexcept;
+    static void operationFailed(WebKitPrintOperation*, GError* error, gpointer self) noexcept;
+
+    const PaperSize paper_;
+    const PrintLimits limits_;
+    std::unique_ptr<EngineView> view_;   // made for the first page
+    SignalHandler onLoadChanged_, onLoadFailed_, onProcessEnded_;
+
+    // The page under way.
+    Phase phase_ = Phase::idle;
+    unsigned long page_ = 0;   // counts pages, so that answers about an earlier one are told apart
+    const std::string* html_ = nullptr;
+    std::filesystem::path output_;
+    Done done_;
+    bool isCommitted_ = false;
+    bool isSqueezed_ = false;
+    std::vector<pdf::LinkMark> links_;   // as marked in the page
+    double enlargement_ = 1;             // paper and margins against the real ones
+    int attempt_ = 0;
+    std::optional<std::string> failure_;   // the print job's own words
+    GRef<WebKitPrintOperation> operation_;
+    SignalHandler onFinished_, onFailed_;
+    mainLoop::Timer limit_;
+};
+
+}   // namespace ostrel

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "app/AppSettings.h"
+#include "core/export/PDFRendering.h"
+#include "render/print/PrintLimits.h"
+
+#include <memory>
+#include <stop_token>
+
+namespace ostrel {
+
+// Prints message pages with the web engine: off screen, offline, page scripts off, on the given paper with margins of
+// 40 points above and below and 44 at the sides. Content wider than the page is scaled to its width. One web view
+// serves all pages, so keep one renderer for a whole export.
+//
+// Called on a worker while the main thread turns its loop (an application, or mainLoop::runBeside). May be made and
+// destroyed on any thread.
+class WebPDFRenderer final : public PDFRendering {
+public:
+    // cancel is asked at the beginning of every call; a page that is under way is finished.
+    explicit WebPDFRenderer(Paper paper, std::stop_token cancel = {}, PrintLimits limits = {});
+    ~WebPDFRenderer() override;
+
+    void renderPDF(const std::string& html, const std::filesystem::path& destination,
+                   const DocumentInfo& info) override;
+
+private:
+    struct State;
+    std::unique_ptr<State> state_;
+};
+
+}   // namespace ostrel

@@ -1,0 +1,85 @@
+#pragma once
+
+#include "app/AppModel.h"
+#include "platform/Time.h"
+#include "ui/list/MessageCell.h"
+#include "ui/list/MessageTableModel.h"
+#include "ui/list/SortTitles.h"
+#include "ui/list/TypeAhead.h"
+#include "ui/widgets/EmptyState.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include <gtkmm/columnview.h>
+#include <gtkmm/listitem.h>
+#include <gtkmm/popovermenu.h>
+#include <gtkmm/scrolledwindow.h>
+#include <gtkmm/stack.h>
+
+namespace ostrel {
+
+// The messages as a table: one row selected, sorted by a click on a title, found by typing; or a word on why there is
+// none.
+class MessageTable : public Gtk::Stack {
+public:
+    explicit MessageTable(AppModel& model);
+    ~MessageTable() override;
+
+private:
+    enum Column { date, from, subject, mailbox };
+    struct Place {
+        std::size_t row;
+        Column column;
+    };
+    struct Cell {
+        Column column;
+        MessageCell* widget;
+    };
+
+    void addColumn(Column column);
+    Glib::RefPtr<Gtk::ListItemFactory> factory(Column column);
+    void fill(MessageCell& cell, Column column, const MessageSummary& message) const;
+    void refresh();
+    std::string text(Column column, const MessageSummary& message) const;
+    std::string tooltip(Column column, const MessageSummary& message) const;
+    std::optional<std::size_t> rowOf(GtkListItem* item) const;
+    std::optional<Place> placeAt(double x, double y);
+    MessageCell* selectedCell();
+
+    void showMessages();
+    void showAllLater();
+    void showWhyEmpty();
+
+    void scrollTo(std::size_t row, bool focus);
+    void focusLater(std::function<Gtk::Widget*()> find);
+    void addTypeAhead();
+    bool moveOn(bool isBackward);
+    void leave(Gtk::Widget& part, bool isBackward);
+    void goTo(char32_t character, std::uint32_t when);
+    void addTooltips();
+    void addContextMenu();
+    void openMenu(const Gdk::Rectangle& at);
+
+    AppModel& model_;
+    Calendar calendar_ = Calendar::current();
+    MessageTableModel rows_;
+    std::unordered_map<GtkListItem*, Cell> cells_;   // an item tells the row that its cell shows now
+    int widestDate_ = 0;
+    Gtk::ScrolledWindow scroller_;
+    Gtk::ColumnView view_;
+    SortTitles titles_{view_};
+    Gtk::Widget* list_;   // the part of the view that scrolls
+    Gtk::PopoverMenu menu_;
+    EmptyState empty_;
+    TypeAhead typeAhead_;
+    sigc::connection focusing_;
+    std::vector<Subscription> subscriptions_;
+};
+
+}   // namespace ostrel

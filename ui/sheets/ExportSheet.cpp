@@ -1,0 +1,173 @@
+#include "ui/sheets/ExportSheet.h"
+
+#include "platform/Files.h"
+#include "platform/Translation.h"
+#include "ui/widgets/Accessible.h"
+#include "ui/widgets/Labels.h"
+
+#include <algorithm>
+
+namespace ostrel {
+namespace {
+
+using i18n::tr;
+using i18n::trCount;
+
+constexpr int spacing = 12, titleSymbolSize = 24;
+
+void secondary(Gtk::Label& label) {
+    wrapFromLeft(label);
+    label.add_css_class("dim-label");
+}
+
+}   // namespace
+
+ExportSheet::ExportSheet(AppModel& model, Desktop& desktop, Gtk::Window& parent)
+    : SheetWindow(model, parent, tr("Export")),
+      desktop_(desktop),
+      options_(Gtk::Orientation::VERTICAL, spacing),
+      progress_(Gtk::Orientation::VERTICAL, spacing),
+      summary_(Gtk::Orientation::VERTICAL, spacing),
+      optionsTitle_("doc.richtext", "", titleSymbolSize),
+      attachments_(model, tr("Save each message’s attachments in a folder beside its PDF"),
+                   &AppSettings::includeAttachments),
+      index_(model, tr("Write an index (index.csv: date, from, to, subject, file)"), &AppSettings::includeIndex),
+      paper_(model),
+      progressTitle_("square.and.arrow.up", tr("Exporting…"), titleSymbolSize),
+      summaryTitle_("checkmark.circle.fill", "", titleSymbolSize) {
+    buildOptions();
+    buildProgress();
+    buildSummary();
+    for (Headline* title : {&optionsTitle_, &progressTitle_, &summaryTitle_}) title->add_css_class("title-2");
+    for (Gtk::Box* each : {&options_, &progress_, &summary_}) faces_.add(*each);
+    faces_.set_vhomogeneous(false);
+    faces_.set_hhomogeneous(false);
+    content().append(faces_);
+    addButton(close_, tr("Cancel"));
+    addButton(choose_, tr("Choose Folder and Export…"));
+    addButton(stop_, tr("Cancel Export"));
+    addButton(reveal_, tr("Show in Finder"));
+    addButton(finish_, tr("Done"));
+    for (Gtk::Button* button : {&choose_, &finish_}) button->add_css_class("suggested-action");
+
+    subscriptions_.push_back(this->model().messages.observe([this] { showCount(); }));
+    subscriptions_.push_back(this->model().exportPhase.observe([this] { showPhase(); }));
+    showCount();
+    showPhase();
+}
+
+void ExportSheet::buildOptions() {
+    auto& promise = *Gtk::make_managed<Gtk::Label>(
+        tr("Mail’s own files are only read, never changed. Remote images are not loaded."));
+    secondary(promise);
+    auto& always = *Gtk::make_managed<Headline>(
+        "doc.text", tr("One searchable PDF per message: header, text and the list of attachments"));
+    for (Gtk::Widget* each :
+         std::initializer_list<Gtk::Widget*>{&optionsTitle_, &promise, &always, &attachments_, &index_, &paper_})
+        options_.append(*each);
+    close_.signal_clicked().connect([this] { cancel(); });
+    choose_.signal_clicked().connect([this] { model().chooseDestinationAndExport(); });
+}
+
+void ExportSheet::buildProgress() {
+    done_.add_css_class("numeric");
+    wrapFromLeft(done_);
+    secondary(current_);
+    current_.set_wrap(false);
+    current_.set_ellipsize(Pango::EllipsizeMode::END);
+    accessible::setLabel(bar_, tr("Export progress"));
+    auto& advice = *Gtk::make_managed<Gtk::Label>(
+        tr("You can keep using your Mac. Cancel stops after the current message and keeps what’s done."));
+    secondary(advice);
+    for (Gtk::Widget* each : std::initializer_list<Gtk::Widget*>{&progressTitle_, &bar_, &done_, &current_, &advice})
+        progress_.append(*each);
+    stop_.signal_clicked().connect([this] { cancel(); });
+}
+
+void ExportSheet::buildSummary() {
+    for (Gtk::Label* label : {&saved_, &savedAttachments_, &failed_, &folder_}) wrapFromLeft(*label);
+    failed_.add_css_class("attention");
+    folder_.add_css_class("caption");
+    folder_.add_css_class("dim-label");
+    folder_.set_wrap_mode(Pango::WrapMode::CHAR);
+    folder_.set_selectable();
+    for (Gtk::Widget* each :
+         std::initializer_list<Gtk::Widget*>{&summaryTitle_, &saved_, &savedAttachments_, &failed_, &folder_})
+        summary_.append(*each);
+    reveal_.signal_clicked().connect([this] {
+        if (const auto* result = std::get_if<ExportResult>(&model().exportPhase.get())) desktop_.reveal(result->folder);
+    });
+    finish_.signal_clicked().connect([this] { cancel(); });
+}
+
+void ExportSheet::showCount() {
+    const std::string title = trCount("Export %lld messages", model().messages.get().size());
+    optionsTitle_.set("doc.richtext", title);
+}
+
+void ExportSheet::showPhase() {
+    const ExportPhase& phase = model().exportPhase.get();
+    if (const auto* progress = std::get_if<ExportProgress>(&phase)) {
+        show(*progress);
+        face(progress_, tr("Exporting…"), {&stop_}, nullptr);
+    } else if (const auto* result = std::get_if<ExportResult>(&phase)) {
+        show(*result);
+        face(summary_, summaryTitle_.label().get_text(), {&reveal_, &finish_}, &finish_);
+    } else {
+        face(options_, tr("Export"), {&close_, &choose_}, &choose_);
+    }
+}
+
+void ExportSheet::show(const ExportProgress& progress) {
+    const double total = static_cast<double>(std::max<std::size_t>(progress.total, 1));
+    bar_.set_fraction(static_cast<double>(progress.done) / total);
+    gtk_accessible_update_property(GTK_ACCESSIBLE(bar_.gobj()), GTK_ACCESSIBLE_PROPERTY_VALUE_TEXT,
+                                   i18n::filled(tr("%lld of %lld"), progress.done, progress.total).c_str(), -1);
+    done_.set_text(i18n::filled(tr("%lld of %lld messages"), progress.done, progress.total));
+    current_.set_text(progress.current);
+}
+
+void ExportSheet::show(const ExportResult& result) {
+    summaryTitle_.set(result.cancelled ? "stop.circle" : "checkmark.circle.fill",
+                      result.cancelled ? tr("Export stopped") : tr("Export finished"));
+    summaryTitle_.image().set_css_classes({result.cancelled ? "attention" : "success"});
+    saved_.set_text(trCount("%lld messages saved as PDFs", result.exported));
+    savedAttachments_.set_text(trCount("%lld attachments saved", result.attachments));
+    savedAttachments_.set_visible(result.attachments > 0);
+    failed_.set_text(trCount("%lld messages couldn’t be read (listed in the index)", result.failed.size()));
+    failed_.set_visible(!result.failed.empty());
+    folder_.set_text(displayText(result.folder));
+}
+
+void ExportSheet::face(Gtk::Widget& shown, const std::string& title, const std::vector<Gtk::Button*>& visible,
+                       Gtk::Button* standard) {
+    const bool isNew = faces_.get_visible_child() != &shown || get_default_widget() != standard;
+    faces_.set_visible_child(shown);
+    if (!isNew) return;
+    set_title(title);
+    for (Gtk::Button* button : {&close_, &choose_, &stop_, &reveal_, &finish_})
+        button->set_visible(std::ranges::count(visible, button) > 0);
+    if (standard) {
+        set_default_widget(*standard);
+    } else {
+        unset_default_widget();
+    }
+    set_focus(*visible.back());
+    set_deletable(&shown != &progress_);
+    fit();
+}
+
+void ExportSheet::cancel() {
+    if (model().isExporting()) {
+        model().cancelExport();
+    } else {
+        SheetWindow::cancel();
+    }
+}
+
+bool ExportSheet::on_close_request() {
+    if (!model().isExporting()) SheetWindow::cancel();
+    return true;
+}
+
+}   // namespace ostrel

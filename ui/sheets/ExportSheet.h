@@ -1,0 +1,56 @@
+#pragma once
+
+#include "app/Desktop.h"
+#include "ui/sheets/OptionRows.h"
+#include "ui/sheets/SheetWindow.h"
+#include "ui/widgets/Headline.h"
+
+#include <vector>
+
+#include <gtkmm/progressbar.h>
+#include <gtkmm/stack.h>
+
+namespace ostrel {
+
+// The export: its options, its progress, or what came of it, as the model's phase says.
+class ExportSheet : public SheetWindow {
+public:
+    ExportSheet(AppModel& model, Desktop& desktop, Gtk::Window& parent);
+
+protected:
+    // Escape closes the options and the summary, and cancels a run, which cannot be closed.
+    void cancel() override;
+    bool on_close_request() override;
+
+private:
+    void buildOptions();
+    void buildProgress();
+    void buildSummary();
+    void showPhase();
+    void showCount();
+    void show(const ExportProgress& progress);
+    void show(const ExportResult& result);
+    void face(Gtk::Widget& shown, const std::string& title, const std::vector<Gtk::Button*>& buttons,
+              Gtk::Button* standard);
+
+    Desktop& desktop_;
+    Gtk::Stack faces_;
+    Gtk::Box options_, progress_, summary_;
+
+    Headline optionsTitle_;
+    SwitchRow attachments_, index_;
+    PaperRow paper_;
+    Gtk::Button close_, choose_;
+
+    Headline progressTitle_;
+    Gtk::ProgressBar bar_;
+    Gtk::Label done_, current_;
+    Gtk::Button stop_;
+
+    Headline summaryTitle_;
+    Gtk::Label saved_, savedAttachments_, failed_, folder_;
+    Gtk::Button reveal_, finish_;
+    std::vector<Subscription> subscriptions_;
+};
+
+}   // namespace ostrel

@@ -1,0 +1,78 @@
+#include "ui/sheets/SheetWindow.h"
+
+#include "ui/widgets/TextScale.h"
+
+#include <algorithm>
+
+#include <gtkmm/application.h>
+
+namespace ostrel {
+namespace {
+
+constexpr int usualWidth = 560, usualMostHeight = 560, margin = 24, spacing = 12;
+// What the frame of a window and a scroll bar may take of its width.
+constexpr int frame = 30;
+
+}   // namespace
+
+SheetWindow::SheetWindow(AppModel& model, Gtk::Window& parent, const std::string& title)
+    : model_(model),
+      body_(Gtk::Orientation::VERTICAL),
+      content_(Gtk::Orientation::VERTICAL, spacing),
+      buttons_(Gtk::Orientation::HORIZONTAL, spacing) {
+    set_title(title);
+    set_transient_for(parent);
+    set_modal();
+    if (const auto application = parent.get_application()) application->add_window(*this);   // its actions
+    header_.add_css_class("flat");
+    set_titlebar(header_);
+
+    content_.set_margin(margin);
+    scroller_.set_child(content_);
+    scroller_.set_policy(Gtk::PolicyType::NEVER, Gtk::PolicyType::AUTOMATIC);
+    scroller_.set_vexpand();
+    buttons_.set_halign(Gtk::Align::END);
+    buttons_.set_margin(margin);
+    buttons_.set_margin_top(0);
+    body_.append(scroller_);
+    body_.append(buttons_);
+    set_child(body_);
+
+    const auto keys = Gtk::EventControllerKey::create();
+    keys->signal_key_pressed().connect(
+        [this](guint key, guint, Gdk::ModifierType) {
+            if (key != GDK_KEY_Escape) return false;
+            cancel();
+            return true;
+        },
+        false);
+    add_controller(keys);
+}
+
+void SheetWindow::addButton(Gtk::Button& button, const std::string& text) {
+    mnemonics_.write(button, text);
+    button.set_focus_on_click(false);
+    buttons_.append(button);
+}
+
+// The scrolled window does not know how its lines will break.
+void SheetWindow::fit() {
+    const int width = textScale::scaled(usualWidth), mostHeight = textScale::scaled(usualMostHeight);
+    const auto heightOf = [width](const Gtk::Widget& part) {
+        int least = 0, natural = 0, unused = 0;
+        part.measure(Gtk::Orientation::VERTICAL, width - frame, least, natural, unused, unused);
+        return natural;
+    };
+    const int content = std::min(heightOf(content_), mostHeight);
+    scroller_.set_min_content_height(content);
+    set_default_size(width, content + heightOf(buttons_) + heightOf(header_));
+}
+
+void SheetWindow::cancel() { model_.sheet.set(std::nullopt); }
+
+bool SheetWindow::on_close_request() {
+    cancel();
+    return true;   // the main window takes the sheet away when the model says so
+}
+
+}   // namespace ostrel
