@@ -30,9 +30,6 @@ namespace ostrel::pdf {
 
 using i18n::tr;
 
-Error::Error(const std::string& reason)
-    : std::runtime_error(i18n::filled(tr("The printed page is not a PDF that can be read: %@"), reason)) {}
-
 struct Finisher::Memory {
     FontSubsetter fonts;
 };
@@ -41,18 +38,6 @@ Finisher::Finisher() : memory_(std::make_unique<Memory>()) {}
 Finisher::~Finisher() = default;
 
 namespace {
-
-// Opens strictly: the engine writes no damaged files, and a mended one may have lost pages on the way.
-void open(QPDF& file, ByteView printed) {
-    file.setAttemptRecovery(false);
-    file.setSuppressWarnings(true);
-    const auto bytes = charsOf(printed);
-    file.processMemoryFile("printed page", bytes.data(), bytes.size());
-    auto count = file.getRoot().getKey("/Pages").getKey("/Count");
-    const auto pages = file.getAllPages().size();
-    if (pages == 0 || !count.isInteger() || count.getIntValue() != static_cast<long long>(pages))
-        throw std::runtime_error(tr("pages are missing"));
-}
 
 // "D:20240305090742Z" (ISO 32000-1 §7.9.4); nothing for years that have no four digits.
 std::optional<std::string> dateText(Instant when) {
@@ -122,13 +107,12 @@ void reduce(QPDF& file, std::string_view html, FontSubsetter& fonts, FinishRepor
 }
 
 // fonts: null to leave everything but the pages alone.
-Finisher::Finished finished(ByteView printed, FinishOptions options, FontSubsetter* fonts) {
-    QPDF file;
-    open(file, printed);
+Finisher::Finished finished(Printed& printed, FinishOptions options, FontSubsetter* fonts) {
+    QPDF& file = printed.file();
     std::ranges::move(takeLinkMarks(file, options.linkMarks), std::back_inserter(options.links));
     Finisher::Finished result;
-    result.report.pages = file.getAllPages().size();
-    result.report.links = layOutPages(file, options);
+    result.report.pages = printed.pages();
+    result.report.links = layOutPages(file, {options.widthPoints, options.heightPoints, options.scale}, options.links);
     describe(file, options);
     if (fonts) reduce(file, options.html, *fonts, result.report);
     result.pdf = written(file);
@@ -137,14 +121,15 @@ Finisher::Finished finished(ByteView printed, FinishOptions options, FontSubsett
 
 }   // namespace
 
-Finisher::Finished Finisher::finish(ByteView printed, const FinishOptions& options) {
+Finisher::Finished Finisher::finish(Printed printed, const FinishOptions& options) {
     try {
         return finished(printed, options, &memory_->fonts);
     } catch (const std::exception&) {
         // Making it smaller is a comfort; the pages are what counts.
     }
     try {
-        return finished(printed, options, nullptr);
+        auto again = printed.reopened();
+        return finished(again, options, nullptr);
     } catch (const std::exception& e) {
         throw Error(e.what());
     }

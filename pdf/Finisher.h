@@ -1,41 +1,17 @@
 #pragma once
 
-#include "platform/Bytes.h"
+#include "pdf/Links.h"
+#include "pdf/Printed.h"
 #include "platform/Time.h"
 
-#include <cstdint>
+#include <cstddef>
 #include <memory>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace ostrel::pdf {
-
-// A place on a printed page that opens an address. Measured on the page as the engine printed it, before scaling, in
-// points from its top left corner.
-struct LinkArea {
-    std::size_t page = 0;   // 0 is the first
-    double x = 0, y = 0, width = 0, height = 0;
-    std::string url;   // http, https or mailto; areas with anything else are dropped
-};
-
-// A part of a box, in parts of its width and height. It counts only if the box was printed whole and in its shape.
-struct PartOfBox {
-    double left = 0, top = 0, width = 1, height = 1;
-    double shape = 1;   // the box's width over its height
-    bool operator==(const PartOfBox&) const = default;
-};
-
-// A link that was printed with paint nobody sees: all of this colour that is filled with an opacity of 1/255, or a part
-// of it. Several may share a colour; they come in the order drawn.
-struct LinkMark {
-    std::uint32_t colour = 0;   // 0xRRGGBB
-    std::string url;
-    std::optional<PartOfBox> part{};
-    bool operator==(const LinkMark&) const = default;
-};
 
 struct FinishOptions {   // every field has an initialiser, so that callers may name only some
     double widthPoints = 595, heightPoints = 842;   // the paper that every page ends up on
@@ -60,12 +36,6 @@ struct FinishReport {
     bool operator==(const FinishReport&) const = default;
 };
 
-// The printed file is no PDF that can be read. Whether it was the engine's doing or damage on disk cannot be told.
-class Error : public std::runtime_error {
-public:
-    explicit Error(const std::string& reason);
-};
-
 // Turns what the web engine prints into what is kept: pages scaled back to the paper, fonts cut down to the glyphs in
 // use, original photographs put back, links, title and dates added. Text and pixels stay exactly as printed. The same
 // input gives the same bytes.
@@ -84,7 +54,7 @@ public:
         FinishReport report;
     };
     // Throws Error.
-    Finished finish(ByteView printed, const FinishOptions& options);
+    Finished finish(Printed printed, const FinishOptions& options);
 
 private:
     struct Memory;

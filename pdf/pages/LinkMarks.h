@@ -1,6 +1,6 @@
 #pragma once
 
-#include "pdf/Finisher.h"
+#include "pdf/Links.h"
 
 #include <vector>
 

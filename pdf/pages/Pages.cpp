@@ -23,11 +23,11 @@ using Rectangle = QPDFObjectHandle::Rectangle;   // corners in points, y upwards
 // How a printed page comes onto the paper.
 class Placement {
 public:
-    Placement(const Rectangle& printed, const FinishOptions& options)
-        : matrix_(options.scale, 0, 0, options.scale, 0 - printed.llx * options.scale,
-                  options.heightPoints - printed.ury * options.scale),
+    Placement(const Rectangle& printed, const Paper& paper)
+        : matrix_(paper.scale, 0, 0, paper.scale, 0 - printed.llx * paper.scale,
+                  paper.height - printed.ury * paper.scale),
           printed_(printed),
-          paper_(0, 0, options.widthPoints, options.heightPoints) {}
+          paper_(0, 0, paper.width, paper.height) {}
 
     // A thousandth of a point is far below what any printer shows.
     bool isIdentity() const {
@@ -158,9 +158,9 @@ std::string linkTarget(std::string_view url) {
     return target;
 }
 
-std::size_t layOutPages(QPDF& file, const FinishOptions& options) {
+std::size_t layOutPages(QPDF& file, const Paper& paper, const std::vector<LinkArea>& links) {
     std::map<std::size_t, std::vector<const LinkArea*>> linksOf;
-    for (const auto& link : options.links) linksOf[link.page].push_back(&link);
+    for (const auto& link : links) linksOf[link.page].push_back(&link);
 
     QPDFPageDocumentHelper document(file);
     document.pushInheritedAttributesToPage();
@@ -169,7 +169,7 @@ std::size_t layOutPages(QPDF& file, const FinishOptions& options) {
     for (auto& page : document.getAllPages()) {
         auto box = page.getMediaBox();
         if (!box.isRectangle()) throw std::runtime_error(i18n::tr("a page has no size"));
-        const Placement placement(box.getArrayAsRectangle(), options);
+        const Placement placement(box.getArrayAsRectangle(), paper);
         place(file, page, placement, patterns);
 
         std::vector<QPDFObjectHandle> annotations;

@@ -1,18 +1,28 @@
 #pragma once
 
-#include "pdf/Finisher.h"
+#include "pdf/Links.h"
 
 #include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include <qpdf/QPDF.hh>
 
 namespace ostrel::pdf {
 
-// Brings every page onto options' paper: what stood in the top left corner stays there, everything else moves by the
-// scale. Then puts the links on. Answers how many were put.
-std::size_t layOutPages(QPDF& file, const FinishOptions& options);
+// The paper that every page ends up on, in points, and its scale: final size over printed size.
+struct Paper {
+    double width = 595, height = 842;
+    double scale = 1;
+};
 
-// The address as a PDF stores it: ASCII, everything else percent-encoded. Empty unless it is http, https or mailto.
+// Brings every page onto the paper: what stood in the top left corner stays there, everything else moves by the scale.
+// Then puts the links on. Returns the number of links added.
+std::size_t layOutPages(QPDF& file, const Paper& paper, const std::vector<LinkArea>& links);
+
+// Returns the address as a PDF stores it: ASCII, everything else percent-encoded. Empty unless it is http, https or
+// mailto.
 std::string linkTarget(std::string_view url);
 
 }   // namespace ostrel::pdf

@@ -1,6 +1,5 @@
 #include "render/print/PagePrinter.h"
 
-#include "pdf/PrintedScale.h"
 #include "platform/Files.h"
 #include "platform/Translation.h"
 #include "render/engine/OfflineRules.h"
@@ -94,8 +93,8 @@ struct PendingAnswer {
 
 // At its limit the engine stops shrinking and leaves out what is wider still. The measured width has let the page
 // through, so something is where only the print's own layout finds it.
-bool mayLackItsRightEdge(const Bytes& printed) {
-    const auto scale = pdf::printedScale(printed.view());
+bool mayLackItsRightEdge(const pdf::Printed& printed) {
+    const auto scale = printed.scale();
     return scale && *scale * pageGeometry::mostPixelsPerPoint < 1.0006;
 }
 
@@ -265,10 +264,12 @@ void PagePrinter::printFinished() {
 
 void PagePrinter::takePrinted() {
     try {
-        Bytes pdf = files::readWhole(output_);
+        auto pdf = pdf::Printed::open(files::readWhole(output_));
         if (mayLackItsRightEdge(pdf) && attempt_ < mostAttempts) return printWider();
         complete(PrintedPage{.pdf = std::move(pdf), .scale = 1 / enlargement_, .links = std::move(links_)});
     } catch (const FileError& error) {
+        fail(RenderError::Kind::writeFailed, error.what());
+    } catch (const pdf::Error& error) {
         fail(RenderError::Kind::writeFailed, error.what());
     }
 }

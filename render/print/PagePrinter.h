@@ -2,8 +2,8 @@
 
 #include "app/AppSettings.h"
 #include "core/export/PDFRendering.h"
-#include "pdf/Finisher.h"
-#include "platform/Bytes.h"
+#include "pdf/Links.h"
+#include "pdf/Printed.h"
 #include "render/loop/MainLoop.h"
 #include "render/print/PrintLimits.h"
 #include "render/view/EngineView.h"
@@ -23,7 +23,7 @@ namespace ostrel {
 
 // What the engine printed (and left in the file), still as big as it had to be to hold the whole width of the page.
 struct PrintedPage {
-    Bytes pdf;
+    pdf::Printed pdf;
     double scale = 1;                     // final size over printed size
     std::vector<pdf::LinkMark> links{};   // marked on the pages
 };

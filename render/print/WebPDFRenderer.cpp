@@ -62,8 +62,7 @@ void WebPDFRenderer::renderPDF(const std::string& html, const std::filesystem::p
                                          .links = {},
                                          .linkMarks = std::move(page.links),
                                          .html = html};
-        const auto finished = state.finisher.finish(page.pdf.view(), options);
-        page.pdf = {};
+        const auto finished = state.finisher.finish(std::move(page.pdf), options);
         files::writeAtomically(destination, bytesOf(finished.pdf));
         std::error_code ignored;
         std::filesystem::remove(printed, ignored);

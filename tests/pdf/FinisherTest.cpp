@@ -14,7 +14,7 @@ using test::ref;
 using test::SamplePDF;
 
 Finisher::Finished finish(const std::string& printed, const FinishOptions& options = {}) {
-    return Finisher().finish(bytesOf(printed), options);
+    return Finisher().finish(Printed::open(Bytes(printed)), options);
 }
 
 std::string box(QPDFObjectHandle rectangle) { return rectangle.unparseResolved(); }
@@ -247,7 +247,7 @@ TEST(Finisher, DamageIsOneKindOfErrorAndNeverALostPage) {
 
 TEST(Finisher, TellsWhatIsNoPdf) {
     for (const std::string_view printed : {"", "no PDF", "%PDF-1.4 and no more"})
-        EXPECT_THROW(Finisher().finish(bytesOf(printed), {}), Error) << printed;
+        EXPECT_THROW(Printed::open(Bytes(std::string(printed))), Error) << printed;
 }
 
 }   // namespace

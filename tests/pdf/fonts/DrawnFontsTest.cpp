@@ -48,7 +48,7 @@ TEST(DrawnFonts, ContentShowsTheJoinedFont) {
         pdf.page(row.content, "<< /Font << /A " + drawnFont(pdf, {"4E00"}) + " /B " + drawnFont(pdf, {"4E01"}) +
                                   " /N << /Type /Font /Subtype /Type1 /BaseFont /Courier >> >> >>");
         FinishOptions options;
-        OpenedPDF finished(Finisher().finish(bytesOf(pdf.bytes()), options).pdf);
+        OpenedPDF finished(Finisher().finish(Printed::open(Bytes(pdf.bytes())), options).pdf);
         const auto content = finished.content(0);
         if (!row.expected) {
             EXPECT_NE(content.find(row.content), std::string::npos) << row.why << ": " << content;
@@ -82,7 +82,7 @@ TEST(DrawnFonts, OnlyFontsThatViewersTreatAlikeAreJoined) {
         SamplePDF pdf;
         pdf.page("/A 9 Tf <01> Tj /B 9 Tf <01> Tj",
                  "<< /Font << /A " + drawnFont(pdf, {"4E00"}) + " /B " + drawnFont(pdf, row.other) + " >> >>");
-        OpenedPDF finished(Finisher().finish(bytesOf(pdf.bytes()), {}).pdf);
+        OpenedPDF finished(Finisher().finish(Printed::open(Bytes(pdf.bytes())), {}).pdf);
         EXPECT_NE(finished.content(0).find("/B 9 Tf"), std::string::npos) << row.why;
         EXPECT_TRUE(finished.resource(0, "/Font", "/B").isDictionary()) << row.why;
     }

@@ -34,11 +34,11 @@ Outcome finish(const std::string& content, const std::string& form = "") {
     const auto drawn = pdf.stream(
         "<< /Subtype /Form /BBox [0 0 99 99] /Matrix [2 0 0 2 0 0] /Resources << " + states + " >> >>", form);
     pdf.page(content, "<< " + states + " /XObject << /Form " + ref(drawn) + " >> >>", 595, 842);
-    const auto made =
-        Finisher().finish(bytesOf(pdf.bytes()), {.linkMarks = {{0x336699, "http://one"},
-                                                               {0x33CC00, "http://two"},
-                                                               {0x00FF00, "http://left", PartOfBox{0, 0, .5, 1, 2}},
-                                                               {0x00FF00, "http://foot", PartOfBox{0, .5, 1, .5, 2}}}});
+    const auto made = Finisher().finish(Printed::open(Bytes(pdf.bytes())),
+                                        {.linkMarks = {{0x336699, "http://one"},
+                                                       {0x33CC00, "http://two"},
+                                                       {0x00FF00, "http://left", PartOfBox{0, 0, .5, 1, 2}},
+                                                       {0x00FF00, "http://foot", PartOfBox{0, .5, 1, .5, 2}}}});
     OpenedPDF finished(made.pdf);
     Outcome outcome{{}, finished.content(0)};
     auto annotations = finished.page(0).getKey("/Annots");
