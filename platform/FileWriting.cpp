@@ -112,19 +112,28 @@ void TemporaryFile::moveToTarget() {
     path_ = target_;
 }
 
+// wanted: the path that an error names.
+void createFolderUnlessThere(const std::filesystem::path& path, const std::filesystem::path& wanted, mode_t mode) {
+    if (isFolder(path) || systemCalls().makeFolder(path.c_str(), mode) == 0) return;
+    const auto cause = lastError();
+    if (cause != std::errc::file_exists) throw FileError::writing(wanted, cause);
+    // Another program has been quicker, or it is a file.
+    if (!isFolder(path)) throw FileError::writing(wanted, std::make_error_code(std::errc::not_a_directory));
+}
+
 }   // namespace
 
 void createFolders(const std::filesystem::path& folder) {
     std::filesystem::path path;
     for (const auto& name : folder) {
         path /= name;
-        if (name.empty() || isFolder(path)) continue;
-        if (systemCalls().makeFolder(path.c_str(), 0777) == 0) continue;
-        const auto cause = lastError();
-        if (cause != std::errc::file_exists) throw FileError::writing(folder, cause);
-        // Another program has been quicker, or it is a file.
-        if (!isFolder(path)) throw FileError::writing(folder, std::make_error_code(std::errc::not_a_directory));
+        if (!name.empty()) createFolderUnlessThere(path, folder, 0777);
     }
+}
+
+void createPrivateFolder(const std::filesystem::path& folder) {
+    createFolders(folder.parent_path());
+    createFolderUnlessThere(folder, folder, S_IRWXU);
 }
 
 void createFolder(const std::filesystem::path& folder) {

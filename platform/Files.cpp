@@ -71,10 +71,21 @@ Instant instantOf(const timespec& time) {
                    std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::nanoseconds(time.tv_nsec)));
 }
 
-std::optional<struct stat> statusOf(const std::filesystem::path& path, int flags = 0) {
+std::optional<struct stat> statusOf(const char* path, int flags = 0, int folder = AT_FDCWD) {
     struct stat status {};
-    if (::fstatat(AT_FDCWD, path.c_str(), &status, flags) != 0) return std::nullopt;
+    if (::fstatat(folder, path, &status, flags) != 0) return std::nullopt;
     return status;
+}
+std::optional<struct stat> statusOf(const std::filesystem::path& path, int flags = 0) {
+    return statusOf(path.c_str(), flags);
+}
+
+files::Facts factsOf(const struct stat& status) {
+    const auto nanoseconds = [](const timespec& time) {
+        return static_cast<std::uint64_t>(time.tv_sec) * 1'000'000'000 + static_cast<std::uint64_t>(time.tv_nsec);
+    };
+    return {static_cast<std::uint64_t>(status.st_ino), static_cast<std::uint64_t>(status.st_size),
+            nanoseconds(status.st_ctim), nanoseconds(status.st_mtim)};
 }
 
 // O_NOATIME is for the owner of a file only; the mail store may belong to someone else.
@@ -197,7 +208,7 @@ ReadHandle::ReadHandle(const std::filesystem::path& path) : ReadHandle(Entry{pat
 ReadHandle::ReadHandle(const Entry& entry) : path_(entry.path) {
     OpenFile file = openRegularFile(entry);
     descriptor_ = file.descriptor.release();
-    size_ = static_cast<std::uint64_t>(file.status.st_size);
+    facts_ = factsOf(file.status);
     modified_ = instantOf(file.status.st_mtim);
 }
 
@@ -212,7 +223,7 @@ std::size_t ReadHandle::read(std::span<char> buffer) {
         filled += static_cast<std::size_t>(count);
         position_ += static_cast<std::uint64_t>(count);
         // At the known end no further call is made to hear of it: a scan reads a hundred thousand files.
-        if (count == 0 || position_ == size_) break;
+        if (count == 0 || position_ == facts_.size) break;
     }
     return filled;
 }
@@ -220,7 +231,7 @@ std::size_t ReadHandle::read(std::span<char> buffer) {
 void ReadHandle::readToEnd(std::string& out) {
     const std::size_t before = out.size();
     // One allocation for the size the file had; the byte more finds the end without another.
-    appendFrom(descriptor_, path_, out, size_ > position_ ? size_ - position_ + 1 : 0);
+    appendFrom(descriptor_, path_, out, facts_.size > position_ ? facts_.size - position_ + 1 : 0);
     position_ += out.size() - before;
 }
 
@@ -273,6 +284,12 @@ void walk(const std::filesystem::path& folder, Hidden hidden, const std::functio
             // Not ours to read, or gone since its parent was listed: the rest of the tree still counts.
         }
     }
+}
+
+std::optional<Facts> facts(const Entry& entry) {
+    const auto status = entry.openFolder < 0 ? statusOf(entry.path.native().c_str())
+                                             : statusOf(std::string(entry.name).c_str(), 0, entry.openFolder);
+    return status && S_ISREG(status->st_mode) ? std::optional(factsOf(*status)) : std::nullopt;
 }
 
 bool exists(const std::filesystem::path& path) { return statusOf(path).has_value(); }

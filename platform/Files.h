@@ -49,6 +49,14 @@ Bytes readWhole(const std::filesystem::path& path);
 
 struct Entry;
 
+// What tells a file from every other, and from itself after a change.
+struct Facts {
+    std::uint64_t inode = 0, size = 0;   // size in bytes
+    // Of content or attributes, and of content only: nanoseconds since 1970, which begin anew after 584 years.
+    std::uint64_t changed = 0, modified = 0;
+    bool operator==(const Facts&) const = default;
+};
+
 // An open file, read-only; closed by the destructor.
 class ReadHandle {
 public:
@@ -65,15 +73,16 @@ public:
     std::size_t read(std::span<char> buffer);
     // Appends the rest of the file to out. Throws FileError.
     void readToEnd(std::string& out);
-    // The modification date when the file was opened; nothing when the system gave none.
-    std::optional<Instant> modificationDate() const { return modified_; }
+    // Of the file when it was opened.
+    const Facts& facts() const { return facts_; }
+    Instant modificationDate() const { return modified_; }
 
 private:
     FilePath path_;
     int descriptor_;
     std::uint64_t position_ = 0;
-    std::uint64_t size_;   // when it was opened, like the next
-    std::optional<Instant> modified_;
+    Facts facts_;
+    Instant modified_;
 };
 
 // The names in a folder, hidden ones included, "." and ".." not, sorted by their bytes. Throws FileError.
@@ -85,6 +94,8 @@ struct Entry {
     bool isFolder;           // a link to a folder is not a folder
     int openFolder;          // descriptor of the folder it is in; -1 where that is closed again
 };
+// Facts about the file, without opening it; nullopt if it is no regular file. Follows links.
+std::optional<Facts> facts(const Entry& entry);
 enum class Walk { on, skipFolder, stop };
 enum class Hidden { skip, include };
 
@@ -103,6 +114,8 @@ std::optional<Instant> modificationDate(const std::filesystem::path& path);
 
 // Creates the folder and its missing parents; an existing folder is fine.
 void createFolders(const std::filesystem::path& folder);
+// The same, with a folder that only this user can look into; missing parents are ordinary folders.
+void createPrivateFolder(const std::filesystem::path& folder);
 // Creates a folder that is not there yet in one that is: where a disk has been pulled out below it, nothing appears on
 // the disk underneath.
 void createFolder(const std::filesystem::path& folder);

@@ -44,10 +44,7 @@ std::optional<std::string> SettingsStore::value(const std::string& key) const {
 }
 
 void SettingsStore::set(const std::string& key, const std::string& value) const {
-    files::createFolders(folder_.parent_path());
-    // The settings tell where a person's mail lies.
-    if (::mkdir(folder_.c_str(), S_IRWXU) != 0 && errno != EEXIST)
-        throw FileError::writing(folder_, {errno, std::generic_category()});
+    files::createPrivateFolder(folder_);   // the settings tell where a person's mail lies
     files::writeAtomically(fileOf(folder_, key), bytesOf(value));
 }
 

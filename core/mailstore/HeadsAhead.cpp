@@ -30,7 +30,7 @@ bool isMessageFile(const files::Entry& entry) {
 
 }   // namespace
 
-HeadsAhead::HeadsAhead(std::filesystem::path root) {
+HeadsAhead::HeadsAhead(std::filesystem::path root, SummaryCache* cache) : cache_(cache) {
     for (std::size_t i = 0; i < mostBatches; ++i) spare_.push_back(std::make_unique<Batch>());
     reader_ = std::jthread([this, root = std::move(root)](const std::stop_token& stop) {
         std::exception_ptr failure;
@@ -53,18 +53,7 @@ void HeadsAhead::readAll(const std::filesystem::path& root, const std::stop_toke
     files::walk(root, files::Hidden::skip, [&](const files::Entry& entry) {
         if (!isMessageFile(entry)) return notYet(entry);
         if (!batch) return files::Walk::stop;
-        Head head{entry.path, std::nullopt, 0, false};
-        const std::size_t before = batch->blocks.size();
-        try {
-            files::ReadHandle handle(entry);
-            Emlx::readHeaderBlock(handle, batch->blocks);
-            head.modified = handle.modificationDate();
-            head.isReadable = true;
-        } catch (const Emlx::ReadError&) {
-        } catch (const FileError&) {
-        }
-        head.size = batch->blocks.size() - before;
-        batch->heads.push_back(std::move(head));
+        batch->heads.push_back(readHead(entry, batch->blocks));
         if (batch->heads.size() >= mostInBatch || Clock::now() - begun > longestBatch) {
             hand(std::move(batch));
             batch = emptyBatch(stop);
@@ -73,6 +62,29 @@ void HeadsAhead::readAll(const std::filesystem::path& root, const std::stop_toke
         return files::Walk::on;
     });
     if (batch) hand(std::move(batch));
+}
+
+// blocks: takes the header block.
+HeadsAhead::Head HeadsAhead::readHead(const files::Entry& entry, std::string& blocks) {
+    Head head{.file = entry.path};
+    if (const auto facts = cache_ ? files::facts(entry) : std::nullopt) {
+        const std::string_view path = entry.path.native();
+        head.kept = cache_->find(path.substr(0, path.size() - entry.name.size()), entry.name, *facts);
+        head.isReadable = !head.kept.empty();
+    }
+    if (head.isReadable) return head;
+    const std::size_t before = blocks.size();
+    try {
+        files::ReadHandle handle(entry);
+        Emlx::readHeaderBlock(handle, blocks);
+        head.facts = handle.facts();
+        head.modified = handle.modificationDate();
+        head.isReadable = true;
+    } catch (const Emlx::ReadError&) {
+    } catch (const FileError&) {
+    }
+    head.size = blocks.size() - before;
+    return head;
 }
 
 HeadsAhead::BatchPtr HeadsAhead::emptyBatch(const std::stop_token& stop) {

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "core/mailstore/SummaryCache.h"
 #include "platform/Bytes.h"
 #include "platform/FilePath.h"
+#include "platform/Files.h"
 #include "platform/Time.h"
 
 #include <condition_variable>
@@ -24,17 +26,20 @@ class HeadsAhead {
 public:
     struct Head {
         FilePath file;
-        std::optional<Instant> modified;   // the file's modification date
-        std::size_t size = 0;              // of the header block
-        bool isReadable = false;           // false: not to be opened, or no message
+        SummaryCache::Entry kept{};   // of the file, which then is not opened
+        files::Facts facts{};
+        Instant modified{};        // the file's modification date
+        std::size_t size = 0;      // of the header block
+        bool isReadable = false;   // false: cannot be opened, or no message
     };
 
-    explicit HeadsAhead(std::filesystem::path root);
+    // cache: what was kept of earlier reading, or null. Must outlive this.
+    explicit HeadsAhead(std::filesystem::path root, SummaryCache* cache);
     HeadsAhead(const HeadsAhead&) = delete;
     HeadsAhead& operator=(const HeadsAhead&) = delete;
 
-    // The next one, or null at the end; its header block is then headerBlock(). Both live until the next call. Throws
-    // FileError when the folder itself cannot be listed.
+    // The next one, or null at the end; its header block is then headerBlock(), empty where an entry was kept. Both
+    // live until the next call. Throws FileError when the folder itself cannot be listed.
     const Head* next();
     ByteView headerBlock() const { return block_; }
 
@@ -46,11 +51,13 @@ private:
     using BatchPtr = std::unique_ptr<Batch>;
 
     void readAll(const std::filesystem::path& root, const std::stop_token& stop);
+    Head readHead(const files::Entry& entry, std::string& blocks);
     // Waits while too much is read already; null when stopped.
     BatchPtr emptyBatch(const std::stop_token& stop);
     void hand(BatchPtr batch);
     bool takeBatch();
 
+    SummaryCache* const cache_;   // the reading thread finds entries in it
     std::mutex mutex_;
     std::condition_variable_any changed_;
     std::deque<BatchPtr> read_, spare_;

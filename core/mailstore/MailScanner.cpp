@@ -110,24 +110,23 @@ private:
 };
 
 // All but what the folder tells.
-MessageSummary summaryOf(const HeadsAhead::Head& head, const Headers& headers, KnownAddresses& known) {
+SummaryCache::Kept summaryOf(const HeadsAhead::Head& head, const Headers& headers, KnownAddresses& known) {
     const auto addresses = [&](std::string_view name) { return known.list(headers.first(name).value_or("")); };
     const auto identifiers = [&](std::string_view name) { return MessageIDs::list(headers.first(name).value_or("")); };
-    MessageSummary summary;
+    SummaryCache::Kept all;
+    MessageSummary& summary = all.summary;
     summary.isPartial = Emlx::isPartial(head.file);
-    const std::string contentType = HeaderParameters::parse(headers.first("Content-Type")).value;
-    summary.hasAttachments = text::lower(contentType) == "multipart/mixed" ||
-                             (summary.isPartial && files::exists(Emlx::attachmentsFolder(head.file)));
+    all.isMixed = text::lower(HeaderParameters::parse(headers.first("Content-Type")).value) == "multipart/mixed";
     summary.subject = text::trimBlanksAndNewlines(headers.decoded("Subject").value_or(""));
     summary.from = addresses("From");
     summary.to = addresses("To");
     summary.cc = addresses("Cc");
     const auto date = headers.first("Date");
-    summary.date = (date ? MailDate::parse(*date) : std::nullopt).value_or(head.modified.value_or(Instant{}));
+    summary.date = (date ? MailDate::parse(*date) : std::nullopt).value_or(head.modified);
     if (auto own = identifiers("Message-ID"); !own.empty()) summary.messageID = std::move(own.front());
     summary.inReplyTo = identifiers("In-Reply-To");
     summary.references = identifiers("References");
-    return summary;
+    return all;
 }
 
 // Messages of one date keep their order.
@@ -161,7 +160,8 @@ void sortNewestFirst(std::vector<MessageSummary>& messages) {
 // What one walk has found so far.
 class Scan {
 public:
-    explicit Scan(fs::path root) : root_(std::move(root)) {}
+    // cache: null if there is none.
+    Scan(fs::path root, SummaryCache* cache) : root_(std::move(root)), cache_(cache) {}
 
     void add(const HeadsAhead::Head& head, ByteView headerBlock) {
         if (!head.isReadable) {
@@ -171,8 +171,10 @@ public:
         const std::string_view path = head.file.native();
         const std::size_t nameStart = path.rfind('/') + 1;
         enter(path.substr(0, nameStart));
-        MessageSummary& summary = index_.messages.emplace_back(
-            summaryOf(head, Headers::parseOnly(headerBlock, summaryFields), knownAddresses_));
+        SummaryCache::Kept read = summaryFrom(head, headerBlock);
+        MessageSummary& summary = index_.messages.emplace_back(std::move(read.summary));
+        summary.hasAttachments =
+            read.isMixed || (summary.isPartial && files::exists(Emlx::attachmentsFolder(head.file)));
         summary.url = StoredPath(folder_, path.substr(nameStart));
         summary.mailboxID = mailboxID_;
         for (const MailAddress& address : *summary.to) ++(*addressesOfFolder_)[address.email];
@@ -189,6 +191,17 @@ public:
     }
 
 private:
+    SummaryCache::Kept summaryFrom(const HeadsAhead::Head& head, ByteView headerBlock) {
+        if (!head.kept.empty()) {
+            cache_->keep(*folder_, head.kept);
+            return cache_->read(head.kept);
+        }
+        SummaryCache::Kept read = summaryOf(head, Headers::parseOnly(headerBlock, summaryFields), knownAddresses_);
+        const std::string_view path = head.file.native();
+        if (cache_) cache_->keep(*folder_, path.substr(folder_->size()), head.facts, read);
+        return read;
+    }
+
     // Files come folder by folder, so the last answer nearly always serves again. The folder ends with a slash.
     void enter(std::string_view folder) {
         if (mailbox_ && folder == *folder_) return;
@@ -240,7 +253,8 @@ private:
             ->first;
     }
 
-    fs::path root_;
+    const fs::path root_;
+    SummaryCache* const cache_;
     MailIndex index_;
     std::map<std::string, Mailbox> mailboxes_;   // by id; nodes stay where they are
     KnownAddresses knownAddresses_;
@@ -263,6 +277,14 @@ std::string accessSentence(MailAccessError::Kind kind, const fs::path& folder) {
                             ? i18n::tr("The mail folder “%@” can’t be read: permission denied.")
                             : i18n::tr("There is no mail folder “%@”."),
                         displayText(folder));
+}
+
+void save(const SummaryCache& cache) {
+    try {
+        cache.save();
+    } catch (const FileError&) {
+        // The next scan takes longer; there is nothing else that anybody could lose.
+    }
 }
 
 }   // namespace
@@ -303,15 +325,18 @@ std::optional<MailAccessError::Kind> checkAccess(const fs::path& folder) {
 }
 
 MailIndex scan(const fs::path& folder, const std::string& onMyMac, const std::function<void(std::size_t)>& progress,
-               const std::function<bool()>& cancelled) {
+               const std::function<bool()>& cancelled, const std::optional<SummaryCache::Place>& cachePlace) {
     if (const auto refused = checkAccess(folder)) throw MailAccessError(*refused, folder);
     const fs::path root = standardised(dataRoot(folder));
-    Scan scan(root);
+    std::optional<SummaryCache> cache;
+    if (cachePlace) cache.emplace(*cachePlace, root);
+    Scan scan(root, cache ? &*cache : nullptr);
     std::size_t reported = 0;
-    HeadsAhead heads(root);
+    HeadsAhead heads(root, cache ? &*cache : nullptr);
+    bool isStopped = false;
     try {
         while (const HeadsAhead::Head* head = heads.next()) {
-            if (cancelled()) break;
+            if ((isStopped = cancelled())) break;
             scan.add(*head, heads.headerBlock());
             if (scan.count() % progressInterval == 0 && scan.count() != reported) progress(reported = scan.count());
         }
@@ -319,6 +344,7 @@ MailIndex scan(const fs::path& folder, const std::string& onMyMac, const std::fu
         throw MailAccessError(MailAccessError::Kind::notFound, root);
     }
     progress(scan.count());
+    if (cache && !isStopped) save(*cache);
     return scan.finish(onMyMac);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/mailstore/MailIndex.h"
+#include "core/mailstore/SummaryCache.h"
 
 #include <filesystem>
 #include <functional>
@@ -32,8 +33,10 @@ std::optional<MailAccessError::Kind> checkAccess(const std::filesystem::path& fo
 // onMyMac: label of the account that stands for this computer. progress receives the number of messages found so far,
 // every 200 and at the end; cancelled is asked before each message file, and a stopped scan returns what it had found.
 // Both run on the calling thread. Throws MailAccessError.
+// cachePlace: where summaries are kept from one scan to the next; nullopt: none are. The result is the same.
 MailIndex scan(const std::filesystem::path& folder, const std::string& onMyMac,
-               const std::function<void(std::size_t)>& progress, const std::function<bool()>& cancelled);
+               const std::function<void(std::size_t)>& progress, const std::function<bool()>& cancelled,
+               const std::optional<SummaryCache::Place>& cachePlace = std::nullopt);
 
 }   // namespace MailScanner
 }   // namespace ostrel

@@ -28,14 +28,14 @@ protected:
 };
 
 TEST_F(HeadsAheadTest, EachHeadComesInOrderWithItsOwnBlock) {
-    HeadsAhead heads(folder_.path());
+    HeadsAhead heads(folder_.path(), nullptr);
     int i = 0;
     for (const HeadsAhead::Head* head = heads.next(); head; head = heads.next(), ++i) {
         ASSERT_EQ(head->file.filename(), std::to_string(1000 + i) + ".emlx");
         ASSERT_EQ(head->isReadable, i % damaged != 0) << i;
         ASSERT_EQ(charsOf(heads.headerBlock()),
                   head->isReadable ? "Subject: " + std::string(static_cast<std::size_t>(i), 'x') : "");
-        ASSERT_EQ(head->modified.has_value(), head->isReadable);
+        ASSERT_EQ(head->modified != Instant(), head->isReadable);
     }
     EXPECT_EQ(i, fileCount);
     EXPECT_EQ(heads.next(), nullptr) << "the end stays the end";
@@ -43,13 +43,13 @@ TEST_F(HeadsAheadTest, EachHeadComesInOrderWithItsOwnBlock) {
 
 TEST_F(HeadsAheadTest, EndsAtOnceWhenNobodyTakesTheRest) {
     for (const int taken : {0, 1, 100}) {
-        HeadsAhead heads(folder_.path());
+        HeadsAhead heads(folder_.path(), nullptr);
         for (int i = 0; i < taken; ++i) ASSERT_TRUE(heads.next());
     }
 }
 
 TEST_F(HeadsAheadTest, TellsThatTheFolderCannotBeListed) {
-    HeadsAhead heads(folder_ / "none");
+    HeadsAhead heads(folder_ / "none", nullptr);
     EXPECT_THROW(heads.next(), FileError);
 }
 
