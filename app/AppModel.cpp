@@ -33,7 +33,7 @@ std::string previewPage(const PreviewRequest& request) {
     try {
         const MailMessage message = Emlx::read(request.file);
         const std::string date = ExportPlan::dateText(message.date.value_or(request.date), request.calendar);
-        return MessageHTML::page(message, request.mailbox, date, std::nullopt, request.labels);
+        return MessageHTML::page(message, request.mailbox, date, std::nullopt, request.labels).html;
     } catch (const std::exception&) {
         return "<p style=\"font:13px -apple-system;color:#888\">" + MessageHTML::escape(request.labels.unreadable) +
                "</p>";

@@ -79,8 +79,8 @@ std::string written(QPDF& file) {
 }
 
 // Makes the file smaller without changing what it shows.
-void reduce(QPDF& file, std::string_view html, FontSubsetter& fonts, FinishReport& report) {
-    const auto page = pageText(html);
+void reduce(QPDF& file, const FinishOptions& options, FontSubsetter& fonts, FinishReport& report) {
+    const auto page = pageText(options.text);
     nameClusters(file, page);
     GlyphUse use;
     Outlines outlines;
@@ -102,7 +102,7 @@ void reduce(QPDF& file, std::string_view html, FontSubsetter& fonts, FinishRepor
     shareTextTables(file, use);
     report.fontsReduced = counts.reduced;
     report.fontsKept = counts.kept;
-    report.jpegsRestored = packImages(file, html);
+    report.jpegsRestored = packImages(file, options.pictures);
     shareTwins(file);
 }
 
@@ -114,7 +114,7 @@ Finisher::Finished finished(Printed& printed, FinishOptions options, FontSubsett
     result.report.pages = printed.pages();
     result.report.links = layOutPages(file, {options.widthPoints, options.heightPoints, options.scale}, options.links);
     describe(file, options);
-    if (fonts) reduce(file, options.html, *fonts, result.report);
+    if (fonts) reduce(file, options, *fonts, result.report);
     result.pdf = written(file);
     return result;
 }

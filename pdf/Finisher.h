@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/page/Page.h"
 #include "pdf/Links.h"
 #include "pdf/Printed.h"
 #include "platform/Time.h"
@@ -7,6 +8,7 @@
 #include <cstddef>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,9 +23,10 @@ struct FinishOptions {   // every field has an initialiser, so that callers may 
     std::optional<std::string> language{};          // BCP 47
     std::vector<LinkArea> links{};
     std::vector<LinkMark> linkMarks{};   // to be found on the pages, taken out and added to links
-    // The page that was printed. JPEGs in its data: addresses replace what the engine made of them, pixel for pixel.
-    // Must live for the call.
-    std::string_view html{};
+    // Of the page that was printed; both must live for the call. The text tells what glyphs mean that stand for several
+    // characters. JPEGs replace what the engine made of them, where that has the same pixels.
+    std::string_view text{};
+    std::span<const PagePicture> pictures{};
 };
 
 // What became of the file. Nothing in it is an error: what could not be made smaller was kept as the engine wrote it.

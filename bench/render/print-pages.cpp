@@ -18,9 +18,9 @@ std::string print(WebPDFRenderer& renderer, const std::string& request) {
         const auto tab = request.find('\t');
         if (tab == std::string::npos) return "A request is two paths with a tab between.";
         const std::filesystem::path destination = request.substr(tab + 1);
-        const std::string html(files::readWhole(request.substr(0, tab)).chars());
+        const Page page = makePage(std::string(files::readWhole(request.substr(0, tab)).chars()));
         std::filesystem::remove(destination);
-        renderer.renderPDF(html, destination, {destination.stem().string(), "", std::nullopt});
+        renderer.renderPDF(page, destination, {destination.stem().string(), "", std::nullopt});
         return "ok";
     } catch (const std::exception& error) {
         return error.what();

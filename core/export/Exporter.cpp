@@ -155,7 +155,7 @@ private:
     void print(const MailMessage& message, const MessageSummary& summary, const std::string& base, CSVIndex::Row& row) {
         const Instant date = message.date.value_or(summary.date);
         const std::optional<std::string> folder = row.folder.empty() ? std::nullopt : std::optional(row.folder);
-        const std::string page =
+        const Page page =
             MessageHTML::page(message, mailboxName(summary), settings_.dateText(date), folder, settings_.labels);
         const DocumentInfo info{message.subject.empty() ? settings_.labels.noSubject : message.subject,
                                 MailMessage::line(message.from), date};

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/page/Page.h"
 #include "platform/Time.h"
 
 #include <filesystem>
@@ -36,8 +37,7 @@ public:
     virtual ~PDFRendering() = default;
     // Blocks until the PDF stands whole at the destination (there was no file before) or throws RenderError or
     // RenderCancelled and leaves nothing there. One call at a time; called from the run's thread.
-    virtual void renderPDF(const std::string& html, const std::filesystem::path& destination,
-                           const DocumentInfo& info) = 0;
+    virtual void renderPDF(const Page& page, const std::filesystem::path& destination, const DocumentInfo& info) = 0;
 };
 
 }   // namespace ostrel

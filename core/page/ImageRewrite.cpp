@@ -136,14 +136,16 @@ void ImageRewriter::rewrite(std::string& out, std::string_view tag) {
 bool ImageRewriter::embed(std::string& out, std::string_view tag, std::string_view contentID) {
     const auto* image = find(percentDecoded(contentID));
     if (image == nullptr) return false;
-    const auto& uri = uriOf(*image);
+    auto& [uri, picture] = read(*image);
     if (!uri) return false;
     const std::size_t count = countSourceAttributes(tag);
     if (uri->size() > (embeddedBytesLimit - embeddedBytes_) / count) return false;
     embeddedBytes_ += uri->size() * count;
     std::size_t done = 0;
     for (auto found = nextSourceAttribute(tag, 0); found; found = nextSourceAttribute(tag, done)) {
-        out.append(tag, done, found->begin - done).append(" src=\"").append(*uri).append("\"");
+        out.append(tag, done, found->begin - done).append(" src=\"");
+        picture.addresses.push_back({out.size(), uri->size()});
+        out.append(*uri).append("\"");
         done = found->end;
     }
     out.append(tag, done);
@@ -163,19 +165,29 @@ const MailAttachment* ImageRewriter::find(std::string_view contentID) {
 }
 
 // Reads and encodes each image once, however often the page shows it.
-const std::optional<std::string>& ImageRewriter::uriOf(const MailAttachment& image) {
-    const auto [entry, isNew] = uris_.try_emplace(&image);
-    auto& uri = entry->second;
+ImageRewriter::Own& ImageRewriter::read(const MailAttachment& image) {
+    const auto [entry, isNew] = own_.try_emplace(&image);
+    auto& [uri, picture] = entry->second;
     const auto size = isNew ? image.size() : std::nullopt;
-    if (!size || base64Length(*size) > embeddedBytesLimit - embeddedBytes_) return uri;
+    if (!size || base64Length(*size) > embeddedBytesLimit - embeddedBytes_) return entry->second;
     try {
-        const Bytes bytes = image.data();
+        picture.mediaType = image.mimeType;
+        picture.bytes = image.data();
         // The type is the sender's text: it must not end the attribute.
-        uri = "data:" + MessageHTML::escape(image.mimeType) + ";base64," + TransferEncoding::encodeBase64(bytes.view());
+        uri = "data:" + MessageHTML::escape(image.mimeType) + ";base64," +
+              TransferEncoding::encodeBase64(picture.bytes.view());
     } catch (const FileError&) {
         // Gone or not readable: like an image that was never there.
     }
-    return uri;
+    return entry->second;
+}
+
+std::vector<PagePicture> ImageRewriter::takeEmbedded() {
+    std::vector<PagePicture> embedded;
+    for (auto& [image, own] : own_)
+        if (!own.picture.addresses.empty()) embedded.push_back(std::move(own.picture));
+    own_.clear();
+    return embedded;
 }
 
 void ImageRewriter::block(std::string& out, std::string_view tag) {

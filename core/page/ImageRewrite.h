@@ -1,12 +1,14 @@
 #pragma once
 
 #include "core/message/MailAttachment.h"
+#include "core/page/Page.h"
 
 #include <cstddef>
 #include <map>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace ostrel {
 
@@ -26,16 +28,22 @@ public:
 
     // Images that were not the message's own.
     std::size_t blocked() const { return blocked_; }
+    // The message's own images that were put in, with their data: URIs in the text that was appended to.
+    std::vector<PagePicture> takeEmbedded();
 
 private:
     bool embed(std::string& out, std::string_view tag, std::string_view contentID);
     const MailAttachment* find(std::string_view contentID);
-    const std::optional<std::string>& uriOf(const MailAttachment& image);
+    struct Own {
+        std::optional<std::string> uri;   // nullopt: the bytes cannot be had
+        PagePicture picture;
+    };
+    Own& read(const MailAttachment& image);
     void block(std::string& out, std::string_view tag);
 
     const std::map<std::string, MailAttachment>& inlineImages_;
     std::optional<std::map<std::string, const MailAttachment*>> byFoldedID_;   // made when first needed
-    std::map<const MailAttachment*, std::optional<std::string>> uris_;         // nothing: the bytes cannot be had
+    std::map<const MailAttachment*, Own> own_;                                 // those that were asked for
     std::size_t embeddedBytes_ = 0;
     std::size_t blocked_ = 0;
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/message/MailMessage.h"
+#include "core/page/Page.h"
 #include "core/page/PageLabels.h"
 
 #include <cstddef>
@@ -8,6 +9,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 // MailMessage to one self-contained HTML page that fetches nothing and runs nothing.
 namespace ostrel::MessageHTML {
@@ -26,12 +28,13 @@ inline constexpr std::size_t lineLimitBytes = std::size_t{1} << 20;
 // The complete document. What is beyond the limits is left out, and a note says so. mailbox and dateText are shown as
 // given (an empty mailbox gives no row); attachmentFolder is the name of the folder the attachments were saved in,
 // absent when nothing was saved. Never fails.
-std::string page(const MailMessage& message, const std::string& mailbox, const std::string& dateText,
-                 const std::optional<std::string>& attachmentFolder, const PageLabels& labels);
+Page page(const MailMessage& message, const std::string& mailbox, const std::string& dateText,
+          const std::optional<std::string>& attachmentFolder, const PageLabels& labels);
 
 struct Sanitized {
     std::string html;          // a fragment: style elements and body content
     std::size_t blocked = 0;   // images that were not the message's own
+    std::vector<PagePicture> pictures{};
 };
 // Turns a message's HTML into a fragment without anything active, embedding or remote; images the message carries
 // become data: URIs, other images grey boxes of their declared size. Reads the files of inline images that are in one.

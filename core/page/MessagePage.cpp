@@ -1,6 +1,8 @@
 #include "core/page/HTMLMatchers.h"
+#include "core/page/HTMLText.h"
 #include "core/page/ImageRewrite.h"
 #include "core/page/MessageHTML.h"
+#include "core/page/PagePictures.h"
 #include "platform/LocaleFormat.h"
 #include "platform/Text.h"
 
@@ -32,10 +34,41 @@ section.files h2 { font-size: 10.5pt; margin: 0 0 4px; }
 section.files ul { margin: 0; padding-left: 18px; }
 .size, p.saved { color: #777; })";
 
-struct Content {
-    std::string html;
-    std::size_t blockedImages = 0;
+// A stretch of the page, and what of it is read.
+struct Part {
+    std::string html, text;
+
+    Part& tags(std::string_view markup) {
+        html += markup;
+        return *this;
+    }
+    Part& words(std::string_view words) {
+        html += escape(words);
+        text += words;
+        return *this;
+    }
+    // What tags keep apart: a tab or the end of a line.
+    Part& gap(char separator) {
+        text += separator;
+        return *this;
+    }
+    Part& append(const Part& part) {
+        html += part.html;
+        text += part.text;
+        return *this;
+    }
 };
+
+struct Content {
+    Part part;
+    std::size_t blockedImages = 0;
+    std::vector<PagePicture> pictures{};   // with their addresses in the part's HTML
+};
+
+void moveAddresses(std::vector<PagePicture>& pictures, std::size_t by) {
+    for (auto& picture : pictures)
+        for (auto& address : picture.addresses) address.begin += by;
+}
 
 // Cuts the texts of one page to what it may hold.
 class Limits {
@@ -82,19 +115,29 @@ bool hasText(const std::optional<std::string>& body) { return body && !text::tri
 
 Content contentOf(const MailMessage& message, const PageLabels& labels, Limits& limits) {
     if (hasText(message.htmlBody)) {
-        auto [html, blocked] = sanitize(limits.html(*message.htmlBody), message.inlineImages);
-        return {"<div class=\"html\">" + std::move(html) + "</div>", blocked};
+        constexpr std::string_view opening = "<div class=\"html\">";
+        auto [html, blocked, pictures] = sanitize(limits.html(*message.htmlBody), message.inlineImages);
+        std::string text = html::textOf(html);
+        moveAddresses(pictures, opening.size());
+        html.insert(0, opening).append("</div>");
+        return {{std::move(html), std::move(text)}, blocked, std::move(pictures)};
     }
-    if (hasText(message.textBody))
-        return {"<div class=\"plain\">" + linked(escape(limits.plain(*message.textBody))) + "</div>"};
-    return {"<p class=\"none\">" + escape(labels.noText) + "</p>"};
+    Part part;
+    if (hasText(message.textBody)) {
+        part.text = limits.plain(*message.textBody);
+        part.html = "<div class=\"plain\">" + linked(escape(part.text)) + "</div>";
+    } else {
+        part.tags("<p class=\"none\">").words(labels.noText).tags("</p>");
+    }
+    return {std::move(part)};
 }
 
-std::string headerRows(const MailMessage& message, const std::string& mailbox, const std::string& dateText,
-                       const PageLabels& labels, Limits& limits) {
-    std::string rows;
+Part headerRows(const MailMessage& message, const std::string& mailbox, const std::string& dateText,
+                const PageLabels& labels, Limits& limits) {
+    Part rows;
     const auto add = [&](const std::string& title, const std::string& value) {
-        rows += "<tr><th>" + escape(title) + "</th><td>" + escape(limits.line(value)) + "</td></tr>";
+        rows.tags("<tr><th>").words(title).tags("</th><td>").gap('\t');
+        rows.words(limits.line(value)).tags("</td></tr>").gap('\n');
     };
     add(labels.from, MailMessage::line(message.from));
     add(labels.to, MailMessage::line(message.to));
@@ -104,42 +147,54 @@ std::string headerRows(const MailMessage& message, const std::string& mailbox, c
     return rows;
 }
 
-std::string notes(const MailMessage& message, std::size_t blockedImages, const PageLabels& labels,
-                  const Limits& limits) {
+Part notes(const MailMessage& message, std::size_t blockedImages, const PageLabels& labels, const Limits& limits) {
     const auto has = [&](const char* code) {
         return std::ranges::find(message.problems, code) != message.problems.end();
     };
-    std::string notes;
-    const auto add = [&](const std::string& note) { notes += "<p class=\"note\">" + escape(note) + "</p>"; };
+    Part notes;
+    const auto add = [&](const std::string& note) {
+        notes.tags("<p class=\"note\">").words(note).tags("</p>").gap('\n');
+    };
     if (blockedImages > 0) add(labels.remoteBlocked(blockedImages));
     if (has(problem::truncated)) add(labels.truncated);
     if (limits.isExceeded() || has(problem::tooManyParts) || has(problem::tooManyAddresses)) add(labels.tooLarge);
     return notes;
 }
 
-// Empty when the size of an attachment that is there cannot be had.
-std::string sizePart(const MailAttachment& attachment, const PageLabels& labels) {
-    const auto part = [](const std::string& text) { return " <span class=\"size\">(" + text + ")</span>"; };
-    if (!attachment.isAvailable()) return part(escape(labels.missing));
+// Adds nothing when the size of an attachment that is there cannot be had.
+void addSize(Part& part, const MailAttachment& attachment, const PageLabels& labels) {
     const auto size = attachment.size();
-    return size ? part(locale::fileSize(*size)) : "";
+    if (attachment.isAvailable() && !size) return;
+    part.gap(' ').tags(" <span class=\"size\">").words("(");
+    if (size) {
+        const std::string formatted = locale::fileSize(*size);
+        part.append({formatted, formatted});
+    } else {
+        part.words(labels.missing);
+    }
+    part.words(")").tags("</span>");
 }
 
-std::string filesSection(const std::vector<MailAttachment>& attachments, const std::optional<std::string>& folder,
-                         const PageLabels& labels, Limits& limits) {
-    if (attachments.empty()) return "";
-    std::string section = "<section class=\"files\"><h2>" + escape(labels.attachments) + " (" +
-                          std::to_string(attachments.size()) + ")</h2><ul>";
+Part filesSection(const std::vector<MailAttachment>& attachments, const std::optional<std::string>& folder,
+                  const PageLabels& labels, Limits& limits) {
+    Part section;
+    if (attachments.empty()) return section;
+    section.tags("<section class=\"files\"><h2>").words(labels.attachments);
+    section.words(" (" + std::to_string(attachments.size()) + ")").tags("</h2><ul>").gap('\n');
     for (const auto& attachment : attachments) {
-        if (section.size() > textLimitBytes) {
+        if (section.html.size() > textLimitBytes) {
             limits.mark();
             break;
         }
-        section += "<li>" + escape(limits.line(attachment.filename)) + sizePart(attachment, labels) + "</li>";
+        section.tags("<li>").words(limits.line(attachment.filename));
+        addSize(section, attachment, labels);
+        section.tags("</li>").gap('\n');
     }
-    section += "</ul>";
-    if (folder) section += "<p class=\"saved\">" + escape(labels.savedIn) + " “" + escape(*folder) + "”</p>";
-    return section + "</section>";
+    section.tags("</ul>");
+    if (folder) {
+        section.tags("<p class=\"saved\">").words(labels.savedIn + " “" + *folder + "”").tags("</p>").gap('\n');
+    }
+    return section.tags("</section>");
 }
 
 }   // namespace
@@ -168,34 +223,43 @@ std::string escape(std::string_view text) {
     return escaped;
 }
 
-std::string page(const MailMessage& message, const std::string& mailbox, const std::string& dateText,
-                 const std::optional<std::string>& attachmentFolder, const PageLabels& labels) {
+Page page(const MailMessage& message, const std::string& mailbox, const std::string& dateText,
+          const std::optional<std::string>& attachmentFolder, const PageLabels& labels) {
     Limits limits;
-    const Content content = contentOf(message, labels, limits);
-    const std::string title = escape(limits.line(message.subject.empty() ? labels.noSubject : message.subject));
-    const std::string rows = headerRows(message, mailbox, dateText, labels, limits);
-    const std::string files = filesSection(message.attachments, attachmentFolder, labels, limits);
-    std::string page;
-    page.reserve(content.html.size() + 2 * styleSheet.size());
-    page.append("<!DOCTYPE html>\n<html><head><meta charset=\"utf-8\">\n")
-        .append("<meta http-equiv=\"Content-Security-Policy\" content=\"")
-        .append(contentSecurityPolicy)
-        .append("\">\n<title>")
-        .append(title)
-        .append("</title>\n<style>")
-        .append(styleSheet)
-        .append("</style></head>\n<body>\n<header class=\"ostrel\"><h1>")
-        .append(title)
-        .append("</h1><table>")
+    Content content = contentOf(message, labels, limits);
+    const std::string_view title = limits.line(message.subject.empty() ? labels.noSubject : message.subject);
+    const Part rows = headerRows(message, mailbox, dateText, labels, limits);
+    const Part files = filesSection(message.attachments, attachmentFolder, labels, limits);
+    Part page;
+    page.html.reserve(content.part.html.size() + 2 * styleSheet.size());
+    page.tags("<!DOCTYPE html>\n<html><head><meta charset=\"utf-8\">\n")
+        .tags("<meta http-equiv=\"Content-Security-Policy\" content=\"")
+        .tags(contentSecurityPolicy)
+        .tags("\">\n<title>")
+        .tags(escape(title))
+        .tags("</title>\n<style>")
+        .tags(styleSheet)
+        .tags("</style></head>\n<body>\n<header class=\"ostrel\"><h1>")
+        .words(title)
+        .gap('\n')
+        .tags("</h1><table>")
         .append(rows)
-        .append("</table></header>\n")
+        .tags("</table></header>\n")
         .append(notes(message, content.blockedImages, labels, limits))
-        .append("\n<main>")
-        .append(content.html)
-        .append("</main>\n")
-        .append(files)
-        .append("\n</body></html>");
-    return page;
+        .tags("\n<main>");
+    moveAddresses(content.pictures, page.html.size());
+    page.append(content.part).gap('\n').tags("</main>\n").append(files).tags("\n</body></html>");
+    return {std::move(page.html), std::move(content.pictures), std::move(page.text)};
 }
 
 }   // namespace ostrel::MessageHTML
+
+namespace ostrel {
+
+Page makePage(std::string html) {
+    auto pictures = html::picturesOf(html);
+    auto text = html::textOf(html);
+    return {std::move(html), std::move(pictures), std::move(text)};
+}
+
+}   // namespace ostrel

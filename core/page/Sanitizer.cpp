@@ -1,10 +1,13 @@
 #include "core/page/HTMLMatchers.h"
 #include "core/page/ImageRewrite.h"
 #include "core/page/MessageHTML.h"
+#include "core/page/PagePictures.h"
 
 #include <algorithm>
 #include <array>
 #include <bitset>
+#include <utility>
+#include <vector>
 
 // A fixed sequence of substitutions over the text, not a parser: what it leaves may still look like markup. The page's
 // Content-Security-Policy and the web engine's block list stand behind it.
@@ -125,6 +128,26 @@ void removeRemoteStyles(std::string& text) {
         [](std::string& out, const html::Match&) { out.append("none"); });
 }
 
+// Removes the attributes, and moves the addresses of the pictures with the text they stand in. What an address lost
+// makes it no address any more.
+void removeFetchingAttributes(std::string& text, std::vector<PagePicture>& pictures) {
+    std::vector<html::Match> removed;
+    html::substitute(
+        text, [&](std::size_t from) { return html::nextFetchingAttribute(text, from); },
+        [&](std::string&, const html::Match& match) { removed.push_back(match); });
+    if (removed.empty()) return;
+    for (auto& picture : pictures) {
+        std::size_t next = 0, removedBytes = 0;
+        for (auto& address : std::exchange(picture.addresses, {})) {
+            for (; next < removed.size() && removed[next].end <= address.begin; ++next)
+                removedBytes += removed[next].end - removed[next].begin;
+            const bool isCut = next < removed.size() && removed[next].begin < address.begin + address.size;
+            if (!isCut) picture.addresses.push_back({address.begin - removedBytes, address.size});
+        }
+    }
+    std::erase_if(pictures, [](const PagePicture& picture) { return picture.addresses.empty(); });
+}
+
 }   // namespace
 
 // The order is part of the result: each step reads what the one before it left.
@@ -140,8 +163,10 @@ Sanitized sanitize(std::string_view html, const std::map<std::string, MailAttach
         [&](std::string& out, const html::Match& tag) {
             images.rewrite(out, std::string_view(text).substr(tag.begin, tag.end - tag.begin));
         });
-    html::removeAll(text, [&](std::size_t from) { return html::nextFetchingAttribute(text, from); });
-    return {std::move(text), images.blocked()};
+    auto embedded = images.takeEmbedded();
+    removeFetchingAttributes(text, embedded);
+    auto pictures = html::picturesOf(text, std::move(embedded));
+    return {std::move(text), images.blocked(), std::move(pictures)};
 }
 
 }   // namespace ostrel::MessageHTML

@@ -1,6 +1,5 @@
 #include "pdf/images/Images.h"
 
-#include "core/message/TransferEncoding.h"
 #include "pdf/content/Streams.h"
 #include "pdf/images/JPEG.h"
 #include "platform/Bytes.h"
@@ -10,6 +9,7 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <span>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -57,42 +57,41 @@ std::optional<Picture> understood(QPDFObjectHandle image) {
 // one size: those are decoded once.
 class Originals {
 public:
-    explicit Originals(std::string_view html) : html_(html) {}
+    explicit Originals(std::span<const PagePicture> pictures) : pictures_(pictures) {}
 
-    const std::string* matching(const ImageSize& size, std::string_view pixels) {
+    std::optional<std::string_view> matching(const ImageSize& size, std::string_view pixels) {
         if (!isRead_) read();
         const auto group = bySize_.find({size.width, size.height});
-        if (group == bySize_.end()) return nullptr;
+        if (group == bySize_.end()) return std::nullopt;
         auto& [files, byPixels] = group->second;
         // Of one or two no summary is needed; decoding ends where a picture differs.
         constexpr std::size_t few = 2;
         if (byPixels.empty() && files.size() <= few) {
             const auto same =
-                std::ranges::find_if(files, [&](const std::string& file) { return jpeg::decodesTo(file, pixels); });
-            return same == files.end() ? nullptr : &*same;
+                std::ranges::find_if(files, [&](std::string_view file) { return jpeg::decodesTo(file, pixels); });
+            return same == files.end() ? std::nullopt : std::optional(*same);
         }
         for (; !files.empty(); files.pop_back())
             if (const auto decodedFile = jpeg::decodedPixels(files.back()))
-                byPixels.emplace(std::hash<std::string>()(*decodedFile), std::move(files.back()));
+                byPixels.emplace(std::hash<std::string>()(*decodedFile), files.back());
         const auto found = byPixels.find(std::hash<std::string_view>()(pixels));
-        return found != byPixels.end() && jpeg::decodesTo(found->second, pixels) ? &found->second : nullptr;
+        if (found == byPixels.end() || !jpeg::decodesTo(found->second, pixels)) return std::nullopt;
+        return found->second;
     }
 
 private:
     struct Group {
-        std::vector<std::string> files;   // not yet decoded
-        std::unordered_map<std::size_t, std::string> byPixels;
+        std::vector<std::string_view> files;   // not yet decoded
+        std::unordered_map<std::size_t, std::string_view> byPixels;
     };
     void read() {
         isRead_ = true;
-        for (const auto payload : jpegPayloads(html_)) {
-            auto file = jpeg::withoutMetadata(TransferEncoding::base64(bytesOf(payload)));
-            if (const auto size = jpeg::size(file))
-                bySize_[{size->width, size->height}].files.push_back(std::move(file));
-        }
+        for (const auto& picture : pictures_)
+            if (const auto size = jpeg::size(picture.bytes.chars()))
+                bySize_[{size->width, size->height}].files.push_back(picture.bytes.chars());
     }
 
-    std::string_view html_;
+    std::span<const PagePicture> pictures_;
     bool isRead_ = false;
     std::map<std::pair<std::size_t, std::size_t>, Group> bySize_;
 };
@@ -183,8 +182,8 @@ Estimate estimate(std::string_view pixels, const Picture& picture, std::size_t s
 
 }   // namespace
 
-std::size_t packImages(QPDF& file, std::string_view html) {
-    Originals originals(html);
+std::size_t packImages(QPDF& file, std::span<const PagePicture> pictures) {
+    Originals originals(pictures);
     std::size_t restored = 0;
     for (auto image : file.getAllObjects()) {
         if (!image.isStream()) continue;
@@ -192,7 +191,8 @@ std::size_t packImages(QPDF& file, std::string_view html) {
         if (!picture) continue;
         const auto pixels = decoded(image, picture->bytes());
         if (!pixels || pixels->size() != picture->bytes()) continue;
-        const auto* const original = picture->channels == 3 ? originals.matching(picture->size, *pixels) : nullptr;
+        const auto known = picture->channels == 3 ? originals.matching(picture->size, *pixels) : std::nullopt;
+        const auto original = known ? std::optional(jpeg::withoutMetadata(*known)) : std::nullopt;
         // Whether a photograph or a drawing was made a JPEG is soon told.
         constexpr std::size_t enoughToTell = 1 << 15, enoughToChoose = 1 << 17;
         const auto expected = estimate(*pixels, *picture, original ? enoughToTell : enoughToChoose);

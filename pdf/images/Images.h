@@ -1,14 +1,16 @@
 #pragma once
 
+#include "core/page/Page.h"
+
 #include <cstddef>
-#include <string_view>
+#include <span>
 
 #include <qpdf/QPDF.hh>
 
 namespace ostrel::pdf {
 
-// Puts the JPEGs in the page's data: addresses back where the engine embedded exactly their pixels, and packs the other
-// pictures better. Answers how many JPEGs went in.
-std::size_t packImages(QPDF& file, std::string_view html);
+// Puts the page's JPEGs back where the engine embedded exactly their pixels, and packs the other pictures better.
+// Returns the number of JPEGs put back.
+std::size_t packImages(QPDF& file, std::span<const PagePicture> pictures);
 
 }   // namespace ostrel::pdf

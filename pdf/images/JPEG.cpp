@@ -3,8 +3,7 @@
 #include <csetjmp>
 #include <cstdio>
 #include <cstring>
-#include <memory>
-#include <set>
+#include <vector>
 
 #include <jpeglib.h>
 
@@ -71,20 +70,6 @@ bool decode(Decoder& decoder, unsigned char* row, Take take) {
 unsigned byteAt(std::string_view s, std::size_t at) { return static_cast<unsigned char>(s[at]); }
 
 }   // namespace
-
-std::vector<std::string_view> jpegPayloads(std::string_view html) {
-    constexpr std::string_view mark = "base64,";
-    constexpr std::string_view jpegStart = "/9j/";   // FF D8 FF
-    std::set<std::string_view> payloads;
-    for (auto at = html.find(mark); at != std::string_view::npos; at = html.find(mark, at)) {
-        at += mark.size();
-        if (html.substr(at, jpegStart.size()) != jpegStart) continue;
-        const auto end = std::min(html.find_first_of("\"'()<>&", at), html.size());
-        payloads.insert(html.substr(at, end - at));
-        at = end;
-    }
-    return {payloads.begin(), payloads.end()};
-}
 
 namespace jpeg {
 

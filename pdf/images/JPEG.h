@@ -4,7 +4,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace ostrel::pdf {
 
@@ -12,9 +11,6 @@ struct ImageSize {
     std::size_t width = 0, height = 0;   // pixels
     bool operator==(const ImageSize&) const = default;
 };
-
-// The base64 payloads of the page's data: addresses that are JPEGs, still encoded, each once. Views into html; linear.
-std::vector<std::string_view> jpegPayloads(std::string_view html);
 
 namespace jpeg {
 

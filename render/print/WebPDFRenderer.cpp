@@ -36,8 +36,7 @@ WebPDFRenderer::~WebPDFRenderer() {
     if (!mainLoop::isMainThread()) mainLoop::post([printer = std::move(state_->printer)] {});
 }
 
-void WebPDFRenderer::renderPDF(const std::string& html, const std::filesystem::path& destination,
-                               const DocumentInfo& info) {
+void WebPDFRenderer::renderPDF(const Page& page, const std::filesystem::path& destination, const DocumentInfo& info) {
     assert(!mainLoop::isMainThread());
     State& state = *state_;
     if (state.cancel.stop_requested()) throw RenderCancelled();
@@ -47,22 +46,24 @@ void WebPDFRenderer::renderPDF(const std::string& html, const std::filesystem::p
         const auto printed = state.folder->path() / (std::to_string(++state.pages) + ".pdf");
         std::promise<PrintOutcome> promise;
         mainLoop::post([&] {
-            state.printer->print(html, printed, [&](PrintOutcome outcome) { promise.set_value(std::move(outcome)); });
+            state.printer->print(page.html, printed,
+                                 [&](PrintOutcome outcome) { promise.set_value(std::move(outcome)); });
         });
         PrintOutcome outcome = promise.get_future().get();
         if (const auto* error = std::get_if<RenderError>(&outcome)) throw *error;
-        auto& page = std::get<PrintedPage>(outcome);
+        auto& print = std::get<PrintedPage>(outcome);
         const pdf::FinishOptions options{.widthPoints = state.paper.width,
                                          .heightPoints = state.paper.height,
-                                         .scale = page.scale,
+                                         .scale = print.scale,
                                          .title = info.title,
                                          .author = info.author,
                                          .created = info.created,
                                          .language = {},
                                          .links = {},
-                                         .linkMarks = std::move(page.links),
-                                         .html = html};
-        const auto finished = state.finisher.finish(std::move(page.pdf), options);
+                                         .linkMarks = std::move(print.links),
+                                         .text = page.text,
+                                         .pictures = page.pictures};
+        const auto finished = state.finisher.finish(std::move(print.pdf), options);
         files::writeAtomically(destination, bytesOf(finished.pdf));
         std::error_code ignored;
         std::filesystem::remove(printed, ignored);

@@ -21,8 +21,7 @@ public:
     explicit WebPDFRenderer(Paper paper, std::stop_token cancel = {}, PrintLimits limits = {});
     ~WebPDFRenderer() override;
 
-    void renderPDF(const std::string& html, const std::filesystem::path& destination,
-                   const DocumentInfo& info) override;
+    void renderPDF(const Page& page, const std::filesystem::path& destination, const DocumentInfo& info) override;
 
 private:
     struct State;

@@ -72,9 +72,9 @@ public:
 class FakeRenderer : public PDFRendering {
 public:
     explicit FakeRenderer(std::function<void()> before) : before_(std::move(before)) {}
-    void renderPDF(const std::string& html, const std::filesystem::path& destination, const DocumentInfo&) override {
+    void renderPDF(const Page& page, const std::filesystem::path& destination, const DocumentInfo&) override {
         if (before_) before_();
-        files::writeAtomically(destination, bytesOf(html));
+        files::writeAtomically(destination, bytesOf(page.html));
     }
 
 private:

@@ -1,4 +1,3 @@
-#include "core/message/TransferEncoding.h"
 #include "pdf/Finisher.h"
 #include "tests/pdf/SamplePDF.h"
 
@@ -199,10 +198,10 @@ TEST(Finisher, PutsPhotographsBackAndKeepsEveryPixelOfTheOthers) {
     auto wrong = pdf.stream(imageEntries + " /Width 4000 /Height 4000 >>", "too few pixels");
     pdf.page("/A Do /B Do /C Do /D Do", "<< /XObject << /A " + ref(known) + " /B " + ref(unknown) + " /C " + ref(twin) +
                                             " /D " + ref(wrong) + " >> >>");
-    const auto html = "<img src='data:image/jpeg;base64," + TransferEncoding::encodeBase64(bytesOf(photo.jpeg)) + "'>";
-    const auto made = finish(pdf.bytes(), {.html = html});
+    const std::vector<PagePicture> pictures{{"image/jpeg", Bytes(photo.jpeg), {{}}}};
+    const auto made = finish(pdf.bytes(), {.pictures = pictures});
     EXPECT_EQ(made.report.jpegsRestored, 1u);
-    EXPECT_EQ(finish(pdf.bytes(SamplePDF::Streams::stored), {.html = html}).pdf.size(), made.pdf.size());
+    EXPECT_EQ(finish(pdf.bytes(SamplePDF::Streams::stored), {.pictures = pictures}).pdf.size(), made.pdf.size());
     OpenedPDF finished(made.pdf);
     auto restored = finished.resource(0, "/XObject", "/A");
     EXPECT_TRUE(restored.getDict().getKey("/Filter").isNameAndEquals("/DCTDecode"));

@@ -20,7 +20,7 @@ protected:
     // Prints to a fresh file and gives its path.
     std::filesystem::path print(const std::string& html, WebPDFRenderer& with) {
         const auto path = folder.path() / ("page " + std::to_string(++printed_) + ".pdf");
-        with.renderPDF(html, path, {});
+        with.renderPDF(makePage(html), path, {});
         return path;
     }
     std::filesystem::path print(const std::string& html) { return print(html, renderer); }
@@ -29,7 +29,7 @@ protected:
     static std::optional<RenderError::Kind> failure(WebPDFRenderer& with, const std::string& html,
                                                     const std::filesystem::path& to) {
         try {
-            with.renderPDF(html, to, {});
+            with.renderPDF(makePage(html), to, {});
             return std::nullopt;
         } catch (const RenderError& error) {
             EXPECT_FALSE(std::string(error.what()).empty());

@@ -197,7 +197,7 @@ TEST_F(Printing, TakesPagesAndNamesOfAnyShape) {
     EXPECT_EQ(readSheets(print("<html></html>")).size(), 1u);
     EXPECT_NE(readText(print(std::string("<p>before\0after", 15))).find("after"), std::string::npos);
     const auto odd = folder.path() / "50% \u00fc #1? \xff.pdf";
-    renderer.renderPDF("<p>text", odd, {});
+    renderer.renderPDF(makePage("<p>text"), odd, {});
     EXPECT_TRUE(files::isRegularFile(odd));
 }
 

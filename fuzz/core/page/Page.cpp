@@ -5,6 +5,7 @@
 #include "platform/Text.h"
 #include "tests/core/page/RegexPipeline.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace ostrel::fuzz {
@@ -33,6 +34,22 @@ void sanitised(const std::string& html) {
     }
 }
 
+// Every address is one of a picture, and no two overlap.
+void arePlaced(const std::vector<PagePicture>& pictures, const std::string& html) {
+    std::vector<PagePicture::Address> all;
+    for (const PagePicture& picture : pictures) {
+        holds(!picture.addresses.empty(), "a picture has an address");
+        all.insert(all.end(), picture.addresses.begin(), picture.addresses.end());
+    }
+    std::ranges::sort(all, {}, &PagePicture::Address::begin);
+    std::size_t end = 0;
+    for (const auto& address : all) {
+        holds(address.begin >= end, "addresses do not overlap");
+        end = address.begin + address.size;
+        holds(text::lowerASCII(html.substr(address.begin, 5)) == "data:" && end <= html.size(), "an address is one");
+    }
+}
+
 }   // namespace
 
 void run(ByteView input) {
@@ -40,13 +57,15 @@ void run(ByteView input) {
     sanitised(text);
 
     MailMessage message = MailMessage::make(MIMEPart::parse(Bytes::copyOf(input)), false, std::nullopt);
-    const std::string page = MessageHTML::page(message, text, text, text, PageLabels{});
+    const auto [page, pictures, pageText] = MessageHTML::page(message, text, text, text, PageLabels{});
     isValidText(page, "a page");
+    isValidText(pageText, "the text of a page");
+    arePlaced(pictures, page);
     holds(count(page, "Content-Security-Policy") >= 1, "a page limits what it may load");
     holds(page.find("Content-Security-Policy") < page.find("<body"), "the limits stand before the content");
 
     message.htmlBody.reset();   // nothing but texts that we escape
-    const std::string plain = text::foldCase(MessageHTML::page(message, text, text, text, PageLabels{}));
+    const std::string plain = text::foldCase(MessageHTML::page(message, text, text, text, PageLabels{}).html);
     for (const char* active : {"<script", "<img", "<iframe", "<link", "<form", "javascript:\""}) {
         holds(count(plain, active) == 0, std::string("a plain message's page holds no ") + active);
     }

@@ -19,11 +19,10 @@ namespace ostrel {
 // Writes the page itself where the PDF should be, or does what the test wants.
 class FakeRenderer : public PDFRendering {
 public:
-    void renderPDF(const std::string& html, const std::filesystem::path& destination,
-                   const DocumentInfo& info) override {
+    void renderPDF(const Page& page, const std::filesystem::path& destination, const DocumentInfo& info) override {
         infos.push_back(info);
         if (instead) instead(infos.size());
-        files::writeAtomically(destination, bytesOf(html));
+        files::writeAtomically(destination, bytesOf(page.html));
     }
     std::vector<DocumentInfo> infos;
     std::function<void(std::size_t call)> instead;

@@ -59,7 +59,7 @@ TEST(HostileSizes, LinksAreFoundInOneGo) {
     MailMessage message;
     message.textBody.emplace("x");
     while (message.textBody->size() < 8'000'000) *message.textBody += "http://...";
-    const auto page = MessageHTML::page(message, "", "", std::nullopt, {});
+    const auto page = MessageHTML::page(message, "", "", std::nullopt, {}).html;
     EXPECT_EQ(page.find("<a href=\"http"), page.rfind("<a href=\"http")) << "one address, to its last slash";
 }
 
@@ -101,7 +101,7 @@ TEST(HostileSizes, APageHoldsSoMuchTextAndNoMore) {
     };
     const PageLabels labels;
     for (const auto& row : rows) {
-        const auto page = MessageHTML::page(row.message, "", "", std::nullopt, labels);
+        const auto page = MessageHTML::page(row.message, "", "", std::nullopt, labels).html;
         EXPECT_EQ(page.find(labels.tooLarge) != page.npos, row.isCut) << row.why;
         EXPECT_NE(page.find(row.end), page.npos) << row.why;
     }

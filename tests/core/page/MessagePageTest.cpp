@@ -20,7 +20,7 @@ MailMessage letter() {
 
 std::string page(const MailMessage& message, const std::string& mailbox = "",
                  const std::optional<std::string>& folder = std::nullopt, const PageLabels& labels = {}) {
-    return MessageHTML::page(message, mailbox, "5 March", folder, labels);
+    return MessageHTML::page(message, mailbox, "5 March", folder, labels).html;
 }
 
 // From the first `begin` to just before the next `end`, both as written; empty when there is no such stretch.

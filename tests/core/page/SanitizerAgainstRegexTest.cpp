@@ -235,7 +235,7 @@ TEST(SanitizerAgainstRegex, LinksTheSameAddresses) {
         MailMessage message;
         message.textBody = "x" + soup.plainText();
         const auto expected = regexPipeline::linked(MessageHTML::escape(*message.textBody));
-        const auto page = MessageHTML::page(message, "", "", std::nullopt, {});
+        const auto page = MessageHTML::page(message, "", "", std::nullopt, {}).html;
         ASSERT_NE(page.find("<div class=\"plain\">" + expected + "</div></main>"), std::string::npos)
             << "text: " << *message.textBody << "\nexpected: " << expected << "\nin: " << page;
     }

@@ -9,26 +9,6 @@ namespace {
 using test::JPEGKind;
 using test::photograph;
 
-TEST(JPEG, FindsThePhotographsOfAPage) {
-    const struct {
-        const char* why;
-        std::string_view html;
-        std::vector<std::string_view> payloads;
-    } rows[] = {
-        {"attribute and style, each once",
-         R"(<img src="data:image/jpeg;base64,/9j/AA=="><i style='background:url(data:image/jpg;base64,/9j/BB)'>)"
-         R"(<img src='data:image/jpeg;base64,/9j/AA=='>)",
-         {"/9j/AA==", "/9j/BB"}},
-        {"what it says it is does not matter, what it is does",
-         R"(<img src="data:image/png;base64,/9j/AA">)",
-         {"/9j/AA"}},
-        {"other pictures", R"(<img src="data:image/jpeg;base64,iVBORw0KGgo=">)", {}},
-        {"cut off", R"(<img src="data:image/jpeg;base64,/9j/AA)", {"/9j/AA"}},
-        {"nothing behind the comma", "base64,", {}},
-    };
-    for (const auto& row : rows) EXPECT_EQ(jpegPayloads(row.html), row.payloads) << row.why;
-}
-
 TEST(JPEG, OnlyExactlyTheSamePixelsCount) {
     const auto photo = photograph(37, 21), smooth = photograph(37, 21, JPEGKind::progressive);
     auto oneOff = photo.pixels;

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "platform/Bytes.h"
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace ostrel {
+
+// A picture that a page holds in data: addresses.
+struct PagePicture {
+    // One data: address, in bytes of the page's HTML.
+    struct Address {
+        std::size_t begin = 0, size = 0;
+        bool operator==(const Address&) const = default;
+    };
+    std::string mediaType;            // as the sender wrote it, which need not be what the bytes are
+    Bytes bytes;                      // as the mail carries them
+    std::vector<Address> addresses;   // in the order of the page; at least one
+    bool operator==(const PagePicture&) const = default;
+};
+
+// A message as one self-contained HTML document, with what is known of it from building it.
+struct Page {
+    std::string html;
+    std::vector<PagePicture> pictures;   // each different one once, by its first address
+    // What is read on the page, from top to bottom: UTF-8, a line for each row, paragraph and list entry, tabs between
+    // the cells of a row. Styles are not looked at: text that they hide is in it.
+    std::string text;
+    bool operator==(const Page&) const = default;
+};
+
+// The page that a document makes which was not built from a message.
+Page makePage(std::string html);
+
+}   // namespace ostrel
