@@ -9,7 +9,7 @@
 
 namespace ostrel::files {
 
-// Owns an open file descriptor. Inside platform/ only.
+// Owns an open file descriptor. Above platform/ for sockets and pipes only: files are opened in Files.h.
 class Descriptor {
 public:
     explicit Descriptor(int number) : number_(number) {}

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "pictures/helper/Pixels.h"
+#include "platform/Bytes.h"
+
+#include <string>
+
+// One function for each library; all throw as Pixels.h says.
+namespace ostrel::pictures {
+
+Pixels decodeHEIF(ByteView picture);   // HEIC, turned upright
+Pixels decodeTIFF(ByteView picture);   // the first page, turned upright
+Pixels decodeJPEG2000(ByteView picture);
+Pixels decodePNG(ByteView picture);
+
+struct Drawing {
+    std::uint32_t width = 0, height = 0;   // points
+    std::string svg;
+};
+Drawing drawPDF(ByteView document);   // the first page
+
+// Before the wall is closed: what these libraries load when they are first used, fonts for the texts of PDFs too.
+void warmUp();
+
+}   // namespace ostrel::pictures
