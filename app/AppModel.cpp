@@ -1,6 +1,7 @@
 #include "app/AppModel.h"
 
 #include "app/ExportPlan.h"
+#include "app/ForeignPictures.h"
 #include "app/PreparedIndex.h"
 #include "core/mailstore/Emlx.h"
 #include "core/page/MessageHTML.h"
@@ -27,13 +28,16 @@ struct PreviewRequest {
     std::string mailbox;
     PageLabels labels;
     Calendar calendar;
+    std::shared_ptr<ForeignPictures> foreignPictures;
 };
 
 std::string previewPage(const PreviewRequest& request) {
     try {
         const MailMessage message = Emlx::read(request.file);
         const std::string date = ExportPlan::dateText(message.date.value_or(request.date), request.calendar);
-        return MessageHTML::page(message, request.mailbox, date, std::nullopt, request.labels).html;
+        Page page = MessageHTML::page(message, request.mailbox, date, std::nullopt, request.labels);
+        auto shown = request.foreignPictures->shown(page);
+        return std::move(shown ? *shown : page).html;
     } catch (const std::exception&) {
         return "<p style=\"font:13px -apple-system;color:#888\">" + MessageHTML::escape(request.labels.unreadable) +
                "</p>";
@@ -75,6 +79,7 @@ AppModel::AppModel(Surroundings surroundings)
       filter(MessageFilter{.skipDuplicates = settings.get().skipDuplicates}),
       sortOrder(SortOrder{{SortKey::date, false}}),
       surroundings_(std::move(surroundings)),
+      foreignPictures_(std::make_shared<ForeignPictures>()),
       self_(std::make_shared<AppModel*>(this)) {
     // The first to observe, so that every other observer finds the model settled.
     reactions_ = {settings.observe([this] { keepSettings(); }), filter.observe([this] { recomputeMessages(); }),
@@ -297,7 +302,9 @@ void AppModel::loadPreview() {
     inBackground(
         preview_.get_token(),
         [request = PreviewRequest{summary->url, summary->date, mailboxName(summary->mailboxID),
-                                  ExportPlan::pageLabels(), surroundings_.calendar()}] { return previewPage(request); },
+                                  ExportPlan::pageLabels(), surroundings_.calendar(), foreignPictures_}] {
+            return previewPage(request);
+        },
         [](AppModel& model, std::string page) {
             model.previewHTML.set(std::move(page));
             model.isBuildingPreview.set(false);

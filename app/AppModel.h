@@ -23,6 +23,7 @@
 
 namespace ostrel {
 
+class ForeignPictures;
 class PreparedIndex;
 
 // The state of the mail folder.
@@ -117,8 +118,9 @@ private:
     std::shared_ptr<const PreparedIndex> prepared_;   // of the index
     std::vector<std::uint32_t> order_;                // its messages, all of them, by sortOrder
     std::stop_source scan_, preview_, export_;
-    std::shared_ptr<void> awake_;       // while an export runs
-    std::shared_ptr<AppModel*> self_;   // expires with the model, for work that comes back later
+    const std::shared_ptr<ForeignPictures> foreignPictures_;   // of previews; a worker may hold it longer
+    std::shared_ptr<void> awake_;                              // while an export runs
+    std::shared_ptr<AppModel*> self_;                          // expires with the model, for work that comes back later
     std::vector<Subscription> reactions_;
 };
 

@@ -1,5 +1,6 @@
 #include "render/print/WebPDFRenderer.h"
 
+#include "app/ForeignPictures.h"
 #include "pdf/Finisher.h"
 #include "platform/Files.h"
 #include "platform/TemporaryFolder.h"
@@ -24,6 +25,7 @@ struct WebPDFRenderer::State {
     const PaperSize paper;
     const std::stop_token cancel;
     std::shared_ptr<PagePrinter> printer;   // main thread only
+    ForeignPictures foreignPictures;
     pdf::Finisher finisher;
     std::optional<TemporaryFolder> folder;   // what the engine prints, before it is finished
     unsigned long pages = 0;
@@ -36,7 +38,7 @@ WebPDFRenderer::~WebPDFRenderer() {
     if (!mainLoop::isMainThread()) mainLoop::post([printer = std::move(state_->printer)] {});
 }
 
-void WebPDFRenderer::renderPDF(const Page& page, const std::filesystem::path& destination, const DocumentInfo& info) {
+void WebPDFRenderer::renderPDF(const Page& asBuilt, const std::filesystem::path& destination, const DocumentInfo& info) {
     assert(!mainLoop::isMainThread());
     State& state = *state_;
     if (state.cancel.stop_requested()) throw RenderCancelled();
@@ -44,6 +46,8 @@ void WebPDFRenderer::renderPDF(const Page& page, const std::filesystem::path& de
         if (!state.folder) state.folder.emplace("ostrel-print-");
         // A fresh name each time: a job that was given up may still write to the old one.
         const auto printed = state.folder->path() / (std::to_string(++state.pages) + ".pdf");
+        const auto shown = state.foreignPictures.shown(asBuilt);
+        const Page& page = shown ? *shown : asBuilt;
         std::promise<PrintOutcome> promise;
         mainLoop::post([&] {
             state.printer->print(page.html, printed,
