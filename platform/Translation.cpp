@@ -1,12 +1,14 @@
 #include "platform/Translation.h"
 
+#include "platform/Environment.h"
 #include "platform/Installation.h"
 #include "platform/LocaleFormat.h"
 
 #include <algorithm>
 #include <clocale>
-#include <cstdlib>
 #include <initializer_list>
+#include <optional>
+#include <string>
 #include <string_view>
 
 #include <libintl.h>
@@ -19,14 +21,12 @@ constexpr const char* domain = "ostrel";
 // Without the locale's own data the C library would leave texts English while dates, which come from elsewhere, follow
 // the environment. Languages can be asked for apart, in any locale but C.
 void askForLanguageAlone() {
-    const char* name = nullptr;
+    std::optional<std::string> name;
     for (const char* variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
-        const char* value = std::getenv(variable);
-        if (!name && value && *value) name = value;
+        if (!name) name = environment::value(variable);
     }
-    if (!name || !std::setlocale(LC_MESSAGES, "C.UTF-8")) return;
-    const std::string_view language(name);
-    ::setenv("LANGUAGE", std::string(language.substr(0, language.find_first_of(".@"))).c_str(), 0);
+    if (name && std::setlocale(LC_MESSAGES, "C.UTF-8"))
+        environment::setIfAbsent("LANGUAGE", name->substr(0, name->find_first_of(".@")));
 }
 
 // "%lld", "%@", or either with its number, "%2$lld": the value it stands for, counted from 0.

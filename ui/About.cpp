@@ -3,6 +3,7 @@
 #include "platform/Translation.h"
 #include "ui/ApplicationID.h"
 #include "ui/Contact.h"
+#include "ui/DesktopServices.h"
 
 #include <glibmm/main.h>
 #include <gtkmm/aboutdialog.h>
@@ -46,6 +47,13 @@ void showAbout(Gtk::Window* parent) {
     about->set_comments(credits);
     about->set_website(contact::webSite);
     about->set_website_label(contact::webSite);
+    about->signal_activate_link()
+        .connect(   // the panel's own way would start a browser with what is meant for the engine
+            [](const Glib::ustring& address) {
+                DesktopServices::openLink(address);
+                return true;
+            },
+            false);
     adjustLabels(*about, credits);
     if (parent != nullptr) about->set_transient_for(*parent);
     about->set_modal(parent != nullptr);

@@ -1,8 +1,8 @@
 #include "ui/DesktopServices.h"
 
+#include "platform/Environment.h"
 #include "platform/Files.h"
 #include "platform/Translation.h"
-#include "render/engine/EngineEnvironment.h"
 #include "ui/sheets/Alert.h"
 
 #include <array>
@@ -35,10 +35,10 @@ void alert(const std::string& title, const std::string& text) {
     dialog->present();
 }
 
-// For programs that we start: not with what is meant for the engine.
+// For programs that are not ours: the environment as the user has it, without what is meant for the engine.
 Glib::RefPtr<Gio::AppLaunchContext> launchContext() {
     const auto context = Gdk::Display::get_default()->get_app_launch_context();
-    for (const auto& [variable, value] : engineEnvironment::usersOwn()) {
+    for (const auto& [variable, value] : environment::usersOwn()) {
         if (value) {
             context->setenv(variable, *value);
         } else {

@@ -1,19 +1,13 @@
 #include "render/engine/EngineHome.h"
 
+#include "platform/Environment.h"
 #include "platform/Files.h"
 #include "platform/SettingsStore.h"
-
-#include <cstdlib>
 
 #include <unistd.h>
 
 namespace ostrel {
 namespace {
-
-bool isSet(const char* variable) {
-    const char* value = std::getenv(variable);
-    return value && *value;
-}
 
 bool canWriteIn(const std::filesystem::path& folder) {
     try {
@@ -27,7 +21,7 @@ bool canWriteIn(const std::filesystem::path& folder) {
 }   // namespace
 
 std::filesystem::path usersCache() {
-    const std::filesystem::path named = isSet("XDG_CACHE_HOME") ? std::getenv("XDG_CACHE_HOME") : "";
+    const std::filesystem::path named = environment::value("XDG_CACHE_HOME").value_or("");
     return named.is_absolute() ? named : homeFolder() / ".cache";
 }
 
@@ -41,27 +35,27 @@ void EngineHome::moveIn() const {
                 {"XAUTHORITY", ".Xauthority", R_OK}};
     const std::filesystem::path usersHome = homeFolder();
     for (const auto& [variable, usual, needed] : kept) {
-        const std::filesystem::path file = isSet(variable) ? std::getenv(variable) : usersHome / usual;
+        const std::filesystem::path file = environment::value(variable).value_or(usersHome / usual);
         if (file.is_absolute() && access(file.c_str(), needed) == 0) {
-            setenv(variable, file.c_str(), 1);
+            environment::set(variable, file);
         } else {
-            unsetenv(variable);
+            environment::unset(variable);
         }
     }
-    setenv("HOME", path().c_str(), 1);
+    environment::set("HOME", path());
     // The sandbox contains this folder, and so nothing of the session's bus, only if it is there.
     files::createFolders(path() / ".cache");
-    setenv("XDG_CACHE_HOME", (path() / ".cache").c_str(), 1);
+    environment::set("XDG_CACHE_HOME", path() / ".cache");
     // A Wayland display is named in the runtime folder.
-    if (!isSet("DISPLAY") && isSet("WAYLAND_DISPLAY")) return;
-    unsetenv("XDG_RUNTIME_DIR");
-    unsetenv("WAYLAND_DISPLAY");
+    if (!environment::value("DISPLAY") && environment::value("WAYLAND_DISPLAY")) return;
+    environment::unset("XDG_RUNTIME_DIR");
+    environment::unset("WAYLAND_DISPLAY");
 }
 
 void EngineHome::moveCacheIn() const {
     if (canWriteIn(usersCache() / "ostrel")) return;
     files::createFolders(path() / ".cache");
-    setenv("XDG_CACHE_HOME", (path() / ".cache").c_str(), 1);
+    environment::set("XDG_CACHE_HOME", path() / ".cache");
 }
 
 }   // namespace ostrel

@@ -1,10 +1,9 @@
 #include "render/engine/EngineLibraries.h"
 
+#include "platform/Environment.h"
 #include "platform/Files.h"
 #include "platform/Installation.h"
-#include "render/engine/EngineEnvironment.h"
 
-#include <cstdlib>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -14,8 +13,8 @@ namespace {
 
 // In front of what the user's own list has (ld.so(8)).
 void addToList(const char* variable, const std::string& path) {
-    const char* const others = std::getenv(variable);
-    engineEnvironment::set(variable, others && *others ? path + ':' + others : path);
+    const auto others = environment::value(variable);
+    environment::set(variable, others ? path + ':' + *others : path);
 }
 
 // A file that belongs to us, where the engine's processes can see it. Nothing when it is missing.
@@ -39,10 +38,10 @@ void storeStreams() {
 }
 
 void doWithoutGraphics() {
-    engineEnvironment::set("GDK_DEBUG", "gl-disable");
-    engineEnvironment::set("WEBKIT_DISABLE_DMABUF_RENDERER", "1");
+    environment::set("GDK_DEBUG", "gl-disable");
+    environment::set("WEBKIT_DISABLE_DMABUF_RENDERER", "1");
     if (const auto driver = visibleFile("no-drawing.json"))
-        engineEnvironment::set("__EGL_VENDOR_LIBRARY_FILENAMES", *driver);
+        environment::set("__EGL_VENDOR_LIBRARY_FILENAMES", *driver);
 }
 
 }   // namespace ostrel::engineLibraries

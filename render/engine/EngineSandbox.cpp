@@ -1,5 +1,7 @@
 #include "render/engine/EngineSandbox.h"
 
+#include "platform/Environment.h"
+
 #include <cerrno>
 #include <cstdlib>
 #include <initializer_list>
@@ -42,7 +44,7 @@ bool allowOrDoWithout() {
     if (std::getenv(switchOff) != nullptr) return false;
     // Inside a Flatpak bubblewrap cannot run; there the engine has Flatpak make the sandbox.
     if (access("/.flatpak-info", F_OK) == 0 || canMakeSandbox()) return true;
-    setenv(switchOff, "1", 1);
+    environment::set(switchOff, "1");
     return false;
 }
 

@@ -1,8 +1,8 @@
 #include "render/engine/EngineThrift.h"
 
+#include "platform/Environment.h"
 #include "render/engine/EngineLibraries.h"
 
-#include <cstdlib>
 #include <string>
 
 #include <malloc.h>
@@ -17,9 +17,9 @@ void returnMemory() {
     mallopt(M_ARENA_MAX, arenas);
     mallopt(M_MMAP_THRESHOLD, large);
     mallopt(M_TRIM_THRESHOLD, large);
-    setenv("MALLOC_ARENA_MAX", std::to_string(arenas).c_str(), 0);   // in the engine's processes
-    setenv("MALLOC_MMAP_THRESHOLD_", std::to_string(large).c_str(), 0);
-    setenv("MALLOC_TRIM_THRESHOLD_", std::to_string(large).c_str(), 0);
+    environment::setIfAbsent("MALLOC_ARENA_MAX", std::to_string(arenas));   // in the engine's processes
+    environment::setIfAbsent("MALLOC_MMAP_THRESHOLD_", std::to_string(large));
+    environment::setIfAbsent("MALLOC_TRIM_THRESHOLD_", std::to_string(large));
 }
 
 }   // namespace
@@ -28,7 +28,7 @@ void settle() {
     engineLibraries::doWithoutGraphics();
     returnMemory();
     // Scripts of a few milliseconds for each page gain nothing from a compiler: 8 MB.
-    setenv("JSC_useBaselineJIT", "0", 0);
+    environment::setIfAbsent("JSC_useBaselineJIT", "0");
 }
 
 }   // namespace ostrel::engineThrift

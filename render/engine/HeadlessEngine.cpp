@@ -1,5 +1,6 @@
 #include "render/engine/HeadlessEngine.h"
 
+#include "platform/Environment.h"
 #include "platform/Translation.h"
 #include "render/engine/DisplayLoss.h"
 #include "render/engine/EngineHome.h"
@@ -11,7 +12,6 @@
 #include "render/loop/MainLoop.h"
 
 #include <cassert>
-#include <cstdlib>
 #include <stdexcept>
 #include <utility>
 
@@ -22,13 +22,13 @@ namespace {
 
 // Where there is no session, each of these services is searched for, waited for or warned about.
 void doWithoutDesktopServices() {
-    setenv("GTK_A11Y", "none", 1);
-    setenv("WEBKIT_A11Y_BUS_ADDRESS", "", 1);
-    setenv("GSETTINGS_BACKEND", "memory", 1);
-    setenv("GIO_USE_VFS", "local", 1);
-    setenv("GIO_USE_PORTALS", "0", 1);
-    setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", 1);
-    setenv("DBUS_SYSTEM_BUS_ADDRESS", "disabled:", 1);
+    environment::set("GTK_A11Y", "none");
+    environment::set("WEBKIT_A11Y_BUS_ADDRESS", "");
+    environment::set("GSETTINGS_BACKEND", "memory");
+    environment::set("GIO_USE_VFS", "local");
+    environment::set("GIO_USE_PORTALS", "0");
+    environment::set("DBUS_SESSION_BUS_ADDRESS", "disabled:");
+    environment::set("DBUS_SYSTEM_BUS_ADDRESS", "disabled:");
 }
 
 }   // namespace

@@ -1,5 +1,6 @@
 #include "render/engine/PrivateDisplay.h"
 
+#include "platform/Environment.h"
 #include "platform/Translation.h"
 #include "render/loop/MainLoop.h"
 
@@ -7,7 +8,6 @@
 #include <cassert>
 #include <cerrno>
 #include <csignal>
-#include <cstdlib>
 #include <stdexcept>
 #include <string>
 
@@ -22,11 +22,6 @@ namespace {
 
 // A loaded machine may take seconds to start a server; beyond this it is not going to.
 constexpr int startLimitMilliseconds = 30'000;
-
-bool isSet(const char* variable) {
-    const char* value = std::getenv(variable);
-    return value && *value;
-}
 
 // Between fork and exec: only calls that are safe there.
 [[noreturn]] void becomeServer(pid_t parent, int displayDescriptor) {
@@ -73,7 +68,7 @@ void end(pid_t server) {
 
 }   // namespace
 
-bool PrivateDisplay::isNeeded() { return !isSet("DISPLAY") && !isSet("WAYLAND_DISPLAY"); }
+bool PrivateDisplay::isNeeded() { return !environment::value("DISPLAY") && !environment::value("WAYLAND_DISPLAY"); }
 
 PrivateDisplay::PrivateDisplay() {
     assert(mainLoop::isMainThread());
@@ -92,12 +87,12 @@ PrivateDisplay::PrivateDisplay() {
             i18n::tr("There is no display, and Xvfb, which would stand in for one, could not be started (Debian "
                      "package xvfb)."));
     }
-    setenv("DISPLAY", (":" + number).c_str(), 1);
+    environment::set("DISPLAY", ":" + number);
 }
 
 PrivateDisplay::~PrivateDisplay() {
     end(server_);
-    unsetenv("DISPLAY");
+    environment::unset("DISPLAY");
 }
 
 }   // namespace ostrel

@@ -2,8 +2,8 @@
 
 #include "fonts/FontCutter.h"
 #include "fonts/InstalledFonts.h"
+#include "platform/Environment.h"
 #include "platform/Files.h"
-#include "render/engine/EngineEnvironment.h"
 #include "render/loop/GRef.h"
 
 #include <array>
@@ -264,7 +264,7 @@ bool provide(const fs::path& cache) {
     constexpr const char* chosen = "FONTCONFIG_FILE";
     if (std::getenv(chosen) != nullptr) return true;   // somebody wants just those fonts
     provided() = folderIn(cache);                      // loads the system's fonts, with which this program itself stays
-    if (provided()) engineEnvironment::set(chosen, *provided() / "fonts.conf");
+    if (provided()) environment::set(chosen, *provided() / "fonts.conf");
     return provided().has_value();
 }
 
