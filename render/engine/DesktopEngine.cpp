@@ -3,13 +3,15 @@
 #include "render/engine/EngineLibraries.h"
 #include "render/engine/EngineSandbox.h"
 #include "render/engine/ReducedFonts.h"
+#include "render/overrides/Register.h"
 
 namespace ostrel {
 
 DesktopEngine::DesktopEngine() {
+    overrides::logTakenAway();
     const auto cache = usersCache();
     home_.moveCacheIn();
-    if (!reducedFonts::provide(cache)) reducedFonts::provide(home_.path());
+    reducedFonts::provide(cache, home_.path());
     engineLibraries::storeStreams();
     isSandboxed_ = engineSandbox::allowOrDoWithout();
 }

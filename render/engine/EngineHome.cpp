@@ -3,6 +3,7 @@
 #include "platform/Environment.h"
 #include "platform/Files.h"
 #include "platform/SettingsStore.h"
+#include "render/overrides/Register.h"
 
 #include <unistd.h>
 
@@ -43,6 +44,7 @@ void EngineHome::moveIn() const {
         }
     }
     environment::set("HOME", path());
+    overrides::report(overrides::Override::engineHome, overrides::Effect::active);
     // The sandbox contains this folder, and so nothing of the session's bus, only if it is there.
     files::createFolders(path() / ".cache");
     environment::set("XDG_CACHE_HOME", path() / ".cache");
@@ -53,7 +55,10 @@ void EngineHome::moveIn() const {
 }
 
 void EngineHome::moveCacheIn() const {
-    if (canWriteIn(usersCache() / "ostrel")) return;
+    using namespace overrides;
+    if (canWriteIn(usersCache() / "ostrel"))
+        return report(Override::engineHome, Effect::notNeeded, "the user’s cache can be written");
+    report(Override::engineHome, Effect::active);
     files::createFolders(path() / ".cache");
     environment::set("XDG_CACHE_HOME", path() / ".cache");
 }

@@ -3,6 +3,7 @@
 #include "platform/Environment.h"
 #include "platform/Files.h"
 #include "platform/Installation.h"
+#include "render/overrides/Register.h"
 
 #include <filesystem>
 #include <optional>
@@ -10,6 +11,8 @@
 
 namespace ostrel::engineLibraries {
 namespace {
+
+using namespace overrides;
 
 // In front of what the user's own list has (ld.so(8)).
 void addToList(const char* variable, const std::string& path) {
@@ -34,14 +37,21 @@ std::optional<std::string> visibleFile(const char* name) {
 }   // namespace
 
 void storeStreams() {
-    if (const auto library = visibleFile("libostrel-stored-streams.so")) addToList("LD_PRELOAD", *library);
+    if (!isWanted(Override::storedStreams)) return;
+    if (const auto library = visibleFile("libostrel-stored-streams.so"))
+        addToList("LD_PRELOAD", *library);
+    else
+        report(Override::storedStreams, Effect::missing, "its library is not beside the program");
 }
 
 void doWithoutGraphics() {
+    if (!isWanted(Override::noDrawing)) return;
     environment::set("GDK_DEBUG", "gl-disable");
     environment::set("WEBKIT_DISABLE_DMABUF_RENDERER", "1");
     if (const auto driver = visibleFile("no-drawing.json"))
         environment::set("__EGL_VENDOR_LIBRARY_FILENAMES", *driver);
+    else
+        report(Override::noDrawing, Effect::missing, "its driver is not beside the program");
 }
 
 }   // namespace ostrel::engineLibraries

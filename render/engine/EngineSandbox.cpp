@@ -1,6 +1,7 @@
 #include "render/engine/EngineSandbox.h"
 
 #include "platform/Environment.h"
+#include "render/overrides/Register.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -43,7 +44,11 @@ bool allowOrDoWithout() {
     constexpr const char* switchOff = "WEBKIT_DISABLE_SANDBOX_THIS_IS_DANGEROUS";   // the engine has no other
     if (std::getenv(switchOff) != nullptr) return false;
     // Inside a Flatpak bubblewrap cannot run; there the engine has Flatpak make the sandbox.
-    if (access("/.flatpak-info", F_OK) == 0 || canMakeSandbox()) return true;
+    if (access("/.flatpak-info", F_OK) == 0 || canMakeSandbox()) {
+        overrides::report(overrides::Override::noSandbox, overrides::Effect::notNeeded, "the engine has its sandbox");
+        return true;
+    }
+    overrides::report(overrides::Override::noSandbox, overrides::Effect::active);
     environment::set(switchOff, "1");
     return false;
 }

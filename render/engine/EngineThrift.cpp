@@ -2,6 +2,7 @@
 
 #include "platform/Environment.h"
 #include "render/engine/EngineLibraries.h"
+#include "render/overrides/Register.h"
 
 #include <string>
 
@@ -26,9 +27,9 @@ void returnMemory() {
 
 void settle() {
     engineLibraries::doWithoutGraphics();
-    returnMemory();
+    if (overrides::isWanted(overrides::Override::fewArenas)) returnMemory();
     // Scripts of a few milliseconds for each page gain nothing from a compiler: 8 MB.
-    environment::setIfAbsent("JSC_useBaselineJIT", "0");
+    if (overrides::isWanted(overrides::Override::noCompiler)) environment::setIfAbsent("JSC_useBaselineJIT", "0");
 }
 
 }   // namespace ostrel::engineThrift

@@ -10,6 +10,7 @@
 #include "render/engine/PrivateDisplay.h"
 #include "render/engine/ReducedFonts.h"
 #include "render/loop/MainLoop.h"
+#include "render/overrides/Register.h"
 
 #include <cassert>
 #include <stdexcept>
@@ -35,14 +36,18 @@ void doWithoutDesktopServices() {
 
 HeadlessEngine::HeadlessEngine(std::function<void()> displayLost) : home_(std::make_unique<EngineHome>()) {
     assert(mainLoop::isMainThread());
-    doWithoutDesktopServices();
+    overrides::logTakenAway();
+    if (overrides::isWanted(overrides::Override::noServices)) doWithoutDesktopServices();
     engineThrift::settle();
     const std::filesystem::path cache = usersCache();
     home_->moveIn();
-    if (!reducedFonts::provide(cache)) reducedFonts::provide(home_->path());
+    reducedFonts::provide(cache, home_->path());
     engineLibraries::storeStreams();
     isSandboxed_ = engineSandbox::allowOrDoWithout();
-    if (PrivateDisplay::isNeeded()) display_ = std::make_unique<PrivateDisplay>();
+    if (PrivateDisplay::isNeeded()) {
+        display_ = std::make_unique<PrivateDisplay>();
+        overrides::report(overrides::Override::privateDisplay, overrides::Effect::active);
+    }
     // Nothing of the toolkit is shown; a locale that the C library lacks would only be warned about.
     gtk_disable_setlocale();
     if (!gtk_init_check()) throw std::runtime_error(i18n::tr("The display cannot be used."));

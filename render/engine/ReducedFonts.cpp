@@ -5,6 +5,8 @@
 #include "platform/Environment.h"
 #include "platform/Files.h"
 #include "render/loop/GRef.h"
+#include "render/loop/Log.h"
+#include "render/overrides/Register.h"
 
 #include <array>
 #include <cerrno>
@@ -231,6 +233,11 @@ void removeOld(const fs::path& parent) {
     }
 }
 
+std::nullopt_t failed(const std::string& reason) {
+    engineLog::note("the fonts cannot be reduced: " + reason);
+    return std::nullopt;
+}
+
 std::optional<fs::path>& provided() {
     static std::optional<fs::path> folder;
     return folder;
@@ -241,7 +248,7 @@ std::optional<fs::path>& provided() {
 std::optional<fs::path> folderIn(const fs::path& cache) {
     const ConfigPtr config(FcConfigReference(nullptr));   // what this program uses, loaded here if nobody has yet
     const std::unique_ptr<FcChar8, Releaser<FcStrFree>> system(FcConfigGetFilename(config.get(), nullptr));
-    if (!config || !system) return std::nullopt;
+    if (!config || !system) return failed("fontconfig has no configuration");
     const auto plan = planFor(config.get(), plainText(system.get()));
     const auto folder = cache / "ostrel" / (std::string(namePrefix) + keyOf(plan));
     const auto isThere = [&] { return files::isRegularFile(folder / "fonts.conf"); };
@@ -251,21 +258,26 @@ std::optional<fs::path> folderIn(const fs::path& cache) {
             make(folder, plan);
             removeOld(folder.parent_path());
         }
-    } catch (const std::exception&) {
+    } catch (const std::exception& error) {
         // Another program may have been faster.
+        if (!isThere()) return failed(error.what());
     }
-    if (!isThere()) return std::nullopt;
+    if (!isThere()) return failed("their configuration is missing");
     std::error_code ignored;
     fs::last_write_time(folder, fs::file_time_type::clock::now(), ignored);
     return folder;
 }
 
-bool provide(const fs::path& cache) {
+void provide(const fs::path& cache, const fs::path& fallback) {
+    using namespace overrides;
+    if (!isWanted(Override::reducedFonts)) return;
     constexpr const char* chosen = "FONTCONFIG_FILE";
-    if (std::getenv(chosen) != nullptr) return true;   // somebody wants just those fonts
-    provided() = folderIn(cache);                      // loads the system's fonts, with which this program itself stays
-    if (provided()) environment::set(chosen, *provided() / "fonts.conf");
-    return provided().has_value();
+    if (std::getenv(chosen) != nullptr)
+        return report(Override::reducedFonts, Effect::notNeeded, "FONTCONFIG_FILE names the fonts to use");
+    provided() = folderIn(cache);   // loads the system's fonts, with which this program itself stays
+    if (!provided()) provided() = folderIn(fallback);
+    if (!provided()) return report(Override::reducedFonts, Effect::missing, "they cannot be made");
+    environment::set(chosen, *provided() / "fonts.conf");
 }
 
 const std::optional<fs::path>& providedFolder() { return provided(); }

@@ -10,16 +10,17 @@
 // else comes from the system's fonts as before.
 namespace ostrel::reducedFonts {
 
-// Directs the programs that this process starts from now on, the engine's among them, to the reduced fonts, which it
-// makes in the given cache when they are not there yet or the system's fonts have changed (a second, on two cores).
-// Call it before there are other threads. False, and the system's fonts stay in use, whatever went wrong.
-bool provide(const std::filesystem::path& cache);
+// Directs the programs that this process starts from now on, the engine's among them, to the reduced fonts. They are
+// made in the cache, or in the fallback if that is impossible, when they are not there yet or the system's fonts have
+// changed (a second, on two cores). Whatever goes wrong, the system's fonts stay in use and the log says why. Call it
+// before there are other threads.
+void provide(const std::filesystem::path& cache, const std::filesystem::path& fallback);
 
-// What the engine's sandbox must let it read; nothing when there are no reduced fonts.
+// Returns what the engine's sandbox must let it read; nullopt if there are no reduced fonts.
 const std::optional<std::filesystem::path>& providedFolder();
 
-// The folder in the given cache with the reduced fonts ("faces") and their configuration ("fonts.conf"), made when it
-// is not there. Any number of processes may ask at once. Nothing when it cannot be made.
+// Returns the folder in the given cache with the reduced fonts ("faces") and their configuration ("fonts.conf"), made
+// when it is not there; nullopt if it cannot be made. Any number of processes may ask at once.
 std::optional<std::filesystem::path> folderIn(const std::filesystem::path& cache);
 
 }   // namespace ostrel::reducedFonts

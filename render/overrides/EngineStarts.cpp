@@ -5,6 +5,8 @@
 // A program's own functions go before the C library's for all libraries that it uses. These do what the C library's do,
 // except where the engine waits for a sign of life of a process that it started and finds the other end closed.
 
+#include "render/overrides/Register.h"
+
 #include <cerrno>
 #include <cstddef>
 #include <cstring>
@@ -18,6 +20,8 @@
 
 namespace ostrel::engineStarts {
 namespace {
+
+bool isWanted() { return overrides::isWanted(overrides::Override::engineStarts); }
 
 bool isEngine(const void* caller) {
     Dl_info object{};
@@ -48,8 +52,13 @@ using namespace ostrel::engineStarts;
 extern "C" __attribute__((visibility("default"))) ssize_t recvmsg(int socket, msghdr* message, int flags) {
     const std::size_t room = message->msg_controllen;
     const ssize_t received = syscall(SYS_recvmsg, socket, message, flags);
-    const bool isClosed = received == 0 || (received < 0 && errno == ECONNRESET);
-    if (!isClosed || room != CMSG_SPACE(sizeof(ucred)) || !isEngine(__builtin_return_address(0))) return received;
+    const int error = errno;
+    const bool isClosed = received == 0 || (received < 0 && error == ECONNRESET);
+    if (room != CMSG_SPACE(sizeof(ucred)) || !isWanted()) return received;
+    const bool isForUs = isEngine(__builtin_return_address(0));
+    if (isForUs) ostrel::overrides::reportActive(ostrel::overrides::Override::engineStarts);
+    errno = error;
+    if (!isForUs || !isClosed) return received;
     answerForNobody(*message);
     return 1;
 }
@@ -60,5 +69,6 @@ extern "C" __attribute__((visibility("default"))) gboolean g_subprocess_wait_che
                                                                                           GAsyncResult* result,
                                                                                           GError** error) {
     if (!g_subprocess_wait_finish(process, result, error)) return FALSE;
-    return isEngine(__builtin_return_address(0)) || g_spawn_check_wait_status(g_subprocess_get_status(process), error);
+    return (isWanted() && isEngine(__builtin_return_address(0))) ||
+           g_spawn_check_wait_status(g_subprocess_get_status(process), error);
 }

@@ -55,23 +55,3 @@ GRef<GtkPrintSettings> settingsFor(const std::filesystem::path& output, GtkPageS
 }
 
 }   // namespace ostrel::filePrinter
-
-// GTK 4.8's own never lets go of what it makes of the paper, 2 KB for each page that is printed. A program's functions
-// go before those of its libraries for all of them, so the engine calls this one, which makes the same.
-extern "C" __attribute__((visibility("default"))) GVariant* gtk_page_setup_to_gvariant(GtkPageSetup* setup) {
-    const std::unique_ptr<GVariant, ostrel::Releaser<g_variant_unref>> paper(
-        g_variant_ref_sink(gtk_paper_size_to_gvariant(gtk_page_setup_get_paper_size(setup))));
-    GVariantDict all;
-    g_variant_dict_init(&all, paper.get());
-    constexpr struct {
-        const char* name;
-        double (*of)(GtkPageSetup*, GtkUnit);
-    } margins[] = {{"MarginTop", gtk_page_setup_get_top_margin},
-                   {"MarginBottom", gtk_page_setup_get_bottom_margin},
-                   {"MarginLeft", gtk_page_setup_get_left_margin},
-                   {"MarginRight", gtk_page_setup_get_right_margin}};
-    for (const auto& [name, of] : margins) g_variant_dict_insert(&all, name, "d", of(setup, GTK_UNIT_MM));
-    constexpr const char* orientations[] = {"portrait", "landscape", "reverse-portrait", "reverse-landscape"};
-    g_variant_dict_insert(&all, "Orientation", "s", orientations[gtk_page_setup_get_orientation(setup)]);
-    return g_variant_dict_end(&all);
-}

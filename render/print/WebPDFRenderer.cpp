@@ -4,6 +4,7 @@
 #include "pdf/Finisher.h"
 #include "platform/Files.h"
 #include "platform/TemporaryFolder.h"
+#include "render/engine/OverrideEffects.h"
 #include "render/loop/MainLoop.h"
 #include "render/print/PagePrinter.h"
 
@@ -29,6 +30,7 @@ struct WebPDFRenderer::State {
     pdf::Finisher finisher;
     std::optional<TemporaryFolder> folder;   // what the engine prints, before it is finished
     unsigned long pages = 0;
+    bool hasLooked = false;   // at the effects of what we replace
 };
 
 WebPDFRenderer::WebPDFRenderer(Paper paper, std::stop_token cancel, PrintLimits limits)
@@ -56,6 +58,7 @@ void WebPDFRenderer::renderPDF(const Page& asBuilt, const std::filesystem::path&
         PrintOutcome outcome = promise.get_future().get();
         if (const auto* error = std::get_if<RenderError>(&outcome)) throw *error;
         auto& print = std::get<PrintedPage>(outcome);
+        if (!std::exchange(state.hasLooked, true)) overrideEffects::look(files::readWhole(printed).view());
         const pdf::FinishOptions options{.widthPoints = state.paper.width,
                                          .heightPoints = state.paper.height,
                                          .scale = print.scale,
