@@ -20,8 +20,6 @@ using namespace std::chrono_literals;
 using i18n::tr;
 using i18n::trCount;
 
-constexpr const char* isolatedWorld = "ostrel";
-
 // Wider than any mail that a person laid out; beyond it the text would be too small to find on the sheet, and paper
 // sizes reach what PDF readers still open.
 constexpr double mostEnlargement = 100;
@@ -181,7 +179,7 @@ void PagePrinter::processEnded(WebKitWebView*, WebKitWebProcessTerminationReason
 
 void PagePrinter::evaluate(std::string_view script, std::function<void(PagePrinter&, GAsyncResult*)> take) {
     webkit_web_view_evaluate_javascript(
-        view_->web(), script.data(), static_cast<gssize>(script.size()), isolatedWorld, nullptr, nullptr,
+        view_->web(), script.data(), static_cast<gssize>(script.size()), EngineView::isolatedWorld, nullptr, nullptr,
         [](GObject*, GAsyncResult* result, gpointer data) noexcept {
             const std::unique_ptr<PendingAnswer> answer(static_cast<PendingAnswer*>(data));
             if (const auto printer = answer->printer.lock()) answer->take(*printer, result);

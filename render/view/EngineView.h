@@ -25,6 +25,9 @@ public:
 
     WebKitWebView* web() const { return view_.get(); }
 
+    // The world in which scripts of ours run, out of the page's sight: for webkit_web_view_evaluate_javascript.
+    static constexpr const char* isolatedWorld = "ostrel";
+
     // Before the first load; null: the engine goes on without the list.
     void install(WebKitUserContentFilter* offlineRules);
     // The margins that the pages of this view get when printed, whatever the page itself asks for, in points. False
