@@ -118,7 +118,7 @@ std::optional<Tables> trueTypeTables(hb_face_t* face, const hb_map_t* glyphs) {
     for (hb_codepoint_t number = 0; number < count; ++number) {
         const hb_codepoint_t id = hb_map_get(glyphs, number);
         TrueTypeGlyph glyph(grid);
-        hb_font_get_glyph_shape(font.get(), id, draw.get(), &glyph);
+        drawGlyph(font.get(), id, draw.get(), &glyph);
         const auto entry = glyph.entry();
         if (!entry) return std::nullopt;
         append32(tables.loca, tables.glyf.size());

@@ -36,4 +36,14 @@ inline bool hasTable(hb_face_t* face, hb_tag_t tag) {
     return hb_blob_get_length(table.get()) > 0;
 }
 
+// A glyph's outline, by the name that the installed HarfBuzz has for it: 6 lacks the one, 7 warns of the other.
+template <typename Font>
+void drawGlyph(Font* font, hb_codepoint_t glyph, hb_draw_funcs_t* draw, void* data) {
+    if constexpr (requires { hb_font_draw_glyph(font, glyph, draw, data); }) {
+        hb_font_draw_glyph(font, glyph, draw, data);
+    } else {
+        hb_font_get_glyph_shape(font, glyph, draw, data);
+    }
+}
+
 }   // namespace ostrel::harfBuzz

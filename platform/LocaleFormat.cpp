@@ -39,13 +39,13 @@ std::string utf8(const icu::UnicodeString& s) {
 }
 
 // Formatters and collators cost far more to make than to use, and are not shared between threads. One cache for each
-// kind of maker and thread; the environment changes seldom, so it stays small.
+// kind of maker and thread; the environment changes seldom, so it stays small. Never null.
 template <typename Made, typename Make>
-const Made& cached(const std::string& key, Make make) {
+const Made* cached(const std::string& key, Make make) {
     thread_local std::map<std::string, std::unique_ptr<Made>> made;
     auto& entry = made[key];
     if (!entry) entry = std::make_unique<Made>(make());
-    return *entry;
+    return entry.get();
 }
 
 // ---- Dates ----
@@ -101,7 +101,7 @@ DateFormat dateFormat(const icu::UnicodeString& pattern, const icu::Locale& wher
 template <typename MakePattern>
 std::string formatted(Instant when, const Calendar& calendar, const char* kind, MakePattern makePattern) {
     const std::string name = localeName("LC_TIME");
-    const DateFormat& format = cached<DateFormat>(kind + name, [&] {
+    const DateFormat& format = *cached<DateFormat>(kind + name, [&] {
         const icu::Locale where = localeOf(name);
         return dateFormat(makePattern(where), where);
     });
@@ -168,7 +168,7 @@ Amount amountOf(std::uint64_t bytes) {
 
 std::string decimal(double number) {
     const std::string name = localeName("LC_NUMERIC");
-    const auto& format = cached<LocalizedNumberFormatter>(
+    const auto& format = *cached<LocalizedNumberFormatter>(
         name, [&] { return NumberFormatter::withLocale(localeOf(name)).precision(Precision::maxFraction(2)); });
     UErrorCode status = U_ZERO_ERROR;
     return textOf(format.formatDouble(number, status), status);
@@ -177,7 +177,7 @@ std::string decimal(double number) {
 // With the unit's word as the locale data have it.
 std::string decimalWithUnit(const Amount& amount) {
     const std::string name = localeName("LC_NUMERIC");
-    const auto& format = cached<LocalizedNumberFormatter>(name + ' ' + std::string(amount.unit.english), [&] {
+    const auto& format = *cached<LocalizedNumberFormatter>(name + ' ' + std::string(amount.unit.english), [&] {
         return NumberFormatter::withLocale(localeOf(name))
             .unit(amount.unit.measure())
             .unitWidth(UNUM_UNIT_WIDTH_SHORT)
@@ -193,15 +193,14 @@ std::string decimalWithUnit(const Amount& amount) {
 const icu::Collator* collator() {
     using Collator = std::unique_ptr<icu::Collator>;
     const std::string name = localeName("LC_COLLATE");
-    return cached<Collator>(name,
-                            [&]() -> Collator {
-                                UErrorCode status = U_ZERO_ERROR;
-                                Collator made(icu::Collator::createInstance(localeOf(name), status));
-                                if (U_FAILURE(status)) return nullptr;
-                                made->setAttribute(UCOL_NUMERIC_COLLATION, UCOL_ON, status);
-                                return made;
-                            })
-        .get();
+    const Collator& collator = *cached<Collator>(name, [&]() -> Collator {
+        UErrorCode status = U_ZERO_ERROR;
+        Collator made(icu::Collator::createInstance(localeOf(name), status));
+        if (U_FAILURE(status)) return nullptr;
+        made->setAttribute(UCOL_NUMERIC_COLLATION, UCOL_ON, status);
+        return made;
+    });
+    return collator.get();
 }
 
 }   // namespace
@@ -262,7 +261,7 @@ std::string fileSize(std::uint64_t bytes) {
 
 std::string wholeNumber(std::int64_t number) {
     const std::string name = localeName("LC_NUMERIC");
-    const auto& format = cached<LocalizedNumberFormatter>(
+    const auto& format = *cached<LocalizedNumberFormatter>(
         name + " whole", [&] { return NumberFormatter::withLocale(localeOf(name)).precision(Precision::integer()); });
     UErrorCode status = U_ZERO_ERROR;
     return textOf(format.formatInt(number, status), status);

@@ -79,7 +79,7 @@ Paint paintOf(hb_font_t* font, hb_codepoint_t glyph) {
     hb_draw_funcs_set_close_path_func(
         draw, [](auto*, void* data, auto*, void*) { of(data).paint.add(of(data).at, of(data).start); }, nullptr,
         nullptr);
-    hb_font_get_glyph_shape(font, glyph, draw, &pen);
+    harfBuzz::drawGlyph(font, glyph, draw, &pen);
     return pen.paint;
 }
 
