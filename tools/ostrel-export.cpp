@@ -6,6 +6,7 @@
 #include "core/mailstore/MailScanner.h"
 #include "core/selection/MessageFilter.h"
 #include "platform/Files.h"
+#include "platform/NetworkWall.h"
 #include "platform/Translation.h"
 #include "render/engine/HeadlessEngine.h"
 #include "render/loop/MainLoop.h"
@@ -92,6 +93,7 @@ ExitStatus exportFolder(const fs::path& mailFolder, const fs::path& destination,
 
 int main(int argc, char** argv) {
     using namespace ostrel;
+    const bool isWalledOff = networkWall::raise();
     i18n::start();
     if (argc != 3) {
         std::cerr << tr("usage: ostrel-export MAILFOLDER DESTINATION") << '\n';
@@ -105,6 +107,8 @@ int main(int argc, char** argv) {
             std::cerr << tr("The display was lost, and nothing can be printed without it.") << '\n';
             cancel.request_stop();
         });
+        if (!isWalledOff)
+            std::cerr << tr("This system cannot close the network to a program: only Ostrel’s own rules do.") << '\n';
         if (!engine.isSandboxed())
             std::cerr << tr("The web engine runs without its sandbox: this system does not allow one.") << '\n';
         ExitStatus status = couldNotRun;

@@ -5,6 +5,7 @@
 #include "core/mailstore/MailScanner.h"
 #include "core/page/MessageHTML.h"
 #include "platform/Files.h"
+#include "platform/NetworkWall.h"
 #include "platform/Text.h"
 #include "tools/JsonWriter.h"
 
@@ -170,6 +171,7 @@ int run(const std::vector<std::string>& arguments) {
 }   // namespace ostrel
 
 int main(int argc, char** argv) {
+    ostrel::networkWall::raise();
     std::ios::sync_with_stdio(false);
     try {
         const int status = ostrel::run({argv + 1, argv + argc});

@@ -198,6 +198,24 @@ TEST_F(PromisesTest, AnExportOfAStoreMountedReadOnlyIsWhole) {
     EXPECT_EQ(server_.connections(), 0);
 }
 
+// Whatever code runs in these programs and in what they start: the kernel lets none of it call anybody.
+TEST_F(PromisesTest, CodePlantedInAProgramCallsNobody) {
+    const auto runPlanted = [&](const Command& command) {
+        const fs::path mark = scratch_ / "mark";
+        fs::remove(mark);
+        const Command planted = {"/usr/bin/env", std::string("LD_PRELOAD=") + PLANTED_CODE, "PLANTED_PORT=" + port(),
+                                 "PLANTED_MARK=" + mark.native()};
+        Program program(planted + command, scratch_.path());
+        EXPECT_EQ(program.wait(), 0) << program.errors();
+        EXPECT_TRUE(fs::exists(mark)) << "the planted code did not run";
+    };
+    runPlanted({EXPORT_PROGRAM, store(), scratch_ / "out"});
+    runPlanted({INSPECT_PROGRAM, "index", store()});
+    EXPECT_EQ(server_.connections(), 0);
+    runPlanted({"/usr/bin/find", store()});
+    EXPECT_EQ(server_.connections(), 1) << "without the wall it gets through";
+}
+
 // The tests above are worth what they notice.
 TEST_F(PromisesTest, ATraceShowsWhoBreaksThem) {
     if (!Trace::isPossible(scratch_.path())) GTEST_SKIP() << noTracer;
