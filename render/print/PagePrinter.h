@@ -5,7 +5,7 @@
 #include "pdf/Links.h"
 #include "pdf/Printed.h"
 #include "render/loop/MainLoop.h"
-#include "render/print/PrintLimits.h"
+#include "render/engine/PrintLimits.h"
 #include "render/view/EngineView.h"
 
 #include <filesystem>

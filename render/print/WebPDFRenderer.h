@@ -2,7 +2,7 @@
 
 #include "app/AppSettings.h"
 #include "core/export/PDFRendering.h"
-#include "render/print/PrintLimits.h"
+#include "render/engine/PrintLimits.h"
 
 #include <memory>
 #include <stop_token>

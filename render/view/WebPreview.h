@@ -1,6 +1,6 @@
 #pragma once
 
-#include "render/print/PrintLimits.h"
+#include "render/engine/PrintLimits.h"
 
 #include <chrono>
 #include <functional>
