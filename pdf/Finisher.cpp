@@ -2,12 +2,11 @@
 
 #include "pdf/Sharing.h"
 #include "pdf/content/Contents.h"
-#include "pdf/content/Streams.h"
 #include "pdf/fonts/DrawnFonts.h"
 #include "pdf/fonts/FontReduction.h"
 #include "pdf/fonts/FontSubsetter.h"
-#include "pdf/fonts/GlyphOutline.h"
-#include "pdf/fonts/TextMaps.h"
+#include "pdf/fonts/FontTexts.h"
+#include "pdf/fonts/GlyphUse.h"
 #include "pdf/images/Images.h"
 #include "pdf/pages/LinkMarks.h"
 #include "pdf/pages/Pages.h"
@@ -17,13 +16,15 @@
 #include "platform/Translation.h"
 
 #include <algorithm>
-#include <cctype>
+#include <array>
 #include <iterator>
+#include <map>
+#include <new>
+#include <utility>
 
 #include <qpdf/Buffer.hh>
 #include <qpdf/Pl_Flate.hh>
 #include <qpdf/QPDF.hh>
-#include <qpdf/QPDFPageDocumentHelper.hh>
 #include <qpdf/QPDFWriter.hh>
 
 namespace ostrel::pdf {
@@ -39,7 +40,75 @@ Finisher::~Finisher() = default;
 
 namespace {
 
-// "D:20240305090742Z" (ISO 32000-1 §7.9.4); nothing for years that have no four digits.
+// In the order done.
+enum class Pass {
+    contents,
+    linkMarks,
+    pageLayout,
+    documentInfo,
+    pageText,
+    clusterText,
+    glyphUse,
+    emojiText,
+    drawnFonts,
+    fontReduction,
+    typedText,
+    sharedTexts,
+    pictures,
+    packing,
+    twins,
+    writing
+};
+
+struct Order {
+    Pass first, then;
+    std::string_view why;
+};
+constexpr std::array orders{
+    Order{Pass::contents, Pass::linkMarks, "content is read through Contents from the start"},
+    Order{Pass::linkMarks, Pass::pageLayout, "marks are measured as printed, and their links put on the paper"},
+    Order{Pass::pageText, Pass::clusterText, "its words are shaped"},
+    Order{Pass::clusterText, Pass::fontReduction, "they are shaped with whole fonts"},
+    Order{Pass::glyphUse, Pass::emojiText, "emoji are found by the glyphs drawn"},
+    Order{Pass::emojiText, Pass::drawnFonts, "by the fonts that the engine drew them in"},
+    Order{Pass::glyphUse, Pass::fontReduction, "only what is shown stays"},
+    Order{Pass::drawnFonts, Pass::sharedTexts, "joined fonts have tables, too"},
+    Order{Pass::typedText, Pass::sharedTexts, "tables are compared as they will be"},
+    Order{Pass::sharedTexts, Pass::packing, "tables are written"},
+    Order{Pass::pictures, Pass::twins, "streams are compared as stored"},
+    Order{Pass::packing, Pass::twins, "streams are compared as stored"},
+    Order{Pass::twins, Pass::writing, "nothing changes afterwards"},
+};
+static_assert(std::ranges::all_of(orders, [](const Order& order) { return order.first < order.then; }));
+
+// A file on its way through the passes, and what they know of it.
+struct Work {
+    Work(Printed& printed, const FinishOptions& options_, FontSubsetter& fonts_)
+        : file(printed.file()), options(options_), fonts(fonts_), texts(file), links(options.links) {
+        result.report.pages = printed.pages();
+    }
+
+    QPDF& file;
+    const FinishOptions& options;
+    FontSubsetter& fonts;
+    std::optional<Contents> contents;
+    FontTexts texts;
+    PageText pageText;
+    GlyphUse use = GlyphUse::unknown("glyph use was not read");
+    std::vector<LinkArea> links;
+    Finisher::Finished result;
+
+    void keep(std::string reason) {
+        if (!reason.empty()) pass->kept.push_back(std::move(reason));
+    }
+    void count(ByteChange bytes) {
+        pass->bytesBefore += bytes.before;
+        pass->bytesAfter += bytes.after;
+    }
+    PassReport* pass = nullptr;   // under way
+};
+
+// "D:20240305090742Z" (ISO 32000-1 §7.9.4); nullopt for years that have not four digits.
 std::optional<std::string> dateText(Instant when) {
     auto iso = isoUTC(when);
     if (iso.size() != std::string_view("2024-03-05T09:07:42Z").size() || iso[0] == '-') return std::nullopt;
@@ -66,72 +135,142 @@ void describe(QPDF& file, const FinishOptions& options) {
         root.replaceKey("/ViewerPreferences", QPDFObjectHandle::parse("<< /DisplayDocTitle true >>"));
 }
 
-std::string written(QPDF& file) {
+void takeMarks(Work& work) {
+    auto taken = takeLinkMarks(work.file, *work.contents, work.options.linkMarks);
+    std::ranges::move(taken.links, std::back_inserter(work.links));
+    if (!taken.whyNone.empty()) work.keep("link marks: " + taken.whyNone);
+}
+
+void layOut(Work& work) {
+    const auto& options = work.options;
+    work.result.report.links =
+        layOutPages(work.file, *work.contents, {options.widthPoints, options.heightPoints, options.scale}, work.links);
+}
+
+void readGlyphUse(Work& work) {
+    work.use = GlyphUse::of(*work.contents);
+    work.keep(work.use.whyIncomplete());
+}
+
+void reduceFonts(Work& work) {
+    auto counts = reduceFonts(work.file, work.use, work.fonts);
+    work.result.report.fontsReduced = counts.reduced;
+    work.result.report.fontsKept = counts.kept.size();
+    work.count(counts.bytes);
+    for (auto& reason : counts.kept) work.keep(std::move(reason));
+}
+
+void packPictures(Work& work) {
+    const auto counts = packImages(work.file, work.options.pictures);
+    work.result.report.jpegsRestored = counts.restored;
+    work.count(counts.bytes);
+    if (counts.tooLarge > 0) work.keep(std::to_string(counts.tooLarge) + " pictures that are too large");
+}
+
+void pack(Work& work) {
+    work.count(work.contents->pack());
+    work.count(work.texts.store());
+}
+
+void write(Work& work) {
     Pl_Flate::setCompressionLevel(9);
-    QPDFWriter writer(file);
+    QPDFWriter writer(work.file);
     writer.setOutputMemory();
     writer.setObjectStreamMode(qpdf_o_generate);
     writer.setDecodeLevel(qpdf_dl_none);   // streams are packed by then
     writer.setDeterministicID(true);
     writer.write();
     const auto bytes = writer.getBufferSharedPointer();
-    return std::string(reinterpret_cast<const char*>(bytes->getBuffer()), bytes->getSize());
+    work.result.pdf.assign(reinterpret_cast<const char*>(bytes->getBuffer()), bytes->getSize());
 }
 
-// Makes the file smaller without changing what it shows.
-void reduce(QPDF& file, const FinishOptions& options, FontSubsetter& fonts, FinishReport& report) {
-    const auto page = pageText(options.text);
-    nameClusters(file, page);
-    GlyphUse use;
-    Outlines outlines;
-    auto contents = contentsOf(file);
-    for (auto& content : contents) {
-        const auto text = decoded(content.stream);
-        if (!text) throw std::runtime_error(tr("its content cannot be decoded"));
-        use.read(*text, content.resources);
-        if (auto outline = shorterOutline(*text))
-            outlines.emplace(content.stream.getObjGen(), std::move(*outline));
-        else
-            repack(content.stream, *text, zlib::Effort::good);
+enum class Need { essential, optional };   // the file is finished without what is optional
+
+struct Step {
+    Pass pass;
+    std::string_view name;
+    Need need;
+    void (*run)(Work&);
+};
+constexpr std::array steps{
+    Step{Pass::contents, "contents", Need::essential, [](Work& work) { work.contents.emplace(work.file); }},
+    Step{Pass::linkMarks, "linkMarks", Need::optional, takeMarks},
+    Step{Pass::pageLayout, "pageLayout", Need::essential, layOut},
+    Step{Pass::documentInfo, "documentInfo", Need::optional, [](Work& work) { describe(work.file, work.options); }},
+    Step{Pass::pageText, "pageText", Need::optional, [](Work& work) { work.pageText = pageText(work.options.text); }},
+    Step{Pass::clusterText, "clusterText", Need::optional,
+         [](Work& work) { nameClusters(*work.contents, work.texts, work.pageText); }},
+    Step{Pass::glyphUse, "glyphUse", Need::optional, readGlyphUse},
+    Step{Pass::emojiText, "emojiText", Need::optional,
+         [](Work& work) { work.keep(nameEmoji(work.file, work.texts, work.pageText, work.use)); }},
+    Step{Pass::drawnFonts, "drawnFonts", Need::optional,
+         [](Work& work) { work.keep(joinDrawnFonts(work.file, *work.contents, work.texts, work.use)); }},
+    Step{Pass::fontReduction, "fontReduction", Need::optional, reduceFonts},
+    Step{Pass::typedText, "typedText", Need::optional, [](Work& work) { work.texts.makeTyped(); }},
+    Step{Pass::sharedTexts, "sharedTexts", Need::optional, [](Work& work) { work.texts.share(work.use); }},
+    Step{Pass::pictures, "pictures", Need::optional, packPictures},
+    Step{Pass::packing, "packing", Need::essential, pack},
+    Step{Pass::twins, "twins", Need::optional, [](Work& work) { work.count(shareTwins(work.file)); }},
+    Step{Pass::writing, "writing", Need::essential, write},
+};
+static_assert([] {
+    for (std::size_t i = 0; i < steps.size(); ++i)
+        if (steps[i].pass != static_cast<Pass>(i)) return false;
+    return steps.back().pass == Pass::writing;
+}());
+
+// By pass, the reason.
+using Failures = std::map<Pass, std::string>;
+
+struct PassFailed {
+    const Step& step;
+    std::string reason;
+};
+
+void run(const Step& step, Work& work) {
+    try {
+        step.run(work);
+    } catch (const std::bad_alloc&) {
+        throw PassFailed{step, tr("there is not enough memory")};
+    } catch (const std::exception& error) {
+        throw PassFailed{step, error.what()};
     }
-    nameEmoji(file, page, use);
-    if (!joinDrawnFonts(file, contents, use, outlines))
-        for (const auto& [id, outline] : outlines) repack(file.getObject(id), outline, zlib::Effort::best);
-    const auto counts = reduceFonts(file, use, fonts);
-    makeTextTyped(file);
-    shareTextTables(file, use);
-    report.fontsReduced = counts.reduced;
-    report.fontsKept = counts.kept;
-    report.jpegsRestored = packImages(file, options.pictures);
-    shareTwins(file);
 }
 
-// fonts: null to leave everything but the pages alone.
-Finisher::Finished finished(Printed& printed, FinishOptions options, FontSubsetter* fonts) {
-    QPDF& file = printed.file();
-    std::ranges::move(takeLinkMarks(file, options.linkMarks), std::back_inserter(options.links));
-    Finisher::Finished result;
-    result.report.pages = printed.pages();
-    result.report.links = layOutPages(file, {options.widthPoints, options.heightPoints, options.scale}, options.links);
-    describe(file, options);
-    if (fonts) reduce(file, options, *fonts, result.report);
-    result.pdf = written(file);
-    return result;
+// All passes but those that failed before. Throws PassFailed; then the file may be half changed.
+Finisher::Finished finished(Printed& printed, const FinishOptions& options, FontSubsetter& fonts,
+                            const Failures& failed) {
+    Work work(printed, options, fonts);
+    auto& reports = work.result.report.passes;
+    reports.reserve(steps.size());
+    for (const auto& step : steps) {
+        work.pass = &reports.emplace_back(PassReport{.name = step.name});
+        if (const auto failure = failed.find(step.pass); failure != failed.end()) {
+            work.pass->failure = failure->second;
+            continue;
+        }
+        const auto begin = std::chrono::steady_clock::now();
+        run(step, work);
+        work.pass->time = std::chrono::steady_clock::now() - begin;
+    }
+    reports.back().bytesBefore = printed.sizeBytes();
+    reports.back().bytesAfter = work.result.pdf.size();
+    return std::move(work.result);
 }
 
 }   // namespace
 
+// A pass that fails may leave anything behind, so what was printed is opened anew and the others are done again.
 Finisher::Finished Finisher::finish(Printed printed, const FinishOptions& options) {
-    try {
-        return finished(printed, options, &memory_->fonts);
-    } catch (const std::exception&) {
-        // Making it smaller is a comfort; the pages are what counts.
-    }
-    try {
-        auto again = printed.reopened();
-        return finished(again, options, nullptr);
-    } catch (const std::exception& e) {
-        throw Error(e.what());
+    Failures failed;
+    for (;;) {
+        try {
+            return finished(printed, options, memory_->fonts, failed);
+        } catch (const PassFailed& failure) {
+            if (failure.step.need == Need::essential) throw Error(failure.reason);
+            failed.emplace(failure.step.pass, failure.reason);
+        }
+        printed = printed.reopened();
     }
 }
 

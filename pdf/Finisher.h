@@ -5,6 +5,7 @@
 #include "pdf/Printed.h"
 #include "platform/Time.h"
 
+#include <chrono>
 #include <cstddef>
 #include <memory>
 #include <optional>
@@ -29,14 +30,23 @@ struct FinishOptions {   // every field has an initialiser, so that callers may 
     std::span<const PagePicture> pictures{};
 };
 
-// What became of the file. Nothing in it is an error: what could not be made smaller was kept as the engine wrote it.
+// One thing that the finisher does.
+struct PassReport {
+    std::string_view name;   // "fontReduction"
+    std::chrono::nanoseconds time{};
+    std::size_t bytesBefore = 0, bytesAfter = 0;   // of the streams that it replaced, as stored; writing: of the file
+    std::string failure{};                         // why it was left out; empty: it ran
+    std::vector<std::string> kept{};               // what it left as the engine made it, each with the reason
+};
+
+// What became of the file.
 struct FinishReport {
     std::size_t pages = 0;
     std::size_t links = 0;          // annotations written
     std::size_t fontsReduced = 0;   // font programs cut down to the glyphs in use
     std::size_t fontsKept = 0;      // font programs left whole
     std::size_t jpegsRestored = 0;
-    bool operator==(const FinishReport&) const = default;
+    std::vector<PassReport> passes{};   // in the order done
 };
 
 // Turns what the web engine prints into what is kept: pages scaled back to the paper, fonts cut down to the glyphs in
@@ -56,7 +66,8 @@ public:
         std::string pdf;
         FinishReport report;
     };
-    // Throws Error.
+    // A pass that fails is left out and the file finished without it, as the report tells. Throws Error if the file
+    // cannot be finished at all.
     Finished finish(Printed printed, const FinishOptions& options);
 
 private:

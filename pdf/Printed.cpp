@@ -1,8 +1,9 @@
 #include "pdf/Printed.h"
 
+#include "pdf/content/ContentReader.h"
+#include "pdf/content/Streams.h"
 #include "platform/Translation.h"
 
-#include <array>
 #include <utility>
 
 #include <qpdf/QPDF.hh>
@@ -15,34 +16,7 @@ namespace {
 
 // The page begins with the axes turned ("1 0 0 -1 0 842 cm") and the clip to the margins; the matrix after those scales
 // the content. It stands in the first lines.
-constexpr int firstTokens = 64;
-
-class ScaleFinder : public QPDFObjectHandle::ParserCallbacks {
-public:
-    std::optional<double> scale;
-
-    void handleObject(QPDFObjectHandle object) override {
-        if (++tokens_ > firstTokens) return terminateParsing();
-        if (object.isNumber()) {
-            operands_[count_++ % operands_.size()] = object.getNumericValue();
-        } else if (object.isOperator()) {
-            if (object.getOperatorValue() == "cm" && count_ == operands_.size()) takeMatrix();
-            count_ = 0;
-        }
-    }
-    void handleEOF() override {}
-
-private:
-    void takeMatrix() {
-        if (operands_[3] < 0) return;   // the one that turns the axes
-        scale = operands_[0];
-        terminateParsing();
-    }
-
-    std::array<double, 6> operands_{};
-    std::size_t count_ = 0;
-    int tokens_ = 0;
-};
+constexpr std::size_t firstTokens = 64;
 
 }   // namespace
 
@@ -86,13 +60,21 @@ std::size_t Printed::sizeBytes() const { return state_->bytes.size(); }
 QPDF& Printed::file() { return state_->file; }
 
 std::optional<double> Printed::scale() const {
-    ScaleFinder finder;
-    try {
-        QPDFObjectHandle(state_->file.getAllPages().front()).parsePageContents(&finder);
-    } catch (const std::runtime_error&) {
-        return std::nullopt;
+    auto page = state_->file.getAllPages().front();
+    auto contents = page.getKey("/Contents");
+    auto first = contents.isArray() && contents.getArrayNItems() > 0 ? contents.getArrayItem(0) : contents;
+    const auto content = first.isStream() ? decoded(first) : std::nullopt;
+    if (!content) return std::nullopt;
+    ContentReader reader(*content);
+    std::size_t tokens = 0;
+    while (const auto operation = reader.next()) {
+        tokens += operation->operands.size() + 1;
+        if (tokens > firstTokens) break;
+        const auto matrix = operation->op == "cm"_op ? operation->numbers<6>() : std::nullopt;
+        const bool turnsAxes = matrix && (*matrix)[3] < 0;
+        if (matrix && !turnsAxes) return (*matrix)[0];
     }
-    return finder.scale;
+    return std::nullopt;
 }
 
 }   // namespace ostrel::pdf

@@ -13,7 +13,7 @@
 namespace ostrel::pdf {
 namespace {
 
-// Objects for which being the same is nothing but having the same content.
+// Objects that may be replaced by others with the same content.
 bool isShareable(QPDFObjectHandle object) {
     if (!object.isStream() && !object.isDictionary() && !object.isArray()) return false;
     if (object.isArray()) return true;
@@ -28,8 +28,8 @@ class Sharer {
 public:
     // Replaces the references in a direct container by those to the first object with the same content.
     void shareWithin(QPDFObjectHandle container, int depth = 0) {
-        constexpr int deepest = 60;   // a Type 3 glyph that draws a picture with a mask is at 8
-        if (depth > deepest) return;
+        constexpr int maxDepth = 60;   // a Type 3 glyph that draws a picture with a mask is at 8
+        if (depth > maxDepth) return;
         if (container.isStream()) container = container.getDict();
         if (container.isDictionary()) {
             for (const auto& key : container.getKeys())
@@ -40,6 +40,8 @@ public:
         }
     }
 
+    std::size_t droppedBytes() const { return dropped_; }   // of streams
+
 private:
     std::optional<QPDFObjectHandle> replacement(QPDFObjectHandle child, int depth) {
         if (!child.isIndirect()) {
@@ -48,7 +50,7 @@ private:
         }
         if (!isShareable(child)) return std::nullopt;
         const auto id = child.getObjGen();
-        // Set before going down: on the way around a circle an object stands for itself.
+        // Set before going down, so that an object that refers back to itself stands for itself.
         const auto [entry, isNew] = first_.try_emplace(id, child);
         if (isNew) {
             shareWithin(child, depth + 1);
@@ -66,7 +68,9 @@ private:
         for (auto it = begin; it != end; ++it) {
             auto& other = it->second;
             if (other.isStream() != object.isStream() || words(other) != text) continue;
-            if (!data || stored(other) == *data) return other;
+            if (data && stored(other) != *data) continue;
+            if (data) dropped_ += data->size();
+            return other;
         }
         seen_.emplace(key, object);
         return object;
@@ -81,11 +85,12 @@ private:
 
     std::map<QPDFObjGen, QPDFObjectHandle> first_;
     std::unordered_multimap<std::size_t, QPDFObjectHandle> seen_;
+    std::size_t dropped_ = 0;
 };
 
 }   // namespace
 
-void shareTwins(QPDF& file) {
+ByteChange shareTwins(QPDF& file) {
     Sharer sharer;
     for (auto page : file.getAllPages()) {
         // The entries of the page that lead to what it draws with; the others lead back to pages.
@@ -94,6 +99,7 @@ void shareTwins(QPDF& file) {
         sharer.shareWithin(drawing);
         for (const auto& key : drawing.getKeys()) page.replaceKey(key, drawing.getKey(key));
     }
+    return {sharer.droppedBytes(), 0};
 }
 
 }   // namespace ostrel::pdf

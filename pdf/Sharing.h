@@ -1,11 +1,14 @@
 #pragma once
 
+#include "pdf/content/Streams.h"
+
 #include <qpdf/QPDF.hh>
 
 namespace ostrel::pdf {
 
-// Lets everything that pages draw with (fonts, pictures, graphics states, glyphs) and that is there twice, word for
-// word, be there once. Pages themselves stay apart even where they look the same.
-void shareTwins(QPDF& file);
+// Of everything that pages draw with (fonts, pictures, graphics states, glyphs) and that is there several times, byte
+// for byte, keeps one. Pages themselves stay apart even if they look the same. Returns the bytes of the streams that
+// were dropped.
+ByteChange shareTwins(QPDF& file);
 
 }   // namespace ostrel::pdf

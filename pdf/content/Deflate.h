@@ -14,7 +14,8 @@ namespace ostrel::zlib {
 enum class Effort { quick, fair, good, best };
 std::string deflate(std::string_view bytes, Effort effort);
 
-// Nothing when the stream is damaged or holds more than limit bytes. expected only saves time when it is right.
+// nullopt if the stream is damaged or holds more than limit bytes. expected: the size, which saves time when it is
+// right.
 std::optional<std::string> inflate(std::string_view stream, std::size_t expected, std::size_t limit);
 
 }   // namespace ostrel::zlib

@@ -1,7 +1,6 @@
 #include "pdf/content/Streams.h"
 
 #include <algorithm>
-#include <exception>
 #include <stdexcept>
 
 #include <qpdf/Buffer.hh>
@@ -44,7 +43,9 @@ std::optional<std::string> decoded(QPDFObjectHandle stream, std::size_t expected
         }
         const auto plain = stream.getStreamData(qpdf_dl_generalized);
         return std::string(reinterpret_cast<const char*>(plain->getBuffer()), plain->getSize());
-    } catch (const std::exception&) {
+    } catch (const std::runtime_error&) {   // not: out of memory
+        return std::nullopt;
+    } catch (const std::logic_error&) {
         return std::nullopt;
     }
 }

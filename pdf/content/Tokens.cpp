@@ -1,7 +1,10 @@
 #include "pdf/content/Tokens.h"
 
+#include "pdf/content/Hex.h"
+
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <utility>
 
 namespace ostrel::pdf {
@@ -19,18 +22,11 @@ constexpr auto classes = [] {
 bool isSpace(char c) { return classes[static_cast<unsigned char>(c)] == Class::space; }
 bool isRegular(char c) { return classes[static_cast<unsigned char>(c)] == Class::regular; }
 
-int hexDigit(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return -1;
-}
-
 std::string hexBytes(std::string_view digits) {
     std::string bytes;
     int high = -1;
     for (const char c : digits) {
-        const int digit = hexDigit(c);
+        const int digit = hex::digit(c);
         if (digit < 0) continue;
         if (high < 0)
             high = digit;
@@ -69,12 +65,14 @@ std::string literalBytes(std::string_view text) {
 
 }   // namespace
 
-bool Token::isNumber() const {
-    const char c = text.empty() ? '\0' : text[0];
-    return kind == Kind::word && ((c >= '0' && c <= '9') || c == '+' || c == '-' || c == '.');
-}
-
 std::string Token::bytes() const { return isHex ? hexBytes(text) : literalBytes(text); }
+
+double Token::number() const {
+    const auto digits = text.starts_with('+') ? text.substr(1) : text;
+    double value = 0;
+    std::from_chars(digits.data(), digits.data() + digits.size(), value);
+    return value;
+}
 
 std::optional<Token> Tokens::next() {
     skipSpace();
@@ -84,16 +82,19 @@ std::optional<Token> Tokens::next() {
         case '(':
             return literal();
         case '/':
-            return Token{Token::Kind::name, regular()};
+            skipRegular();
+            return Token{Token::Kind::name, from(start + 1), start, at_};
         case '<':
             if (at_ < in_.size() && in_[at_] != '<') return hex();
             break;
-        default:
+        default: {
             if (!isRegular(c)) break;
-            regular();
-            return Token{Token::Kind::word, in_.substr(start, at_ - start)};
+            skipRegular();
+            const bool isNumber = (c >= '0' && c <= '9') || c == '+' || c == '-' || c == '.';
+            return Token{isNumber ? Token::Kind::number : Token::Kind::word, from(start), start, at_};
+        }
     }
-    return Token{Token::Kind::other, in_.substr(start, 1)};
+    return Token{Token::Kind::bracket, in_.substr(start, 1), start, at_};
 }
 
 void Tokens::skipSpace() {
@@ -105,10 +106,8 @@ void Tokens::skipSpace() {
     }
 }
 
-std::string_view Tokens::regular() {
-    const auto start = at_;
+void Tokens::skipRegular() {
     while (at_ < in_.size() && isRegular(in_[at_])) ++at_;
-    return in_.substr(start, at_ - start);
 }
 
 std::optional<Token> Tokens::literal() {
@@ -118,17 +117,20 @@ std::optional<Token> Tokens::literal() {
             ++at_;
         else if (in_[at_] == '(')
             ++depth;
-        else if (in_[at_] == ')' && --depth == 0)
-            return Token{Token::Kind::string, in_.substr(start, at_++ - start)};
+        else if (in_[at_] == ')' && --depth == 0) {
+            const auto text = from(start);
+            return Token{Token::Kind::string, text, start - 1, ++at_};
+        }
     }
     return broken();
 }
 
 std::optional<Token> Tokens::hex() {
+    const auto start = at_;
     const auto end = in_.find('>', at_);
     if (end == std::string_view::npos) return broken();
-    const auto start = std::exchange(at_, end + 1);
-    return Token{Token::Kind::string, in_.substr(start, end - start), true};
+    at_ = end + 1;
+    return Token{Token::Kind::string, in_.substr(start, end - start), start - 1, at_, true};
 }
 
 std::optional<Token> Tokens::broken() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -7,13 +8,14 @@
 namespace ostrel::pdf {
 
 struct Token {
-    enum class Kind { string, name, word, other };   // word: a number or an operator
+    enum class Kind { number, string, name, word, bracket };   // word: an operator, or true, false, null
     Kind kind;
-    std::string_view text;   // as written, within the content; for strings without their brackets
-    bool isHex = false;
+    std::string_view text;            // within the content; strings without their brackets, names without the slash
+    std::size_t begin = 0, end = 0;   // in the content, brackets and slash included
+    bool isHex = false;               // of a string
 
-    bool isNumber() const;
     std::string bytes() const;   // of a string, what it stands for
+    double number() const;       // 0 if it is none that fits
 };
 
 // Cuts content into tokens (ISO 32000-1 §7.2, §7.3). The content must outlive it and its tokens.
@@ -21,16 +23,17 @@ class Tokens {
 public:
     explicit Tokens(std::string_view content) : in_(content) {}
 
-    // Nothing at the end, and where the content breaks off within a string; then isBroken().
+    // nullopt at the end, and where the content breaks off within a string; then isBroken().
     std::optional<Token> next();
     bool isBroken() const { return broken_; }
 
 private:
     void skipSpace();
-    std::string_view regular();
+    void skipRegular();
     std::optional<Token> literal();
     std::optional<Token> hex();
     std::optional<Token> broken();
+    std::string_view from(std::size_t start) const { return in_.substr(start, at_ - start); }
 
     std::string_view in_;
     std::size_t at_ = 0;

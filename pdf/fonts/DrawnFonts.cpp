@@ -1,16 +1,18 @@
 #include "pdf/fonts/DrawnFonts.h"
 
+#include "pdf/content/Resources.h"
 #include "pdf/content/Streams.h"
 #include "pdf/fonts/GlyphOutline.h"
 #include "pdf/fonts/Recoding.h"
-#include "pdf/fonts/ToUnicode.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <map>
 #include <optional>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace ostrel::pdf {
 namespace {
@@ -18,7 +20,7 @@ namespace {
 struct Glyph {
     std::string outline;
     QPDFObjectHandle width;
-    std::string text;   // as hexText() gives it; empty: it has none
+    std::u16string text;   // empty: it has none
 };
 
 // One of the engine's fonts, as far as it is used.
@@ -49,10 +51,10 @@ struct JoinedFont {
     bool canTake(const DrawnFont& font) const {
         if (members.empty()) return true;
         // Viewers keep drawn glyphs as pictures as big as the font's box, and stop when that is too big.
-        constexpr double mostWidening = 1.1;
+        constexpr double maxWidening = 1.1;
         const double height = std::abs(box[3] - box[1]);
         return members.front()->typeface == font.typeface && count + font.glyphs.size() <= freeCodes.size() &&
-               std::max(box[2], font.box[2]) - std::min(box[0], font.box[0]) <= height * mostWidening;
+               std::max(box[2], font.box[2]) - std::min(box[0], font.box[0]) <= height * maxWidening;
     }
     void take(const DrawnFont& font) {
         if (members.empty()) box = font.box;
@@ -86,7 +88,7 @@ std::optional<std::array<double, count>> numbersOf(QPDFObjectHandle array) {
     return numbers;
 }
 
-// The names of codes (ISO 32000-1 §9.6.6.2). Nothing when viewers may see more than numbers in them.
+// The names of codes (ISO 32000-1 §9.6.6.2). nullopt if viewers may see more than numbers in them.
 std::optional<std::map<int, std::string>> namesOf(QPDFObjectHandle font) {
     auto encoding = font.getKey("/Encoding");
     auto differences = encoding.isDictionary() ? encoding.getKey("/Differences") : encoding;
@@ -115,14 +117,16 @@ std::string typefaceOf(QPDFObjectHandle font, const std::array<double, 4>& box) 
     return common.unparse() + descriptor.unparseResolved() + std::to_string(box[1]) + " " + std::to_string(box[3]);
 }
 
-std::optional<DrawnFont> understood(QPDFObjectHandle font, const CodeSet& shown, const Outlines& outlines) {
+using Outlines = std::map<QPDFObjGen, std::string>;   // of glyphs, by their streams, as shorterOutline() returns them
+
+std::optional<DrawnFont> understood(QPDFObjectHandle font, const CodeSet& shown, const Outlines& outlines,
+                                    FontTexts& allTexts) {
     if (!font.isDictionary() || !font.getKey("/Subtype").isNameAndEquals("/Type3")) return std::nullopt;
     const auto box = numbersOf<4>(font.getKey("/FontBBox")), noBox = std::optional(std::array<double, 4>{});
     const auto matrix = numbersOf<6>(font.getKey("/FontMatrix"));
     const auto names = namesOf(font);
     auto widths = font.getKey("/Widths"), first = font.getKey("/FirstChar"), procedures = font.getKey("/CharProcs");
-    const auto cmap = font.getKey("/ToUnicode").isStream() ? decoded(font.getKey("/ToUnicode")) : std::nullopt;
-    const auto texts = cmap ? parseToUnicode(*cmap) : std::nullopt;
+    const auto* const texts = allTexts.of(font);
     const bool isKnown = box && box != noBox && (*box)[0] <= (*box)[2] && matrix && (*matrix)[2] == 0 &&
                          (*matrix)[5] == 0 && (*matrix)[0] > 0 && names && widths.isArray() && first.isInteger() &&
                          first.getIntValue() == 0 && procedures.isDictionary() && texts && texts->codeBytes == 1;
@@ -137,8 +141,8 @@ std::optional<DrawnFont> understood(QPDFObjectHandle font, const CodeSet& shown,
         const auto outline = outlines.find(procedure.getObjGen());
         if (!procedure.isStream() || outline == outlines.end()) return std::nullopt;
         const auto text = texts->texts.find(code);
-        drawn.glyphs.emplace(
-            code, Glyph{outline->second, widths.getArrayItem(code), text == texts->texts.end() ? "" : text->second});
+        drawn.glyphs.emplace(code, Glyph{outline->second, widths.getArrayItem(code),
+                                         text == texts->texts.end() ? std::u16string() : text->second});
     }
     return drawn;
 }
@@ -155,9 +159,10 @@ QPDFObjectHandle opposite(QPDFObjectHandle number) {
 
 class Joining {
 public:
-    Joining(QPDF& file, GlyphUse& use, const Outlines& outlines) : file_(file), use_(use) {
+    Joining(QPDF& file, FontTexts& texts, GlyphUse& use, const Outlines& outlines)
+        : file_(file), texts_(texts), use_(use) {
         for (const auto& [id, shown] : use.codesOf())
-            if (auto font = shown.any() ? understood(file.getObject(id), shown, outlines) : std::nullopt)
+            if (auto font = shown.any() ? understood(file.getObject(id), shown, outlines, texts) : std::nullopt)
                 drawn_.emplace(id, std::move(*font));
         // In the order of the pages: what is shown together comes to be together.
         for (const auto& glyph : use.drawn())
@@ -171,24 +176,27 @@ public:
         }
     }
 
-    bool run(std::vector<Content>& contents) {
-        std::map<QPDFObjGen, std::string> rewritten;
+    // Returns why nothing was done; empty if it was.
+    std::string run(Contents& contents) {
+        std::vector<std::pair<Content*, std::string>> rewritten;
         std::vector<QPDFObjectHandle> fontNames;
-        for (auto& content : contents) {
-            auto fonts = fontsIn(content.resources);
+        for (auto& content : contents.all()) {
+            auto fonts = Resources(content.resources).ofKind("/Font");
             const auto newFonts = newFontsIn(fonts);
             if (newFonts.empty()) continue;
-            const auto before = decoded(content.stream);
+            const auto before = contents.textOf(content);
             auto after = before ? recoded(*before, newFonts) : std::nullopt;
-            if (!after || !rewritten.emplace(content.stream.getObjGen(), std::move(*after)).second) return false;
+            if (!after) return "content that depends on the codes in another way";
+            rewritten.emplace_back(&content, std::move(*after));
             fontNames.push_back(fonts);
         }
-        for (const auto& [id, text] : rewritten)
-            replaceDeflated(file_.getObject(id), zlib::deflate(text, zlib::Effort::good));
+        for (auto& [content, text] : rewritten) contents.replace(*content, std::move(text));
         for (auto& joined : joined_) made_.push_back(make(joined));
         for (auto& fonts : fontNames) rename(fonts);
-        return !joined_.empty();
+        return {};
     }
+
+    bool isPossible() const { return !joined_.empty(); }
 
 private:
     void place(const DrawnFont& font) {
@@ -199,15 +207,11 @@ private:
         placeOf_.emplace(font.dict.getObjGen(), static_cast<std::size_t>(at - joined_.begin()));
     }
 
-    static QPDFObjectHandle fontsIn(QPDFObjectHandle resources) {
-        auto fonts = resources.isDictionary() ? resources.getKey("/Font") : resources;
-        return fonts.isDictionary() ? fonts : QPDFObjectHandle::newDictionary();
-    }
-
     // The joined font goes by the first of its members' names.
     NewFonts newFontsIn(QPDFObjectHandle fonts) const {
         std::map<std::size_t, std::string> names;
         NewFonts newFonts;
+        if (!fonts.isDictionary()) return newFonts;
         for (const auto& key : fonts.getKeys()) {
             const auto id = fonts.getKey(key).getObjGen();
             const auto at = placeOf_.find(id);
@@ -250,7 +254,7 @@ private:
         // it for twice as large as it is, and its text for one of another line than what stands beside it.
         names.appendItem(QPDFObjectHandle::newName("/m"));
         widths.appendItem(wholeNumber(std::round(0.6 / numbersOf<6>(matrix)->at(0))));
-        ToUnicode texts;
+        ToUnicode meanings;
         int next = 1;
         for (const auto& [code, glyph] : joined.glyphs) {
             if (next != code) names.appendItem(wholeNumber(code));
@@ -259,18 +263,16 @@ private:
             names.appendItem(QPDFObjectHandle::newName(name));
             widths.appendItem(glyph->width);
             procedures.replaceKey(name, packed(isTurned ? upsideDown(glyph->outline) : glyph->outline));
-            if (!glyph->text.empty()) texts.texts.emplace(code, glyph->text);
+            if (!glyph->text.empty()) meanings.texts.emplace(code, glyph->text);
         }
         encoding.replaceKey("/Differences", names);
         font.replaceKey("/Encoding", encoding);
         font.replaceKey("/CharProcs", procedures);
         font.replaceKey("/Widths", widths);
         font.replaceKey("/LastChar", wholeNumber(next - 1));
-        auto toUnicode = QPDFObjectHandle::newStream(&file_);
-        replaceDeflated(toUnicode, zlib::deflate(makeToUnicode(texts), zlib::Effort::good));
-        font.replaceKey("/ToUnicode", toUnicode);
 
         auto made = file_.makeIndirectObject(font);
+        texts_.replace({made}, std::move(meanings));
         CodeSet shown;
         for (const auto& [code, glyph] : joined.glyphs) shown.set(code);
         for (const auto& [id, codes] : joined.codes) use_.replace(id, made.getObjGen(), shown);
@@ -290,6 +292,7 @@ private:
     }
 
     QPDF& file_;
+    FontTexts& texts_;
     GlyphUse& use_;
     std::map<QPDFObjGen, DrawnFont> drawn_;
     std::vector<JoinedFont> joined_;
@@ -300,8 +303,30 @@ private:
 
 }   // namespace
 
-bool joinDrawnFonts(QPDF& file, std::vector<Content>& contents, GlyphUse& use, const Outlines& outlines) {
-    return use.isComplete() && !outlines.empty() && Joining(file, use, outlines).run(contents);
+std::string joinDrawnFonts(QPDF& file, Contents& contents, FontTexts& texts, GlyphUse& use) {
+    Outlines outlines;
+    for (auto& content : contents.all()) {
+        const auto text = content.kind == Content::Kind::glyph ? contents.textOf(content) : nullptr;
+        auto outline = text ? shorterOutline(*text) : std::nullopt;
+        if (outline) outlines.emplace(content.stream.getObjGen(), std::move(*outline));
+    }
+    if (outlines.empty()) return {};
+    auto whyNot = use.whyIncomplete();
+    bool areJoined = false;
+    if (use.isComplete()) {
+        Joining joining(file, texts, use, outlines);
+        if (joining.isPossible()) whyNot = joining.run(contents);
+        areJoined = joining.isPossible() && whyNot.empty();
+    }
+    for (auto& content : contents.all()) {
+        const auto outline = outlines.find(content.stream.getObjGen());
+        if (outline == outlines.end()) continue;
+        if (areJoined)   // in streams of their own
+            contents.keepStored(content);
+        else
+            contents.replace(content, std::move(outline->second), zlib::Effort::best);
+    }
+    return whyNot;
 }
 
 }   // namespace ostrel::pdf

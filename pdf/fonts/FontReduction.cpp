@@ -47,8 +47,8 @@ public:
 
 private:
     void countIn(QPDFObjectHandle container, int depth) {
-        constexpr int deepest = 200;   // libqpdf refuses deeper ones when it reads
-        if (depth > deepest) return;
+        constexpr int maxDepth = 200;   // libqpdf refuses deeper ones when it reads
+        if (depth > maxDepth) return;
         const auto count = [&](QPDFObjectHandle child) {
             if (child.isIndirect())
                 ++counts_[child.getObjGen()];
@@ -72,7 +72,7 @@ struct Family {
     CodeSet glyphs;
 };
 
-// True when every way to the family's programs leads through fonts whose use we know.
+// Returns true if every way to the family's programs leads through fonts whose use we know.
 bool isClosed(const Family& family, const std::map<QPDFObjGen, std::size_t>& parents, const References& references) {
     const auto known = [&](const auto& entry) {
         const auto found = parents.find(entry.first);
@@ -82,9 +82,15 @@ bool isClosed(const Family& family, const std::map<QPDFObjGen, std::size_t>& par
            std::ranges::all_of(family.descendants, known);
 }
 
+std::string nameOf(const Family& family) {
+    auto descriptor = family.descriptors.begin()->second;
+    auto name = descriptor.getKey("/FontName");
+    return name.isName() ? name.getName().substr(1) : "a font";
+}
+
 using Widths = std::map<int, QPDFObjectHandle>;   // by glyph number
 
-// Reads a W array (ISO 32000-1 §9.7.4.3) as far as it concerns these glyphs. Nothing when it is malformed.
+// Reads a W array (ISO 32000-1 §9.7.4.3) as far as it concerns these glyphs. nullopt if it is malformed.
 std::optional<Widths> widthsOf(QPDFObjectHandle descendant, const CodeSet& glyphs) {
     auto w = descendant.getKey("/W");
     if (!w.isArray()) return std::nullopt;
@@ -136,8 +142,8 @@ void shareWidths(Family& family, const std::map<QPDFObjGen, CodeSet>& glyphsOf) 
         auto own = widthsOf(descendant, glyphs);
         auto standard = descendant.getKey("/DW");
         if (!own || !standard.isNumber()) return;
-        for (std::size_t glyph = 0; glyph < glyphs.size(); ++glyph)
-            if (glyphs.test(glyph)) own->try_emplace(static_cast<int>(glyph), standard);
+        for (auto glyph = glyphs._Find_first(); glyph < glyphs.size(); glyph = glyphs._Find_next(glyph))
+            own->try_emplace(static_cast<int>(glyph), standard);
         for (auto& [glyph, width] : *own) {
             const auto [known, isNew] = all.try_emplace(glyph, width);
             if (!isNew && known->second.unparse() != width.unparse()) return;
@@ -192,14 +198,23 @@ FontCounts reduceFonts(QPDF& file, const GlyphUse& use, FontSubsetter& subsetter
     const References references(file);
     for (auto& [bytes, family] : families) {
         auto program = family.programs.begin()->second;
-        std::optional<FontSubsetter::Program> reduced;
-        if (use.isComplete() && isClosed(family, parents, references))
-            reduced = subset(program, bytes, family.glyphs, subsetter);
+        const auto keep = [&](const std::string& why) { counts.kept.push_back(nameOf(family) + ": " + why); };
+        if (!use.isComplete()) {
+            keep(use.whyIncomplete());
+            continue;
+        }
+        if (!isClosed(family, parents, references)) {
+            keep("used by something unknown");
+            continue;
+        }
+        const auto reduced = subset(program, bytes, family.glyphs, subsetter);
         if (!reduced || reduced->packed.size() >= bytes.size()) {
-            ++counts.kept;
+            keep(reduced ? "cannot be made smaller" : "not a TrueType font that is understood");
             continue;
         }
         ++counts.reduced;
+        counts.bytes.before += bytes.size() * family.programs.size();
+        counts.bytes.after += reduced->packed.size();
         replaceDeflated(program, reduced->packed);
         program.getDict().replaceKey("/Length1",
                                      QPDFObjectHandle::newInteger(static_cast<long long>(reduced->unpackedSize)));

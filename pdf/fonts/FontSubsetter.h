@@ -12,7 +12,7 @@
 namespace ostrel::pdf {
 
 // Cuts TrueType programs down to some of their glyphs. The engine embeds the same few installed fonts in every file, so
-// what was found out about the fonts of earlier calls is kept, within a fixed amount of memory.
+// fonts of earlier calls are kept open, within a fixed amount of memory.
 class FontSubsetter {
 public:
     FontSubsetter();
@@ -22,7 +22,7 @@ public:
         std::string packed;             // a zlib stream
         std::size_t unpackedSize = 0;   // bytes
     };
-    // Glyphs keep their numbers and their outlines; hinting, layout and naming tables go. Nothing when the font is not
+    // Glyphs keep their numbers and their outlines; hinting, layout and naming tables go. nullopt if the font is not
     // understood.
     std::optional<Program> subset(std::string_view program, const CodeSet& glyphs);
 

@@ -1,11 +1,12 @@
 #include "pdf/fonts/GlyphOutline.h"
 
-#include "pdf/content/Tokens.h"
+#include "pdf/content/ContentReader.h"
 
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <span>
+#include <utility>
 #include <vector>
 
 namespace ostrel::pdf {
@@ -38,20 +39,22 @@ bool mayFollow(std::string_view op, std::string_view last) {
 
 std::optional<std::vector<Step>> stepsOf(std::string_view glyph) {
     std::vector<Step> steps;
-    std::vector<std::string_view> numbers;
-    Tokens tokens(glyph);
-    while (const auto token = tokens.next()) {
-        if (token->kind != Token::Kind::word) return std::nullopt;
-        if (token->isNumber()) {
-            numbers.push_back(token->text);
-            continue;
-        }
+    std::size_t end = 0;
+    ContentReader reader(glyph);
+    while (const auto operation = reader.next()) {
         const auto last = steps.empty() ? std::string_view() : steps.back().op;
-        if (numbersBefore(token->text) != numbers.size() || !mayFollow(token->text, last)) return std::nullopt;
-        steps.push_back({token->text, std::move(numbers)});
-        numbers.clear();
+        if (numbersBefore(operation->letters) != operation->operands.size() || !mayFollow(operation->letters, last))
+            return std::nullopt;
+        Step step{operation->letters, {}};
+        for (const auto& operand : operation->operands) {
+            if (operand.kind != Token::Kind::number) return std::nullopt;
+            step.numbers.push_back(operand.text);
+        }
+        steps.push_back(std::move(step));
+        end = operation->end;
     }
-    if (tokens.isBroken() || !numbers.empty() || steps.empty()) return std::nullopt;
+    const bool hasRest = glyph.find_first_not_of(" \r\n", end) != std::string_view::npos;
+    if (reader.isBroken() || hasRest || steps.empty()) return std::nullopt;
     const bool isFilled = steps.back().op == "f";
     return isFilled || steps.size() == 1 ? std::optional(std::move(steps)) : std::nullopt;
 }
@@ -66,10 +69,10 @@ using Corner = std::array<int, 2>;
 std::optional<Corner> cornerOf(const Step& step) {
     Corner corner{};
     for (std::size_t i = 0; i < corner.size(); ++i) {
-        constexpr std::size_t longest = 6;   // so that differences fit
+        constexpr std::size_t maxDigits = 6;   // so that differences fit
         const auto text = step.numbers[i];
         const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), corner[i]);
-        if (error != std::errc() || end != text.data() + text.size() || text.size() > longest) return std::nullopt;
+        if (error != std::errc() || end != text.data() + text.size() || text.size() > maxDigits) return std::nullopt;
     }
     return corner;
 }
@@ -144,7 +147,7 @@ std::string upsideDown(std::string_view outline) {
     Tokens tokens(outline);
     while (const auto token = tokens.next()) {
         auto word = token->text;
-        const bool isNumber = token->isNumber();
+        const bool isNumber = token->kind == Token::Kind::number;
         if (!text.empty()) text += ' ';
         if (isNumber && isHeight) {
             if (word.starts_with('-'))

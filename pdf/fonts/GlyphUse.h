@@ -2,6 +2,7 @@
 
 #include <bitset>
 #include <map>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -9,26 +10,33 @@
 
 namespace ostrel::pdf {
 
+class Contents;
+
 // Character codes; of composite fonts they have two bytes and, for those of interest, are glyph numbers.
 using CodeSet = std::bitset<0x10000>;
 
-// Learns from content which codes are shown in which font. What it cannot follow makes it say so, never guess.
+// Which codes content shows in which font. Where it cannot be followed this says so and never guesses.
 class GlyphUse {
 public:
-    // resources: what the content's names are looked up in, or null. Linear in the content.
+    // Nothing was read, or not all of it: no font may lose a glyph.
+    static GlyphUse unknown(std::string why);
+    static GlyphUse of(Contents& contents);
+
+    // Adds what one content shows. resources: what its names stand for, or null. Linear in the content.
     void read(std::string_view content, QPDFObjectHandle resources);
 
-    // False when text may have been shown in a font that could not be told: then no font may lose a glyph.
-    bool isComplete() const { return complete_; }
+    // False if text may be shown in a font that could not be told; then whyIncomplete() is not empty.
+    bool isComplete() const { return problem_.empty(); }
+    const std::string& whyIncomplete() const { return problem_; }
 
     // Composite and Type 3 fonts by object, with the codes shown. A font that was set but showed nothing has an empty
     // set.
     const std::map<QPDFObjGen, CodeSet>& codesOf() const { return codes_; }
 
-    // Content shows the codes of one font in another now.
+    // To be called when content shows the codes of one font in another.
     void replace(QPDFObjGen gone, QPDFObjGen font, const CodeSet& codes);
 
-    // What Type 3 fonts showed, one after the other as the content was read.
+    // What Type 3 fonts show, in the order of the content.
     struct Drawn {
         QPDFObjGen font;
         int code = 0;
@@ -38,7 +46,7 @@ public:
 private:
     std::map<QPDFObjGen, CodeSet> codes_;
     std::vector<Drawn> drawn_;
-    bool complete_ = true;
+    std::string problem_;
 };
 
 }   // namespace ostrel::pdf

@@ -15,8 +15,8 @@ struct NewFont {
 };
 using NewFonts = std::map<std::string, NewFont, std::less<>>;   // by the old names
 
-// The content, showing the new fonts instead of the old ones, each set only where it changes. Nothing when the content
-// cannot be followed or depends on the codes in another way. Linear in the content, which must not have inline images.
+// Returns the content showing the new fonts instead of the old ones, each set only where it changes. nullopt if the
+// content cannot be followed or depends on the codes in another way. Linear in the content.
 std::optional<std::string> recoded(std::string_view content, const NewFonts& newFonts);
 
 }   // namespace ostrel::pdf

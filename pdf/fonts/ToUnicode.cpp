@@ -1,9 +1,11 @@
 #include "pdf/fonts/ToUnicode.h"
 
+#include "pdf/content/Hex.h"
 #include "pdf/fonts/TypedText.h"
 
 #include <algorithm>
 #include <charconv>
+#include <utility>
 #include <vector>
 
 namespace ostrel::pdf {
@@ -17,13 +19,7 @@ std::optional<unsigned> hexNumber(std::string_view digits) {
     return value;
 }
 
-std::string hexDigits(unsigned value, std::size_t width) {
-    std::string digits(width, '0');
-    for (std::size_t i = width; i-- > 0; value >>= 4) digits[i] = "0123456789ABCDEF"[value & 15];
-    return digits;
-}
-
-// "<41> <0041>": the strings of a line without brackets. Nothing when there is anything else on it.
+// "<41> <0041>": the strings of a line without brackets. nullopt if there is anything else on it.
 std::optional<std::vector<std::string_view>> hexStrings(std::string_view line) {
     std::vector<std::string_view> strings;
     for (std::size_t at = 0; at < line.size();) {
@@ -34,14 +30,19 @@ std::optional<std::vector<std::string_view>> hexStrings(std::string_view line) {
         const auto end = line.find('>', at);
         if (line[at] != '<' || end == std::string_view::npos) return std::nullopt;
         const auto digits = line.substr(at + 1, end - at - 1);
-        const auto isHex = [](char c) {
-            return std::string_view("0123456789abcdefABCDEF").find(c) != std::string_view::npos;
-        };
-        if (digits.empty() || !std::ranges::all_of(digits, isHex)) return std::nullopt;
+        const bool isHex = std::ranges::all_of(digits, [](char c) { return hex::digit(c) >= 0; });
+        if (digits.empty() || !isHex) return std::nullopt;
         strings.push_back(digits);
         at = end + 1;
     }
     return strings;
+}
+
+std::u16string unitsOf(std::string_view hex) {
+    std::u16string units;
+    for (std::size_t at = 0; at + 4 <= hex.size(); at += 4)
+        units += static_cast<char16_t>(hexNumber(hex.substr(at, 4)).value_or(0));
+    return units;
 }
 
 bool addRange(ToUnicode& map, std::string_view first, std::string_view last, std::string_view text) {
@@ -49,15 +50,14 @@ bool addRange(ToUnicode& map, std::string_view first, std::string_view last, std
     const std::size_t digits = 2 * map.codeBytes;
     if (first.size() != digits || last.size() != digits || !from || !to || *from > *to || text.size() % 4 != 0)
         return false;
+    auto units = unitsOf(text);
     if (*from == *to) {
-        map.texts[static_cast<int>(*from)] = text;
+        map.texts[static_cast<int>(*from)] = std::move(units);
         return true;
     }
-    const auto start = hexNumber(text);   // only the last byte may count up
-    const auto length = *to - *from;
-    if (text.size() != 4 || !start || (*start & 0xFF) + length > 0xFF || (*from & 0xFF) + length > 0xFF) return false;
-    for (auto code = *from; code <= *to; ++code)
-        map.texts[static_cast<int>(code)] = hexDigits(*start + code - *from, 4);
+    const auto length = *to - *from;   // only the last byte may count up
+    if (units.size() != 1 || (units[0] & 0xFF) + length > 0xFF || (*from & 0xFF) + length > 0xFF) return false;
+    for (auto code = *from; code <= *to; ++code, ++units[0]) map.texts[static_cast<int>(code)] = units;
     return true;
 }
 
@@ -68,26 +68,7 @@ bool takeCodeSpace(ToUnicode& map, const std::vector<std::string_view>& strings)
     return (strings[0] == "00" || strings[0] == "0000") && hexNumber(strings[1]).has_value();
 }
 
-std::u16string unitsOf(std::string_view hex) {
-    std::u16string units;
-    for (std::size_t at = 0; at + 4 <= hex.size(); at += 4)
-        units += static_cast<char16_t>(hexNumber(hex.substr(at, 4)).value_or(0));
-    return units;
-}
-
 }   // namespace
-
-std::string hexText(std::u32string_view text) {
-    std::string hex;
-    const auto unit = [&](char32_t value) {
-        for (int shift = 12; shift >= 0; shift -= 4) hex += "0123456789ABCDEF"[value >> shift & 15];
-    };
-    for (const char32_t c : text) {
-        if (c >= 0x10000) unit(0xD800 + ((c - 0x10000) >> 10));
-        unit(c < 0x10000 ? c : 0xDC00 + ((c - 0x10000) & 0x3FF));
-    }
-    return hex;
-}
 
 std::optional<ToUnicode> parseToUnicode(std::string_view cmap) {
     enum class Section { none, codeSpace, characters, ranges } section = Section::none;
@@ -125,15 +106,19 @@ std::string makeToUnicode(const ToUnicode& map) {
         "/CMapName /Adobe-Identity-UCS def\n/CMapType 2 def\n1 begincodespacerange\n";
     const std::size_t digits = 2 * map.codeBytes;
     cmap += "<" + std::string(digits, '0') + "> <" + std::string(digits, 'F') + ">\nendcodespacerange\n";
-    constexpr std::size_t most = 100;   // in one list
+    constexpr std::size_t listLength = 100;   // the standard's limit
     std::size_t left = map.texts.size(), inList = 0;
     for (const auto& [code, text] : map.texts) {
         if (inList == 0) {
-            inList = std::min(left, most);
+            inList = std::min(left, listLength);
             left -= inList;
             cmap += std::to_string(inList) + " beginbfchar\n";
         }
-        cmap += "<" + hexDigits(static_cast<unsigned>(code), digits) + "> <" + text + ">\n";
+        cmap += '<';
+        hex::append(cmap, static_cast<unsigned>(code), digits);
+        cmap += "> <";
+        hex::append(cmap, text);
+        cmap += ">\n";
         if (--inList == 0) cmap += "endbfchar\n";
     }
     return cmap + "endcmap\nCMapName currentdict /CMap defineresource pop\nend\nend";
@@ -142,12 +127,10 @@ std::string makeToUnicode(const ToUnicode& map) {
 bool makeTyped(ToUnicode& map) {
     bool isChanged = false;
     for (auto& [code, text] : map.texts) {
-        const auto units = unitsOf(text);
-        const auto typed = asTyped(units);
-        if (typed == units) continue;
+        auto typed = asTyped(text);
+        if (typed == text) continue;
         isChanged = true;
-        text.clear();
-        for (const char16_t unit : typed) text += hexDigits(unit, 4);
+        text = std::move(typed);
     }
     return isChanged;
 }

@@ -18,7 +18,7 @@
 namespace ostrel::pdf {
 namespace {
 
-constexpr std::size_t mostPixels = std::size_t{1} << 26;   // 200 MB unpacked; larger ones stay as they are
+constexpr std::size_t maxPixels = std::size_t{1} << 26;   // 200 MB unpacked; larger ones stay as they are
 
 // A picture as the engine embeds it: 8 bits a channel, without a predictor.
 struct Picture {
@@ -48,9 +48,7 @@ std::optional<Picture> understood(QPDFObjectHandle image) {
     const auto w = width.getIntValue(), h = height.getIntValue();
     const Picture picture{{static_cast<std::size_t>(w), static_cast<std::size_t>(h)},
                           channelsOf(dict.getKey("/ColorSpace"))};
-    if (w <= 0 || h <= 0 || picture.channels == 0 || picture.size.width > mostPixels / picture.size.height)
-        return std::nullopt;
-    return picture;
+    return w > 0 && h > 0 && picture.channels > 0 ? std::optional(picture) : std::nullopt;
 }
 
 // The photographs that the page carries, decoded when a picture of their size comes up. A page can have thousands of
@@ -141,14 +139,14 @@ std::string predicted(std::string_view pixels, std::size_t rowBytes, std::size_t
     for (std::size_t y = 0; y < rows; ++y) {
         const auto* const row = in + y * rowBytes;
         const auto* const above = y ? row - rowBytes : blank.data();
-        std::size_t least = SIZE_MAX;
+        std::size_t smallest = SIZE_MAX;
         Filter chosen = none;
         for (const auto filter : {none, sub, up, average, paethFilter}) {
             filterRow(filter, row, above, rowBytes, channels, tried.data());
             std::size_t sum = 0;
             for (const auto byte : tried) sum += byte < 128 ? byte : 256u - byte;
-            if (sum >= least) continue;
-            least = sum;
+            if (sum >= smallest) continue;
+            smallest = sum;
             chosen = filter;
             best.swap(tried);
         }
@@ -180,34 +178,46 @@ Estimate estimate(std::string_view pixels, const Picture& picture, std::size_t s
     return {ofWhole(strip), ofWhole(predicted(strip, picture.rowBytes(), picture.channels))};
 }
 
+// Returns true if an original was put in its place.
+bool pack(QPDFObjectHandle image, const Picture& picture, Originals& originals) {
+    const auto pixels = decoded(image, picture.bytes());
+    if (!pixels || pixels->size() != picture.bytes()) return false;
+    const auto known = picture.channels == 3 ? originals.matching(picture.size, *pixels) : std::nullopt;
+    const auto original = known ? std::optional(jpeg::withoutMetadata(*known)) : std::nullopt;
+    // Whether a photograph or a drawing was made a JPEG is soon told.
+    constexpr std::size_t enoughToTell = 1 << 15, enoughToChoose = 1 << 17;
+    const auto expected = estimate(*pixels, picture, original ? enoughToTell : enoughToChoose);
+    if (original && original->size() < std::min(expected.plain, expected.predicted)) {
+        image.replaceStreamData(*original, QPDFObjectHandle::newName("/DCTDecode"), QPDFObjectHandle::newNull());
+        return true;
+    }
+    if (expected.predicted < expected.plain) {
+        auto packed = zlib::deflate(predicted(*pixels, picture.rowBytes(), picture.channels), zlib::Effort::fair);
+        if (packed.size() < storedSize(image)) replaceDeflated(image, std::move(packed), predictorParameters(picture));
+    } else {
+        repack(image, *pixels, zlib::Effort::fair);
+    }
+    return false;
+}
+
 }   // namespace
 
-std::size_t packImages(QPDF& file, std::span<const PagePicture> pictures) {
+ImageCounts packImages(QPDF& file, std::span<const PagePicture> pictures) {
     Originals originals(pictures);
-    std::size_t restored = 0;
+    ImageCounts counts;
     for (auto image : file.getAllObjects()) {
         if (!image.isStream()) continue;
         const auto picture = understood(image);
         if (!picture) continue;
-        const auto pixels = decoded(image, picture->bytes());
-        if (!pixels || pixels->size() != picture->bytes()) continue;
-        const auto known = picture->channels == 3 ? originals.matching(picture->size, *pixels) : std::nullopt;
-        const auto original = known ? std::optional(jpeg::withoutMetadata(*known)) : std::nullopt;
-        // Whether a photograph or a drawing was made a JPEG is soon told.
-        constexpr std::size_t enoughToTell = 1 << 15, enoughToChoose = 1 << 17;
-        const auto expected = estimate(*pixels, *picture, original ? enoughToTell : enoughToChoose);
-        if (original && original->size() < std::min(expected.plain, expected.predicted)) {
-            image.replaceStreamData(*original, QPDFObjectHandle::newName("/DCTDecode"), QPDFObjectHandle::newNull());
-            ++restored;
-        } else if (expected.predicted < expected.plain) {
-            auto packed = zlib::deflate(predicted(*pixels, picture->rowBytes(), picture->channels), zlib::Effort::fair);
-            if (packed.size() < storedSize(image))
-                replaceDeflated(image, std::move(packed), predictorParameters(*picture));
-        } else {
-            repack(image, *pixels, zlib::Effort::fair);
+        if (picture->size.width > maxPixels / picture->size.height) {
+            ++counts.tooLarge;
+            continue;
         }
+        counts.bytes.before += storedSize(image);
+        if (pack(image, *picture, originals)) ++counts.restored;
+        counts.bytes.after += storedSize(image);
     }
-    return restored;
+    return counts;
 }
 
 }   // namespace ostrel::pdf

@@ -25,8 +25,8 @@ struct Decoder {
         jpeg_create_decompress(&state);
         // A small file can ask for thousands of passes over a large picture.
         progress.progress_monitor = [](j_common_ptr c) {
-            constexpr int mostScans = 100;
-            if (reinterpret_cast<j_decompress_ptr>(c)->input_scan_number > mostScans) c->err->error_exit(c);
+            constexpr int maxScans = 100;
+            if (reinterpret_cast<j_decompress_ptr>(c)->input_scan_number > maxScans) c->err->error_exit(c);
         };
         state.progress = &progress;
     }

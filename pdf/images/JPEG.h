@@ -14,13 +14,13 @@ struct ImageSize {
 
 namespace jpeg {
 
-// Nothing when it is no JPEG whose colours every PDF viewer takes the same way: 8 bits, YCbCr, Huffman-coded.
+// nullopt unless it is a JPEG whose colours every PDF viewer takes the same way: 8 bits, YCbCr, Huffman-coded.
 std::optional<ImageSize> size(std::string_view file);
 
-// The pixels, 3 bytes each, rows from the top. Nothing unless the whole file decodes without a complaint.
+// The pixels, 3 bytes each, rows from the top. nullopt unless the whole file decodes without a warning.
 std::optional<std::string> decodedPixels(std::string_view file);
 
-// Whether those are its pixels; ends at the first row that differs.
+// Returns true if those are its pixels; ends at the first row that differs.
 bool decodesTo(std::string_view file, std::string_view pixels);
 
 // The file without camera data, previews, profiles and what follows the image; it decodes to the same pixels.

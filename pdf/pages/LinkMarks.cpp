@@ -1,6 +1,5 @@
 #include "pdf/pages/LinkMarks.h"
 
-#include "pdf/content/Streams.h"
 #include "pdf/pages/MarkReader.h"
 
 #include <algorithm>
@@ -8,6 +7,7 @@
 #include <map>
 #include <optional>
 #include <unordered_map>
+#include <utility>
 
 #include <qpdf/QPDFPageDocumentHelper.hh>
 #include <qpdf/QPDFPageObjectHelper.hh>
@@ -15,54 +15,33 @@
 namespace ostrel::pdf {
 namespace {
 
-// The engine puts a form where something is see-through as a whole. More of them within each other, or a file that
-// draws its forms over and over, are not its work.
-constexpr int deepestForm = 64;
-constexpr std::size_t mostFormsDrawn = 200'000;
+// The engine makes a form of what is transparent as a whole. More of them within each other, or a file that draws its
+// forms over and over, are not its work.
+constexpr int maxFormDepth = 64;
+constexpr std::size_t maxFormsDrawn = 200'000;
 
 // Pieces that stand this close, in points, touch: the engine rounds boxes to pixels.
 constexpr double touching = 1.5;
 
-std::string without(std::string_view content, const std::vector<std::pair<std::size_t, std::size_t>>& cuts) {
-    std::string kept;
-    kept.reserve(content.size());
-    std::size_t from = 0;
-    for (const auto& [begin, end] : cuts) {
-        kept += content.substr(from, begin - from);
-        from = end;
-    }
-    kept += content.substr(from);
-    return kept;
-}
+using MarkedContents = std::map<QPDFObjGen, Marked>;   // by stream
 
-// All content that the pages draw, read, and with it what to put in its place.
-struct ReadFile {
-    std::map<QPDFObjGen, Marked> streams;
-    std::vector<std::pair<QPDFObjectHandle, std::string>> unmarked;
-};
-
-std::optional<ReadFile> readContents(QPDF& file, const LinkOfColour& links) {
-    ReadFile all;
-    std::vector<std::pair<QPDFObjectHandle, QPDFObjectHandle>> waiting;   // with the resources
-    for (auto& page : QPDFPageDocumentHelper(file).getAllPages()) {
-        auto dict = page.getObjectHandle();
-        if (dict.getKey("/Contents").isArray()) page.coalesceContentStreams();
-        if (auto content = dict.getKey("/Contents"); content.isStream())
-            waiting.emplace_back(content, page.getAttribute("/Resources", false));
-    }
+// Reads all content that the pages draw.
+MarkedContents readContents(Contents& contents, const LinkOfColour& links) {
+    MarkedContents all;
+    std::vector<Content*> waiting;
+    for (auto& content : contents.all())
+        if (content.kind == Content::Kind::page) waiting.push_back(&content);
     while (!waiting.empty()) {
-        auto [stream, resources] = waiting.back();
+        auto& content = *waiting.back();
         waiting.pop_back();
-        const auto place = all.streams.try_emplace(stream.getObjGen());
+        const auto place = all.try_emplace(content.stream.getObjGen());
         if (!place.second) continue;
-        const auto text = decoded(stream);
-        if (!text) return std::nullopt;
-        auto marked = readMarks(*text, resources, links);
-        if (!marked) return std::nullopt;
-        if (!marked->cuts.empty()) all.unmarked.emplace_back(stream, without(*text, marked->cuts));
-        for (auto& used : marked->used) waiting.emplace_back(used, used.getDict().getKey("/Resources"));
-        marked->used.clear();
-        place.first->second = std::move(*marked);
+        const auto text = contents.textOf(content);
+        if (!text) throw UnreadableContent("content that cannot be unpacked");
+        auto marked = readMarks(*text, content.resources, links);
+        for (auto& used : std::exchange(marked.used, {}))
+            if (auto* const found = contents.find(used)) waiting.push_back(found);
+        place.first->second = std::move(marked);
     }
     return all;
 }
@@ -70,14 +49,14 @@ std::optional<ReadFile> readContents(QPDF& file, const LinkOfColour& links) {
 // Finds the pieces on a page, those within the forms it draws included.
 class PageWalk {
 public:
-    PageWalk(QPDF& file, const std::map<QPDFObjGen, Marked>& streams) : file_(file), streams_(streams) {}
+    PageWalk(QPDF& file, const MarkedContents& streams) : file_(file), streams_(streams) {}
 
     std::vector<Piece> piecesOn(QPDFObjectHandle content, const Box& paper) {
         found_.clear();
         visit(content.getObjGen(), QPDFMatrix(), paper, 0);
         return std::move(found_);
     }
-    bool gaveUp() const { return drawn_ > mostFormsDrawn; }
+    bool gaveUp() const { return drawn_ > maxFormsDrawn; }
 
 private:
     // What the rounding at the edge of a page leaves of a line that is on the other one.
@@ -85,14 +64,14 @@ private:
 
     void visit(QPDFObjGen stream, const QPDFMatrix& matrix, const Box& clip, int depth) {
         const auto at = streams_.find(stream);
-        if (at == streams_.end() || depth > deepestForm || gaveUp()) return;
+        if (at == streams_.end() || depth > maxFormDepth || gaveUp()) return;
         for (const auto& piece : at->second.pieces) {
             const auto whole = piece.box.movedBy(matrix), seen = whole.within(clip);
             if (!seen.isEmpty() && !isSliver(seen.width(), whole.width()) && !isSliver(seen.height(), whole.height()))
                 found_.push_back({piece.link, seen});
         }
         for (const auto& drawn : at->second.forms) {
-            if (++drawn_ > mostFormsDrawn) return;
+            if (++drawn_ > maxFormsDrawn) return;
             auto inner = matrix;
             inner.concat(drawn.matrix);
             if (auto own = file_.getObjectByObjGen(drawn.form).getDict().getKey("/Matrix"); own.isMatrix())
@@ -102,7 +81,7 @@ private:
     }
 
     QPDF& file_;
-    const std::map<QPDFObjGen, Marked>& streams_;
+    const MarkedContents& streams_;
     std::vector<Piece> found_;
     std::size_t drawn_ = 0;
 };
@@ -184,18 +163,22 @@ private:
 
 }   // namespace
 
-std::vector<LinkArea> takeLinkMarks(QPDF& file, const std::vector<LinkMark>& marks) {
+TakenMarks takeLinkMarks(QPDF& file, Contents& contents, const std::vector<LinkMark>& marks) {
     if (marks.empty()) return {};
     const MarksOfColours colours(marks);
-    auto contents = readContents(file, colours.links());
-    if (!contents) return {};
+    MarkedContents marked;
+    try {
+        marked = readContents(contents, colours.links());
+    } catch (const UnreadableContent& problem) {
+        return {{}, problem.what()};
+    }
 
     std::vector<MarkedArea> areas;
-    PageWalk walk(file, contents->streams);
+    PageWalk walk(file, marked);
     std::size_t number = 0;
     for (auto& page : QPDFPageDocumentHelper(file).getAllPages()) {
         auto box = page.getMediaBox();
-        if (!box.isRectangle()) return {};
+        if (!box.isRectangle()) return {{}, "a page without a size"};
         const auto paper = box.getArrayAsRectangle();
         auto pieces =
             walk.piecesOn(page.getObjectHandle().getKey("/Contents"), {paper.llx, paper.lly, paper.urx, paper.ury});
@@ -204,9 +187,12 @@ std::vector<LinkArea> takeLinkMarks(QPDF& file, const std::vector<LinkMark>& mar
                 {link, {number, place.left - paper.llx, paper.ury - place.top, place.width(), place.height(), ""}});
         ++number;
     }
-    const auto none = QPDFObjectHandle::newNull();
-    for (auto& [stream, text] : contents->unmarked) stream.replaceStreamData(text, none, none);   // to be packed later
-    return walk.gaveUp() ? std::vector<LinkArea>() : colours.linksOn(areas);
+    for (auto& content : contents.all())
+        if (const auto found = marked.find(content.stream.getObjGen());
+            found != marked.end() && found->second.withoutMarks)
+            contents.replace(content, std::move(*found->second.withoutMarks));
+    if (walk.gaveUp()) return {{}, "forms drawn too often"};
+    return {colours.linksOn(areas), {}};
 }
 
 }   // namespace ostrel::pdf

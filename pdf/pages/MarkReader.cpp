@@ -1,38 +1,31 @@
 #include "pdf/pages/MarkReader.h"
 
-#include "pdf/content/Tokens.h"
+#include "pdf/content/ContentReader.h"
+#include "pdf/content/Resources.h"
+#include "pdf/content/Rewriter.h"
+#include "pdf/content/StateStack.h"
 
-#include <charconv>
+#include <array>
 #include <cmath>
-#include <iterator>
 
 namespace ostrel::pdf {
 namespace {
 
-// Follows place, clip and colour through one stream of content (ISO 32000-1 §8.4, §8.5).
+// Follows place, clip and colour through one content (ISO 32000-1 §8.4, §8.5).
 class MarkReader {
 public:
     MarkReader(QPDFObjectHandle resources, const LinkOfColour& links) : resources_(resources), links_(links) {}
 
-    std::optional<Marked> read(std::string_view content) {
-        Tokens tokens(content);
-        std::string_view name;
-        while (const auto token = tokens.next()) {
-            const auto at = static_cast<std::size_t>(token->text.data() - content.data());
-            if (token->kind == Token::Kind::name) name = token->text;
-            if (token->isNumber()) {
-                if (operands_.empty()) operandsAt_ = at;
-                if (operands_.size() < 6) operands_.push_back(number(token->text));
-            } else if (token->kind == Token::Kind::word) {
-                end_ = at + token->text.size();
-                begin_ = operands_.empty() ? at : operandsAt_;
-                if (!apply(token->text, name)) return std::nullopt;
-                operands_.clear();
-            }
+    Marked read(std::string_view content) {
+        ContentReader reader(content);
+        while (const auto operation = reader.next()) apply(*operation);
+        if (reader.isBroken()) throw UnreadableContent(std::string(reader.problem()));
+        if (!paintsInMarkColours_)
+            for (const auto& [begin, end] : colourChanges_) marks_.cut(begin, end);
+        if (!marks_.isEmpty()) {
+            found_.withoutMarks = marks_.rewritten(content);
+            if (!found_.withoutMarks) throw UnreadableContent("marks within each other");
         }
-        if (tokens.isBroken()) return std::nullopt;
-        if (!paintsInMarkColours_) std::ranges::copy(colourChanges_, std::back_inserter(found_.cuts));
-        std::ranges::sort(found_.cuts);
         return std::move(found_);
     }
 
@@ -43,80 +36,138 @@ private:
         std::optional<std::size_t> fill, stroke;   // the links whose colours these are
         double alpha = 1;                          // of what is filled
     };
+    struct Place {
+        std::size_t begin, end;
+    };
 
-    static double number(std::string_view word) {
-        if (word.starts_with('+')) word.remove_prefix(1);
-        double value = 0;
-        std::from_chars(word.data(), word.data() + word.size(), value);
-        return value;
+    void apply(const Operation& operation) {
+        if (path(operation)) return;
+        // Nothing else may come between the parts of a path. Viewers draw what does come, so the path must stay.
+        if (pathAt_) isInterrupted_ = true;
+        if (state_.follow(operation)) return;
+        switch (operation.op) {
+            case "cm"_op:
+                if (const auto n = operation.numbers<6>())
+                    state_->matrix.concat(QPDFMatrix((*n)[0], (*n)[1], (*n)[2], (*n)[3], (*n)[4], (*n)[5]));
+                break;
+            case "rg"_op:
+                state_->fill = colour(operation);
+                break;
+            case "RG"_op:
+                state_->stroke = colour(operation);
+                break;
+            case "scn"_op:
+                use(resources_.find("/Pattern", operation.name()));
+                [[fallthrough]];
+            case "g"_op:
+            case "k"_op:
+            case "cs"_op:
+            case "sc"_op:
+                state_->fill.reset();
+                break;
+            case "SCN"_op:
+                use(resources_.find("/Pattern", operation.name()));
+                [[fallthrough]];
+            case "G"_op:
+            case "K"_op:
+            case "CS"_op:
+            case "SC"_op:
+                state_->stroke.reset();
+                break;
+            case "gs"_op:
+                setState(resources_.find("/ExtGState", operation.name()));
+                break;
+            case "Do"_op:
+                draw(resources_.find("/XObject", operation.name()));
+                break;
+            case "Tj"_op:
+            case "TJ"_op:
+            case "'"_op:
+            case "\""_op:
+                paints();
+                break;
+            default:
+                break;
+        }
     }
 
-    bool apply(std::string_view op, std::string_view name) {
-        const auto& n = operands_;
-        const auto count = n.size();
-        if (op == "q") {
-            saved_.push_back(now_);
-        } else if (op == "Q") {
-            if (saved_.empty()) return false;
-            now_ = saved_.back();
-            saved_.pop_back();
-        } else if (op == "cm" && count == 6) {
-            now_.matrix.concat(QPDFMatrix(n[0], n[1], n[2], n[3], n[4], n[5]));
-        } else if (op == "rg" || op == "RG") {
-            const auto link = count == 3 ? linkOf(n[0], n[1], n[2]) : std::nullopt;
-            (op == "rg" ? now_.fill : now_.stroke) = link;
-            if (link) colourChanges_.emplace_back(begin_, end_);
-        } else if (op == "g" || op == "k" || op == "cs" || op == "sc" || op == "scn") {
-            now_.fill.reset();
-            if (op == "scn") use(resource("/Pattern", name));
-        } else if (op == "G" || op == "K" || op == "CS" || op == "SC" || op == "SCN") {
-            now_.stroke.reset();
-            if (op == "SCN") use(resource("/Pattern", name));
-        } else if (op == "gs") {
-            auto state = resource("/ExtGState", name);
-            if (auto alpha = state.getKey("/ca"); alpha.isNumber()) now_.alpha = alpha.getNumericValue();
-            if (auto mask = state.getKey("/SMask"); mask.isDictionary()) use(mask.getKey("/G"));
-        } else if (op == "Do") {
-            paints();
-            auto form = resource("/XObject", name);
-            if (form.isStream() && form.getDict().getKey("/Subtype").isNameAndEquals("/Form")) {
-                use(form);
-                found_.forms.push_back({form.getObjGen(), now_.matrix, now_.clip});
-            }
-        } else if (op == "Tj" || op == "TJ" || op == "'" || op == "\"") {
-            paints();
-        } else if (op == "BI") {
-            return false;   // an inline image's bytes can look like anything
-        } else {
-            path(op);
+    // Returns false if the operation does not belong to a path.
+    bool path(const Operation& operation) {
+        switch (operation.op) {
+            case "re"_op:
+                rectangle(operation);
+                return true;
+            case "m"_op:
+            case "l"_op:
+                points<2>(operation);
+                return true;
+            case "v"_op:
+            case "y"_op:
+                points<4>(operation);
+                return true;
+            case "c"_op:
+                points<6>(operation);
+                return true;
+            case "h"_op:
+                return true;
+            case "W"_op:
+            case "W*"_op:
+                clips_ = true;
+                return true;
+            case "f"_op:
+            case "f*"_op:
+            case "F"_op:
+                fill(operation.end);
+                return true;
+            case "n"_op:
+                endPath();
+                return true;
+            case "S"_op:
+            case "s"_op:
+            case "B"_op:
+            case "B*"_op:
+            case "b"_op:
+            case "b*"_op:
+                paints();
+                endPath();
+                return true;
+            default:
+                return false;
         }
-        return true;
     }
 
-    void path(std::string_view op) {
-        const auto& n = operands_;
-        if (op == "re" && n.size() == 4) {
-            point(n[0], n[1]);
-            point(n[0] + n[2], n[1] + n[3]);
-            point(n[0] + n[2], n[1]);
-            point(n[0], n[1] + n[3]);
-        } else if (op == "m" || op == "l" || op == "c" || op == "v" || op == "y") {
-            for (std::size_t i = 0; i + 1 < n.size(); i += 2) point(n[i], n[i + 1]);
-        } else if (op == "W" || op == "W*") {
-            clips_ = true;
-        } else if (op == "f" || op == "f*" || op == "F") {
-            fill();
-        } else if (op == "n") {
-            endPath();
-        } else if (op == "S" || op == "s" || op == "B" || op == "B*" || op == "b" || op == "b*") {
-            paints();
-            endPath();
-        }
+    void rectangle(const Operation& operation) {
+        const auto n = operation.numbers<4>();
+        if (!n) return begin(operation);
+        const auto& [x, y, width, height] = *n;
+        point(operation, x, y);
+        point(operation, x + width, y + height);
+        point(operation, x + width, y);
+        point(operation, x, y + height);
+    }
+
+    template <std::size_t count>
+    void points(const Operation& operation) {
+        const auto n = operation.numbers<count>();
+        if (!n) return begin(operation);
+        for (std::size_t i = 0; i < count; i += 2) point(operation, (*n)[i], (*n)[i + 1]);
+    }
+
+    // A part of a path without its numbers: viewers differ about what it means.
+    void begin(const Operation& operation) {
+        if (!pathAt_) pathAt_ = operation.begin;
+        isInterrupted_ = true;
+    }
+
+    void point(const Operation& operation, double x, double y) {
+        if (!pathAt_) pathAt_ = operation.begin;
+        state_->matrix.transform(x, y, x, y);
+        path_.add(x, y);
     }
 
     // Something that stays on the page.
     void paints() {
-        if (now_.fill || now_.stroke) paintsInMarkColours_ = true;
+        if (state_->fill || state_->stroke) paintsInMarkColours_ = true;
     }
 
     // Patterns that are but shadings, and pictures, hold no content.
@@ -124,17 +175,27 @@ private:
         if (content.isStream() && content.isIndirect()) found_.used.push_back(content);
     }
 
-    void point(double x, double y) {
-        if (!pathAt_) pathAt_ = begin_;
-        now_.matrix.transform(x, y, x, y);
-        path_.add(x, y);
+    void setState(QPDFObjectHandle parameters) {
+        if (!parameters.isDictionary()) {
+            state_->alpha = 1;   // unknown, so nothing that is taken for a mark
+            return;
+        }
+        if (auto alpha = parameters.getKey("/ca"); alpha.isNumber()) state_->alpha = alpha.getNumericValue();
+        if (auto mask = parameters.getKey("/SMask"); mask.isDictionary()) use(mask.getKey("/G"));
     }
 
-    void fill() {
-        const bool isMark = now_.fill && now_.alpha > 0 && now_.alpha * 255 < 1.05 && pathAt_ && !clips_;
-        if (isMark) {
-            found_.pieces.push_back({*now_.fill, path_.within(now_.clip)});
-            found_.cuts.emplace_back(*pathAt_, end_);
+    void draw(QPDFObjectHandle object) {
+        paints();
+        if (!object.isStream() || !object.getDict().getKey("/Subtype").isNameAndEquals("/Form")) return;
+        use(object);
+        found_.forms.push_back({object.getObjGen(), state_->matrix, state_->clip});
+    }
+
+    void fill(std::size_t end) {
+        const bool isFaint = state_->alpha > 0 && state_->alpha * 255 < 1.05;
+        if (state_->fill && isFaint && pathAt_ && !clips_ && !isInterrupted_) {
+            found_.pieces.push_back({*state_->fill, path_.within(state_->clip)});
+            marks_.cut(*pathAt_, end);
         } else {
             paints();
         }
@@ -142,46 +203,48 @@ private:
     }
 
     void endPath() {
-        if (clips_) now_.clip = now_.clip.within(path_);
+        if (clips_) state_->clip = state_->clip.within(path_);
         clips_ = false;
+        isInterrupted_ = false;
         pathAt_.reset();
         path_ = Box::nothing();
     }
 
-    std::optional<std::size_t> linkOf(double red, double green, double blue) const {
+    // The link that has the colour set here.
+    std::optional<std::size_t> colour(const Operation& operation) {
+        const auto parts = operation.numbers<3>();
+        if (!parts) return std::nullopt;
         std::uint32_t colour = 0;
-        for (const double part : {red, green, blue}) {
+        for (const double part : *parts) {
             const double level = std::round(part * 255);
             if (!(level >= 0 && level <= 255) || std::abs(part * 255 - level) > 0.05) return std::nullopt;
             colour = colour << 8 | static_cast<std::uint32_t>(level);
         }
         const auto found = links_.find(colour);
-        return found == links_.end() ? std::nullopt : std::optional(found->second);
+        if (found == links_.end()) return std::nullopt;
+        colourChanges_.push_back({operation.begin, operation.end});
+        return found->second;
     }
 
-    QPDFObjectHandle resource(const char* kind, std::string_view name) {
-        auto all = resources_.isDictionary() ? resources_.getKey(kind) : QPDFObjectHandle::newNull();
-        auto one = all.isDictionary() ? all.getKey("/" + std::string(name)) : QPDFObjectHandle::newNull();
-        return one.isNull() ? QPDFObjectHandle::newDictionary() : one;
-    }
-
-    QPDFObjectHandle resources_;
+    Resources resources_;
     const LinkOfColour& links_;
     Marked found_;
-    State now_;
-    std::vector<State> saved_;
-    std::vector<double> operands_;
-    std::size_t operandsAt_ = 0, begin_ = 0, end_ = 0;   // of the operator at hand
+    Rewriter marks_;
+    StateStack<State> state_;
+
+    // The path under way.
     std::optional<std::size_t> pathAt_;
     Box path_ = Box::nothing();
     bool clips_ = false;
-    std::vector<std::pair<std::size_t, std::size_t>> colourChanges_;   // to those of marks
-    bool paintsInMarkColours_ = false;                                 // also something else
+    bool isInterrupted_ = false;
+
+    std::vector<Place> colourChanges_;   // to colours of marks
+    bool paintsInMarkColours_ = false;   // also something else
 };
 
 }   // namespace
 
-std::optional<Marked> readMarks(std::string_view content, QPDFObjectHandle resources, const LinkOfColour& links) {
+Marked readMarks(std::string_view content, QPDFObjectHandle resources, const LinkOfColour& links) {
     return MarkReader(resources, links).read(content);
 }
 

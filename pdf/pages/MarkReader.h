@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <limits>
 #include <optional>
+#include <stdexcept>
+#include <string>
 #include <string_view>
 #include <unordered_map>
 #include <utility>
@@ -56,18 +58,23 @@ struct DrawnForm {
     Box clip;
 };
 
-// What one stream of content holds, in its own space.
+// What one content holds, in its own space.
 struct Marked {
     std::vector<Piece> pieces;
     std::vector<DrawnForm> forms;
-    std::vector<QPDFObjectHandle> used;                      // all content that it draws with, forms included
-    std::vector<std::pair<std::size_t, std::size_t>> cuts;   // begin and end of what only draws marks, ascending
+    std::vector<QPDFObjectHandle> used;        // all content that it draws with, forms included
+    std::optional<std::string> withoutMarks;   // the new content; nullopt: it stays as it is
 };
 
 using LinkOfColour = std::unordered_map<std::uint32_t, std::size_t>;   // by 0xRRGGBB
 
-// Finds the marks in one stream of content. resources: what its names are looked up in. Nothing when the content is not
-// understood. Linear in it.
-std::optional<Marked> readMarks(std::string_view content, QPDFObjectHandle resources, const LinkOfColour& links);
+// what(): why the content cannot be followed.
+class UnreadableContent : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+// Finds the marks in one content. resources: what its names stand for. Linear in the content. Throws UnreadableContent.
+Marked readMarks(std::string_view content, QPDFObjectHandle resources, const LinkOfColour& links);
 
 }   // namespace ostrel::pdf

@@ -1,6 +1,6 @@
 #include "pdf/pages/Pages.h"
 
-#include "pdf/content/Streams.h"
+#include "pdf/content/Hex.h"
 #include "platform/Text.h"
 #include "platform/Translation.h"
 
@@ -23,11 +23,11 @@ using Rectangle = QPDFObjectHandle::Rectangle;   // corners in points, y upwards
 // How a printed page comes onto the paper.
 class Placement {
 public:
-    Placement(const Rectangle& printed, const Paper& paper)
-        : matrix_(paper.scale, 0, 0, paper.scale, 0 - printed.llx * paper.scale,
-                  paper.height - printed.ury * paper.scale),
+    Placement(const Rectangle& printed, const PageLayout& layout)
+        : matrix_(layout.scale, 0, 0, layout.scale, 0 - printed.llx * layout.scale,
+                  layout.height - printed.ury * layout.scale),
           printed_(printed),
-          paper_(0, 0, paper.width, paper.height) {}
+          paper_(0, 0, layout.width, layout.height) {}
 
     // A thousandth of a point is far below what any printer shows.
     bool isIdentity() const {
@@ -36,7 +36,7 @@ public:
     const QPDFMatrix& matrix() const { return matrix_; }
     const Rectangle& paper() const { return paper_; }
 
-    // Nothing when no part of the area is on the paper.
+    // nullopt if no part of the area is on the paper.
     std::optional<Rectangle> place(const LinkArea& area) const {
         const double left = printed_.llx + area.x, top = printed_.ury - area.y;
         auto placed = matrix_.transformRectangle({left, top - area.height, left + area.width, top});
@@ -56,7 +56,7 @@ private:
 // A pattern is anchored to the page itself and does not follow what the content does to its coordinates.
 class ScaledPatterns {
 public:
-    explicit ScaledPatterns(QPDF& file) : file_(file) {}
+    ScaledPatterns(QPDF& file, Contents& contents) : file_(file), contents_(contents) {}
 
     void scaleIn(QPDFObjectHandle resources, const QPDFMatrix& matrix) {
         auto patterns = resources.getKey("/Pattern");
@@ -70,7 +70,7 @@ private:
     QPDFObjectHandle scaled(QPDFObjectHandle pattern, const QPDFMatrix& matrix) {
         const auto key = std::pair(pattern.getObjGen(), matrix.unparse());
         if (const auto known = copies_.find(key); pattern.isIndirect() && known != copies_.end()) return known->second;
-        auto copy = pattern.isStream() ? pattern.copyStream() : pattern.shallowCopy();
+        auto copy = pattern.isStream() ? contents_.copy(pattern) : pattern.shallowCopy();
         auto dict = copy.isStream() ? copy.getDict() : copy;
         auto whole = matrix;
         if (auto own = dict.getKey("/Matrix"); own.isMatrix()) whole.concat(QPDFMatrix(own.getArrayAsMatrix()));
@@ -81,20 +81,9 @@ private:
     }
 
     QPDF& file_;
+    Contents& contents_;
     std::map<std::pair<QPDFObjGen, std::string>, QPDFObjectHandle> copies_;
 };
-
-// The page's content as one stream of its own. Throws what libqpdf throws.
-std::string contentOf(QPDFPageObjectHelper& page) {
-    std::string all;
-    for (auto& part : page.getPageContents()) {
-        auto text = decoded(part);
-        if (!text) throw std::runtime_error(i18n::tr("its content cannot be decoded"));
-        all += *text;
-        all += '\n';
-    }
-    return all;
-}
 
 // The operator that applies the matrix to what follows. The matrix would round itself to five digits.
 std::string transform(const QPDFMatrix& m) {
@@ -103,12 +92,14 @@ std::string transform(const QPDFMatrix& m) {
     return text + "cm\n";
 }
 
-void place(QPDF& file, QPDFPageObjectHelper& page, const Placement& placement, ScaledPatterns& patterns) {
+void place(Contents& contents, QPDFPageObjectHelper& page, const Placement& placement, ScaledPatterns& patterns) {
     auto dict = page.getObjectHandle();
     if (!placement.isIdentity()) {
-        auto content = contentOf(page);
-        content.insert(0, transform(placement.matrix()));
-        dict.replaceKey("/Contents", QPDFObjectHandle::newStream(&file, content));
+        if (auto* const content = contents.find(dict.getKey("/Contents"))) {
+            const auto text = contents.textOf(*content);
+            if (!text) throw std::runtime_error(i18n::tr("its content cannot be decoded"));
+            contents.replace(*content, transform(placement.matrix()) + *text + '\n');
+        }
         if (auto resources = dict.getKey("/Resources"); resources.isDictionary()) {
             resources = resources.shallowCopy();
             patterns.scaleIn(resources, placement.matrix());
@@ -123,6 +114,7 @@ void place(QPDF& file, QPDFPageObjectHelper& page, const Placement& placement, S
         }
     }
     dict.replaceKey("/MediaBox", QPDFObjectHandle::newArray(placement.paper()));
+    if (auto* const content = contents.find(dict.getKey("/Contents"))) content->resources = dict.getKey("/Resources");
 }
 
 // Written out here and handed on as one token: a mail with thousands of links would spend most of its time on the
@@ -148,29 +140,28 @@ std::string linkTarget(std::string_view url) {
     if (std::ranges::find(schemes, text::lowerASCII(url.substr(0, colon))) == schemes.end()) return {};
     std::string target;
     for (const char c : url) {
-        static constexpr std::string_view digits = "0123456789ABCDEF";
         const auto byte = static_cast<unsigned char>(c);
         if (byte > 0x20 && byte < 0x7F)
             target += c;
         else
-            target += {'%', digits[byte >> 4], digits[byte & 15]};
+            hex::append(target += '%', byte, 2);
     }
     return target;
 }
 
-std::size_t layOutPages(QPDF& file, const Paper& paper, const std::vector<LinkArea>& links) {
+std::size_t layOutPages(QPDF& file, Contents& contents, const PageLayout& layout, const std::vector<LinkArea>& links) {
     std::map<std::size_t, std::vector<const LinkArea*>> linksOf;
     for (const auto& link : links) linksOf[link.page].push_back(&link);
 
     QPDFPageDocumentHelper document(file);
     document.pushInheritedAttributesToPage();
-    ScaledPatterns patterns(file);
+    ScaledPatterns patterns(file, contents);
     std::size_t number = 0, placedLinks = 0;
     for (auto& page : document.getAllPages()) {
         auto box = page.getMediaBox();
         if (!box.isRectangle()) throw std::runtime_error(i18n::tr("a page has no size"));
-        const Placement placement(box.getArrayAsRectangle(), paper);
-        place(file, page, placement, patterns);
+        const Placement placement(box.getArrayAsRectangle(), layout);
+        place(contents, page, placement, patterns);
 
         std::vector<QPDFObjectHandle> annotations;
         for (const auto* link : linksOf[number++]) {

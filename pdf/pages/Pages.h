@@ -1,6 +1,7 @@
 #pragma once
 
 #include "pdf/Links.h"
+#include "pdf/content/Contents.h"
 
 #include <cstddef>
 #include <string>
@@ -11,15 +12,15 @@
 
 namespace ostrel::pdf {
 
-// The paper that every page ends up on, in points, and its scale: final size over printed size.
-struct Paper {
+// The paper that every page ends up on, in points, and final size over printed size.
+struct PageLayout {
     double width = 595, height = 842;
     double scale = 1;
 };
 
-// Brings every page onto the paper: what stood in the top left corner stays there, everything else moves by the scale.
+// Brings every page onto its paper: what stood in the top left corner stays there, everything else moves by the scale.
 // Then puts the links on. Returns the number of links added.
-std::size_t layOutPages(QPDF& file, const Paper& paper, const std::vector<LinkArea>& links);
+std::size_t layOutPages(QPDF& file, Contents& contents, const PageLayout& layout, const std::vector<LinkArea>& links);
 
 // Returns the address as a PDF stores it: ASCII, everything else percent-encoded. Empty unless it is http, https or
 // mailto.

@@ -1,14 +1,15 @@
 #include "pdf/text/Clusters.h"
 
 #include "fonts/HarfBuzz.h"
-#include "pdf/content/Contents.h"
+#include "pdf/content/ContentReader.h"
+#include "pdf/content/Hex.h"
+#include "pdf/content/Resources.h"
+#include "pdf/content/Rewriter.h"
+#include "pdf/content/StateStack.h"
 #include "pdf/content/Streams.h"
-#include "pdf/content/Tokens.h"
-#include "pdf/fonts/ToUnicode.h"
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <map>
 #include <memory>
 #include <optional>
@@ -20,8 +21,8 @@
 namespace ostrel::pdf {
 namespace {
 
-constexpr std::size_t mostWords = 50'000, longestWord = 400;   // beyond it is no mail that somebody searches
-constexpr std::size_t longestCluster = 24;                     // in glyphs
+constexpr std::size_t maxWords = 50'000, maxWordLength = 400;   // beyond it is no mail that somebody searches
+constexpr std::size_t maxClusterGlyphs = 24;
 
 using namespace harfBuzz;
 
@@ -34,7 +35,7 @@ std::set<std::u32string> wordsOf(const std::u32string& text) {
     std::u32string word;
     hb_script_t script = HB_SCRIPT_INVALID;
     const auto end = [&] {
-        if (!word.empty() && word.size() <= longestWord && words.size() < mostWords) words.insert(word);
+        if (!word.empty() && word.size() <= maxWordLength && words.size() < maxWords) words.insert(word);
         word.clear();
     };
     for (const char32_t c : text) {
@@ -63,7 +64,7 @@ public:
     }
 
     struct Cluster {
-        std::string text;      // in hexadecimal digits
+        std::u16string text;
         bool isTold = false;   // the glyphs say it by themselves
     };
 
@@ -99,14 +100,14 @@ private:
             for (; at < count && shaped[at].cluster == begin; ++at)
                 glyphs += static_cast<char16_t>(shaped[at].codepoint);
             const auto end = at < count ? shaped[at].cluster : static_cast<std::uint32_t>(word.size());
-            if (end > begin) put(std::move(glyphs), hexText(std::u32string_view(word).substr(begin, end - begin)));
+            if (end > begin) put(std::move(glyphs), utf16(std::u32string_view(word).substr(begin, end - begin)));
         }
     }
 
     // Of texts that look the same the first found stays.
-    void put(Glyphs glyphs, std::string text) {
-        if (glyphs.size() > longestCluster) return;
-        std::string told;
+    void put(Glyphs glyphs, std::u16string text) {
+        if (glyphs.size() > maxClusterGlyphs) return;
+        std::u16string told;
         for (const char16_t glyph : glyphs)
             if (const auto found = told_.find(glyph); found != told_.end()) told += found->second;
         longest_ = std::max(longest_, glyphs.size());
@@ -122,24 +123,12 @@ private:
     std::size_t longest_ = 0;
 };
 
-bool isClusteredText(std::string_view hex) {
-    for (; hex.size() >= 4; hex.remove_prefix(4)) {
-        std::uint32_t unit = 0;
-        std::from_chars(hex.data(), hex.data() + 4, unit, 16);
-        if (isClustered(unit)) return true;
-    }
-    return false;
-}
-
-// Nothing for fonts that do not matter here, or of which the codes are not simply glyphs.
-std::unique_ptr<Reading> readingOf(QPDFObjectHandle font, const std::set<std::u32string>& words) {
+// Null for fonts that do not matter here, or of which the codes are not simply glyphs.
+std::unique_ptr<Reading> readingOf(QPDFObjectHandle font, FontTexts& texts, const std::set<std::u32string>& words) {
     if (!font.isDictionary() || !font.getKey("/Encoding").isNameAndEquals("/Identity-H")) return nullptr;
-    auto toUnicode = font.getKey("/ToUnicode");
-    const auto cmap = toUnicode.isStream() ? decoded(toUnicode) : std::nullopt;
-    auto map = cmap ? parseToUnicode(*cmap) : std::nullopt;
-    if (!map || map->codeBytes != 2 ||
-        std::ranges::none_of(map->texts, [](const auto& entry) { return isClusteredText(entry.second); }))
-        return nullptr;
+    const auto* const map = texts.of(font);
+    const auto isInCluster = [](const auto& entry) { return std::ranges::any_of(entry.second, isClustered); };
+    if (!map || map->codeBytes != 2 || std::ranges::none_of(map->texts, isInCluster)) return nullptr;
     auto descendants = font.getKey("/DescendantFonts");
     if (!descendants.isArray() || descendants.getArrayNItems() != 1) return nullptr;
     auto descendant = descendants.getArrayItem(0);
@@ -152,82 +141,87 @@ std::unique_ptr<Reading> readingOf(QPDFObjectHandle font, const std::set<std::u3
                                       nullptr, nullptr));
     const FacePtr face(hb_face_create(copy.get(), 0));
     FontPtr shaper(hb_font_create(face.get()));
-    return std::make_unique<Reading>(std::move(shaper), std::move(map->texts), words);
+    return std::make_unique<Reading>(std::move(shaper), map->texts, words);
 }
 
 class Readings {
 public:
-    explicit Readings(const PageText& page) : words_(wordsOf(page.text)) {}
+    Readings(FontTexts& texts, const PageText& page) : texts_(texts), words_(wordsOf(page.text)) {}
     bool isEmpty() const { return words_.empty(); }
 
-    // Null when there is nothing to tell of the font.
+    // Null if there is nothing to tell of the font.
     const Reading* of(QPDFObjectHandle font) {
         if (!font.isIndirect()) return nullptr;
         const auto place = readings_.try_emplace(font.getObjGen());
-        if (place.second) place.first->second = readingOf(font, words_);
+        if (place.second) place.first->second = readingOf(font, texts_, words_);
         return place.first->second.get();
     }
 
 private:
+    FontTexts& texts_;
     std::set<std::u32string> words_;
     std::map<QPDFObjGen, std::unique_ptr<Reading>> readings_;
 };
 
-// Goes through one stream of content and puts marks round the glyphs of clusters.
+// Goes through one content and puts marks round the glyphs of clusters.
 class Namer {
 public:
     Namer(std::string_view content, QPDFObjectHandle resources, Readings& readings)
         : content_(content), resources_(resources), readings_(readings) {}
 
-    // Nothing when there was nothing to say.
+    // nullopt if there was nothing to say.
     std::optional<std::string> named() {
-        Tokens tokens(content_);
-        std::string_view name;
-        std::optional<Token> text;
-        while (const auto token = tokens.next()) {
-            if (token->kind == Token::Kind::name) name = token->text;
-            if (token->kind == Token::Kind::string) text = token;
-            if (token->kind != Token::Kind::word || token->isNumber()) continue;
-            const auto end = static_cast<std::size_t>(token->text.data() + token->text.size() - content_.data());
-            if (token->text == "Tj" && reading_ && text && text->isHex && text->text.size() % 4 == 0) {
-                show(text->text, end);
-            } else if (token->text != "Td") {
-                endRun();
-                if (token->text == "Tf") reading_ = readings_.of(fontNamed(name));
-                if (token->text == "q" || token->text == "Q" || token->text == "gs") reading_ = nullptr;
-            }
-            text.reset();
+        ContentReader reader(content_);
+        while (const auto operation = reader.next()) {
+            if (operation->op == "Tj"_op && show(*operation)) continue;
+            if (operation->op == "Td"_op) continue;
+            endRun();
+            if (!font_.follow(*operation)) setFont(*operation);
         }
         endRun();
-        if (tokens.isBroken() || result_.empty()) return std::nullopt;
-        return result_ += content_.substr(copied_);
+        return reader.isBroken() || marks_.isEmpty() ? std::nullopt : marks_.rewritten(content_);
     }
 
 private:
+    struct Font {
+        const Reading* reading = nullptr;
+    };
     struct Shown {
         std::size_t code;       // where its digits are
         bool isFirst, isLast;   // of its string
-        std::size_t end;        // of the operator
+        std::size_t end;        // of the operation
     };
 
-    void show(std::string_view digits, std::size_t end) {
-        const auto start = static_cast<std::size_t>(digits.data() - content_.data());
+    void setFont(const Operation& operation) {
+        if (operation.op == "Tf"_op) font_->reading = readings_.of(resources_.find("/Font", operation.name()));
+        if (operation.op != "gs"_op) return;
+        auto state = resources_.find("/ExtGState", operation.name());
+        if (!state.isDictionary() || state.hasKey("/Font")) font_->reading = nullptr;
+    }
+
+    // Returns false if this is not a plain list of glyphs in a font that matters.
+    bool show(const Operation& operation) {
+        if (!font_->reading || operation.operands.size() != 1 || !operation.operands[0].isHex) return false;
+        const auto digits = operation.operands[0].text;
+        if (digits.size() % 4 != 0 || std::ranges::any_of(digits, [](char c) { return hex::digit(c) < 0; }))
+            return false;
+        const auto start = operation.operands[0].begin + 1;
         for (std::size_t i = 0; i < digits.size(); i += 4) {
-            std::uint16_t glyph = 0;
-            const auto read = std::from_chars(digits.data() + i, digits.data() + i + 4, glyph, 16);
-            if (read.ptr != digits.data() + i + 4) return endRun();
+            int glyph = 0;
+            for (const char c : digits.substr(i, 4)) glyph = glyph * 16 + hex::digit(c);
             glyphs_ += static_cast<char16_t>(glyph);
-            shown_.push_back({start + i, i == 0, i + 4 == digits.size(), end});
+            shown_.push_back({start + i, i == 0, i + 4 == digits.size(), operation.end});
         }
+        return true;
     }
 
     // Clusters that follow each other are told together.
     void endRun() {
-        std::string text;
+        std::u16string text;
         std::size_t begin = 0;
         const std::u16string_view glyphs = glyphs_;
-        for (std::size_t at = 0; reading_ && at < glyphs.size();) {
-            const auto [cluster, length] = reading_->longest(glyphs.substr(at));
+        for (std::size_t at = 0; at < glyphs.size();) {
+            const auto [cluster, length] = font_->reading->longest(glyphs.substr(at));
             if (cluster && !cluster->isTold) {
                 if (text.empty()) begin = at;
                 text += cluster->text;
@@ -242,47 +236,47 @@ private:
     }
 
     // From the glyph that is begin up to the one that is end.
-    void mark(std::size_t begin, std::size_t end, const std::string& text) {
+    void mark(std::size_t begin, std::size_t end, std::u16string_view text) {
+        std::string open = "/Span<</ActualText<FEFF";
+        hex::append(open, text);
+        open += ">>>BDC ";
         const auto& first = shown_[begin];
         const auto& last = shown_[end - 1];
-        copyUpTo(first.isFirst ? first.code - 1 : first.code);
-        result_ += (first.isFirst ? "" : "> Tj ") + ("/Span<</ActualText<FEFF" + text + ">>>BDC ");
-        if (!first.isFirst) result_ += '<';
-        copyUpTo(last.isLast ? last.end : last.code + 4);
-        result_ += last.isLast ? " EMC" : "> Tj EMC <";
-    }
-
-    void copyUpTo(std::size_t place) {
-        result_ += content_.substr(copied_, place - copied_);
-        copied_ = place;
-    }
-
-    QPDFObjectHandle fontNamed(std::string_view name) {
-        auto fonts = resources_.isDictionary() ? resources_.getKey("/Font") : QPDFObjectHandle::newNull();
-        return fonts.isDictionary() ? fonts.getKey("/" + std::string(name)) : QPDFObjectHandle::newNull();
+        if (first.isFirst)
+            marks_.insert(first.code - 1, open);
+        else
+            marks_.insert(first.code, "> Tj " + open + "<");
+        if (last.isLast)
+            marks_.insert(last.end, " EMC");
+        else
+            marks_.insert(last.code + 4, "> Tj EMC <");
     }
 
     std::string_view content_;
-    QPDFObjectHandle resources_;
+    Resources resources_;
     Readings& readings_;
-    const Reading* reading_ = nullptr;
+    StateStack<Font> font_;
+    Rewriter marks_;
+
+    // Shown one after the other.
     Glyphs glyphs_;
     std::vector<Shown> shown_;
-    std::string result_;
-    std::size_t copied_ = 0;
 };
 
 }   // namespace
 
-void nameClusters(QPDF& file, const PageText& page) {
-    Readings readings(page);
-    if (readings.isEmpty()) return;
-    const auto none = QPDFObjectHandle::newNull();
-    for (auto& content : contentsOf(file)) {
-        const auto text = decoded(content.stream);
+std::size_t nameClusters(Contents& contents, FontTexts& texts, const PageText& page) {
+    Readings readings(texts, page);
+    std::size_t changed = 0;
+    if (readings.isEmpty()) return changed;
+    for (auto& content : contents.all()) {
+        const auto text = contents.textOf(content);
         auto named = text ? Namer(*text, content.resources, readings).named() : std::nullopt;
-        if (named) content.stream.replaceStreamData(*named, none, none);   // to be packed later
+        if (!named) continue;
+        contents.replace(content, std::move(*named));
+        ++changed;
     }
+    return changed;
 }
 
 }   // namespace ostrel::pdf

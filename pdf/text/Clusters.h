@@ -1,14 +1,17 @@
 #pragma once
 
+#include "pdf/content/Contents.h"
+#include "pdf/fonts/FontTexts.h"
 #include "pdf/text/PageText.h"
 
-#include <qpdf/QPDF.hh>
+#include <cstddef>
 
 namespace ostrel::pdf {
 
 // In scripts that join characters to clusters the engine tells no text for glyphs that no single character has, and the
-// glyphs stand in the order drawn. Shapes the words of the page with the fonts of the file (which must be whole yet),
-// and where glyphs come out as they are drawn says what they read (ActualText, ISO 32000-1 §14.9.4).
-void nameClusters(QPDF& file, const PageText& page);
+// glyphs are in the order drawn. Shapes the words of the page with the file's fonts (which must still be whole), and
+// where the same glyphs are drawn says what they read (ActualText, ISO 32000-1 §14.9.4). Returns the number of contents
+// changed.
+std::size_t nameClusters(Contents& contents, FontTexts& texts, const PageText& page);
 
 }   // namespace ostrel::pdf

@@ -1,17 +1,15 @@
 #include "pdf/text/Emoji.h"
 
-#include "pdf/content/Streams.h"
-#include "pdf/fonts/ToUnicode.h"
-
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include <unicode/uchar.h>
+#include <unicode/utf16.h>
 
 namespace ostrel::pdf {
 namespace {
@@ -22,7 +20,7 @@ bool isTag(char32_t c) { return c >= 0xE0020 && c <= 0xE007F; }
 bool isPicture(char32_t c) { return u_hasBinaryProperty(static_cast<UChar32>(c), UCHAR_EMOJI_PRESENTATION); }
 bool isEmoji(char32_t c) { return u_hasBinaryProperty(static_cast<UChar32>(c), UCHAR_EMOJI); }
 
-constexpr char32_t picturePlease = 0xFE0F, keycap = 0x20E3, joiner = 0x200D;
+constexpr char32_t pictureSelector = 0xFE0F, keycap = 0x20E3, joiner = 0x200D;
 
 // One emoji (UTS #51 §1.4.9) from the beginning of the text; empty when there is none.
 std::u32string_view firstEmoji(std::u32string_view text) {
@@ -33,7 +31,7 @@ std::u32string_view firstEmoji(std::u32string_view text) {
         if (end > 0) ++end;   // the joiner
         if (!isEmoji(at(end))) return {};
         ++end;
-        if (at(end) == picturePlease) ++end;
+        if (at(end) == pictureSelector) ++end;
         if (at(end) == keycap || isSkin(at(end))) ++end;
         while (isTag(at(end))) ++end;
     } while (at(end) == joiner);
@@ -50,7 +48,7 @@ std::vector<Emoji> emojiOf(std::u32string_view text) {
     std::vector<Emoji> all;
     while (!text.empty()) {
         const auto emoji = firstEmoji(text);
-        const bool isSingle = emoji.size() == 1 || (emoji.size() == 2 && emoji[1] == picturePlease);
+        const bool isSingle = emoji.size() == 1 || (emoji.size() == 2 && emoji[1] == pictureSelector);
         if (isSingle && isPicture(emoji[0]))
             all.push_back({emoji[0], {}});
         else if (!isSingle && !emoji.empty())
@@ -60,24 +58,22 @@ std::vector<Emoji> emojiOf(std::u32string_view text) {
     return all;
 }
 
-// A font of pictures, and what its codes say.
+// A font of pictures.
 struct PictureFont {
     QPDFObjectHandle font;
-    ToUnicode map;
+    const ToUnicode* map;
     std::string prefix;                 // of its family
     std::map<int, std::string> names;   // of the glyphs by code
 };
 
-std::optional<PictureFont> pictureFont(QPDFObjectHandle font) {
-    auto descriptor = font.getKey("/FontDescriptor"), encoding = font.getKey("/Encoding"),
-         toUnicode = font.getKey("/ToUnicode");
+std::optional<PictureFont> pictureFont(QPDFObjectHandle font, FontTexts& texts) {
+    auto descriptor = font.getKey("/FontDescriptor"), encoding = font.getKey("/Encoding");
     auto name = descriptor.isDictionary() ? descriptor.getKey("/FontName") : QPDFObjectHandle::newNull();
     if (!name.isName() || name.getName().find("Emoji") == std::string::npos || !encoding.isDictionary()) return {};
-    const auto cmap = toUnicode.isStream() ? decoded(toUnicode) : std::nullopt;
-    auto map = cmap ? parseToUnicode(*cmap) : std::nullopt;
+    const auto* const map = texts.of(font);
     auto differences = encoding.getKey("/Differences");
     if (!map || map->codeBytes != 1 || !differences.isArray()) return {};
-    PictureFont found{font, std::move(*map), name.getName(), {}};
+    PictureFont found{font, map, name.getName(), {}};
     int code = 0;
     for (auto& item : differences.getArrayAsVector()) {
         if (item.isInteger())
@@ -88,33 +84,29 @@ std::optional<PictureFont> pictureFont(QPDFObjectHandle font) {
     return found;
 }
 
-// The one character that the hexadecimal digits tell, when that is one to be read and not a number of the font's own.
-std::optional<char32_t> toldCharacter(const std::string& hex) {
-    std::array<std::uint32_t, 2> units{};
-    if (hex.size() != 4 && hex.size() != 8) return std::nullopt;
-    for (std::size_t i = 0; i * 4 < hex.size(); ++i)
-        std::from_chars(hex.data() + i * 4, hex.data() + i * 4 + 4, units[i], 16);
-    char32_t c = units[0];
-    if (hex.size() == 8) {
-        if (units[0] >> 10 != 0x36 || units[1] >> 10 != 0x37) return std::nullopt;
-        c = 0x10000 + ((units[0] & 0x3FF) << 10) + (units[1] & 0x3FF);
-    }
+// The one character that this is, if it is one to be read and not a number of the font's own.
+std::optional<char32_t> toldCharacter(std::u16string_view text) {
+    char32_t c = 0;
+    if (text.size() == 1)
+        c = text[0];
+    else if (text.size() == 2 && U16_IS_LEAD(text[0]) && U16_IS_TRAIL(text[1]))
+        c = static_cast<char32_t>(U16_GET_SUPPLEMENTARY(text[0], text[1]));
     const bool isPrivate = c == 0 || (c >= 0xE000 && c <= 0xF8FF) || c >= 0xF0000;
     return isPrivate ? std::nullopt : std::optional(c);
 }
 
 class Naming {
 public:
-    Naming(QPDF& file, const GlyphUse& use) : file_(file), use_(use) {}
+    Naming(QPDF& file, FontTexts& texts, const GlyphUse& use) : file_(file), allTexts_(texts), use_(use) {}
 
-    // False when what is drawn is not what is written.
+    // Returns false if what is drawn is not what is written.
     bool pair(const std::vector<Emoji>& written) {
         std::size_t next = 0;
         for (const auto& drawn : use_.drawn()) {
             auto* const font = fontOf(drawn.font);
             if (!font) continue;
-            const auto told = font->map.texts.find(drawn.code);
-            const auto character = told == font->map.texts.end() ? std::nullopt : toldCharacter(told->second);
+            const auto told = font->map->texts.find(drawn.code);
+            const auto character = told == font->map->texts.end() ? std::nullopt : toldCharacter(told->second);
             if (character && !isPicture(*character)) continue;
             if (next == written.size()) return false;
             const auto& emoji = written[next++];
@@ -130,17 +122,16 @@ public:
     void write() {
         for (const auto& [id, texts] : texts_) {
             auto& font = *fonts_.at(id);
-            for (const auto& [code, text] : texts) font.map.texts[code] = hexText(text);
-            auto toUnicode = QPDFObjectHandle::newStream(&file_);
-            replaceDeflated(toUnicode, zlib::deflate(makeToUnicode(font.map), zlib::Effort::good));
-            font.font.replaceKey("/ToUnicode", toUnicode);
+            auto map = *font.map;
+            for (const auto& [code, text] : texts) map.texts[code] = utf16(text);
+            allTexts_.replace({font.font}, std::move(map));
         }
     }
 
 private:
     PictureFont* fontOf(QPDFObjGen id) {
         const auto place = fonts_.try_emplace(id);
-        if (place.second) place.first->second = pictureFont(file_.getObjectByObjGen(id));
+        if (place.second) place.first->second = pictureFont(file_.getObjectByObjGen(id), allTexts_);
         return place.first->second ? &*place.first->second : nullptr;
     }
 
@@ -150,6 +141,7 @@ private:
     }
 
     QPDF& file_;
+    FontTexts& allTexts_;
     const GlyphUse& use_;
     std::map<QPDFObjGen, std::optional<PictureFont>> fonts_;
     std::map<std::string, std::u32string> meanings_;
@@ -158,13 +150,16 @@ private:
 
 }   // namespace
 
-void nameEmoji(QPDF& file, const PageText& page, const GlyphUse& use) {
+std::string nameEmoji(QPDF& file, FontTexts& texts, const PageText& page, const GlyphUse& use) {
     const auto written = emojiOf(page.text);
-    if (!use.isComplete() || std::ranges::none_of(written, [](const Emoji& emoji) { return emoji.character == 0; }))
-        return;
-    Naming naming(file, use);
+    if (std::ranges::none_of(written, [](const Emoji& emoji) { return emoji.character == 0; })) return {};
+    if (!use.isComplete()) return use.whyIncomplete();
+    Naming naming(file, texts, use);
+    if (!naming.pair(written)) return "emoji are not drawn as they are written";
     // From right to left lines are drawn in another order than they are written.
-    if (naming.pair(written) && (!page.goesRightToLeft || naming.differentGlyphs() == 1)) naming.write();
+    if (page.goesRightToLeft && naming.differentGlyphs() != 1) return "emoji in text from right to left";
+    naming.write();
+    return {};
 }
 
 }   // namespace ostrel::pdf

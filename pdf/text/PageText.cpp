@@ -45,4 +45,13 @@ PageText pageText(std::string_view text) {
     return found;
 }
 
+std::u16string utf16(std::u32string_view text) {
+    std::u16string units;
+    for (const char32_t c : text) {
+        if (c >= 0x10000) units += static_cast<char16_t>(0xD800 + ((c - 0x10000) >> 10));
+        units += static_cast<char16_t>(c < 0x10000 ? c : 0xDC00 + ((c - 0x10000) & 0x3FF));
+    }
+    return units;
+}
+
 }   // namespace ostrel::pdf

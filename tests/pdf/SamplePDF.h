@@ -13,7 +13,7 @@ namespace ostrel::test {
 class SamplePDF {
 public:
     SamplePDF();
-    // dictionary in PDF syntax; answers the object to refer to.
+    // dictionary in PDF syntax; returns the object to refer to.
     QPDFObjectHandle object(const std::string& dictionary);
     QPDFObjectHandle stream(const std::string& dictionary, const std::string& content);
     // resources in PDF syntax; refer to objects with ref().

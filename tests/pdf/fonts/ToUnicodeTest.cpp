@@ -18,11 +18,11 @@ TEST(ToUnicode, ReadsPlainListsAndNothingElse) {
         {"single codes and ranges",
          "1 begincodespacerange\n<00> <FF>\nendcodespacerange\n1 beginbfchar\n<41> <D83DDE00>\nendbfchar\n"
          "1 beginbfrange\n<50> <52> <00FD>\nendbfrange\n",
-         ToUnicode{1, {{0x41, "D83DDE00"}, {0x50, "00FD"}, {0x51, "00FE"}, {0x52, "00FF"}}}},
+         ToUnicode{1, {{0x41, u"😀"}, {0x50, u"ý"}, {0x51, u"þ"}, {0x52, u"ÿ"}}}},
         {"nothing in it", "endcmap\n", ToUnicode{}},
         {"codes of two bytes",
          "1 begincodespacerange\n<0000> <FFFF>\nendcodespacerange\n1 beginbfrange\n<1041> <1042> <0041>\nendbfrange\n",
-         ToUnicode{2, {{0x1041, "0041"}, {0x1042, "0042"}}}},
+         ToUnicode{2, {{0x1041, u"A"}, {0x1042, u"B"}}}},
         {"codes of another length than they say", "1 beginbfchar\n<0041> <0041>\nendbfchar\n", std::nullopt},
         {"a range that counts past its last byte", "1 beginbfrange\n<50> <51> <00FF>\nendbfrange\n", std::nullopt},
         {"a range with a list", "1 beginbfrange\n<50> <51> [<0041> <0042>]\nendbfrange\n", std::nullopt},
@@ -37,8 +37,8 @@ TEST(ToUnicode, ReadsPlainListsAndNothingElse) {
 
 TEST(ToUnicode, WhatIsMadeReadsBackTheSame) {
     CodeTexts all;
-    for (int code = 0; code < 256; ++code) all[code] = code % 2 ? "4E00" : "0066FB01";
-    for (const auto& map : {ToUnicode{}, ToUnicode{1, {{0, "0041"}}}, ToUnicode{1, all}, ToUnicode{2, all}})
+    for (int code = 0; code < 256; ++code) all[code] = code % 2 ? u"一" : u"fﬁ😀";
+    for (const auto& map : {ToUnicode{}, ToUnicode{1, {{0, u"A"}}}, ToUnicode{1, all}, ToUnicode{2, all}})
         EXPECT_EQ(pdf::parseToUnicode(pdf::makeToUnicode(map)), map);
 }
 
@@ -60,9 +60,9 @@ TEST(ToUnicode, LookAlikesBecomeWhatPeopleType) {
     };
     for (const auto& row : rows) EXPECT_EQ(pdf::asTyped(row.given), row.typed) << row.why;
 
-    ToUnicode map{2, {{3, "0041"}, {4, "2F47"}}};
+    ToUnicode map{2, {{3, u"A"}, {4, u"\u2F47"}}};
     EXPECT_TRUE(pdf::makeTyped(map));
-    EXPECT_EQ(map, (ToUnicode{2, {{3, "0041"}, {4, "65E5"}}}));
+    EXPECT_EQ(map, (ToUnicode{2, {{3, u"A"}, {4, u"日"}}}));
     EXPECT_FALSE(pdf::makeTyped(map));
 }
 
