@@ -269,6 +269,8 @@ Finisher::Finished Finisher::finish(Printed printed, const FinishOptions& option
         } catch (const PassFailed& failure) {
             if (failure.step.need == Need::essential) throw Error(failure.reason);
             failed.emplace(failure.step.pass, failure.reason);
+        } catch (const std::bad_alloc&) {   // between the passes
+            throw Error(tr("there is not enough memory"));
         }
         printed = printed.reopened();
     }

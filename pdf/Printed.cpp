@@ -4,6 +4,7 @@
 #include "pdf/content/Streams.h"
 #include "platform/Translation.h"
 
+#include <new>
 #include <utility>
 
 #include <qpdf/QPDF.hh>
@@ -46,6 +47,8 @@ Printed::~Printed() = default;
 Printed Printed::open(Bytes file) {
     try {
         return Printed(std::make_unique<State>(std::move(file)));
+    } catch (const std::bad_alloc&) {
+        throw Error(tr("there is not enough memory"));
     } catch (const std::runtime_error& error) {
         throw Error(error.what());
     } catch (const std::logic_error& error) {   // libqpdf's word for objects of another type than expected
