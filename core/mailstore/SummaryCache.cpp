@@ -275,8 +275,8 @@ void SummaryCache::keep(std::string_view folder, std::string_view name, const fi
     putNumber(content, static_cast<std::int64_t>(summary.date.time_since_epoch().count()));
     putNumber(content, static_cast<std::uint8_t>((kept.isMixed ? isMixed : 0) | (summary.isPartial ? isPartial : 0) |
                                                  (summary.messageID ? hasIdentifier : 0)));
-    for (const std::string_view text :
-         {name, std::string_view(summary.subject), std::string_view(summary.messageID ? *summary.messageID : "")})
+    for (const std::string_view text : {name, std::string_view(summary.subject),
+                                        summary.messageID ? std::string_view(*summary.messageID) : std::string_view()})
         putText(content, text);
     for (const auto* people : {&summary.from, &summary.to, &summary.cc}) putPeople(content, **people);
     putList(content, summary.inReplyTo);
