@@ -14,6 +14,7 @@
 
 #include <dlfcn.h>
 #include <gio/gio.h>
+#include <gio/gunixconnection.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -30,8 +31,10 @@ bool isEngine(const void* caller) {
 }
 
 // A process id that no system gives out: what the engine sends to it reaches nobody.
+ucred credentialsOfNobody() { return {std::numeric_limits<pid_t>::max(), getuid(), getgid()}; }
+
 void answerForNobody(msghdr& message) {
-    const ucred nobody{std::numeric_limits<pid_t>::max(), getuid(), getgid()};
+    const ucred nobody = credentialsOfNobody();
     message.msg_controllen = CMSG_SPACE(sizeof nobody);
     message.msg_flags = 0;
     std::memset(message.msg_control, 0, message.msg_controllen);
@@ -61,6 +64,20 @@ extern "C" __attribute__((visibility("default"))) ssize_t recvmsg(int socket, ms
     if (!isForUs || !isClosed) return received;
     answerForNobody(*message);
     return 1;
+}
+
+// The same byte, which WebKitGTK 2.54 has GIO receive.
+extern "C" __attribute__((visibility("default"))) GCredentials* g_unix_connection_receive_credentials(
+    GUnixConnection* connection, GCancellable* cancellable, GError** error) {
+    static auto* const real = reinterpret_cast<decltype(&g_unix_connection_receive_credentials)>(
+        dlsym(RTLD_NEXT, "g_unix_connection_receive_credentials"));
+    if (!isWanted() || !isEngine(__builtin_return_address(0))) return real(connection, cancellable, error);
+    ostrel::overrides::reportActive(ostrel::overrides::Override::engineStarts);
+    if (GCredentials* const received = real(connection, cancellable, nullptr)) return received;
+    ucred nobody = credentialsOfNobody();
+    GCredentials* const made = g_credentials_new();
+    g_credentials_set_native(made, G_CREDENTIALS_TYPE_LINUX_UCRED, &nobody);
+    return made;
 }
 
 // The process between the sandbox and the session's bus has to tell that it is ready before it ends. Without it there

@@ -17,14 +17,16 @@ constexpr std::array entries{
           .name = "stored-streams",
           .replaces = "deflateInit_, deflateInit2_ and deflate of zlib in the engine's processes (LD_PRELOAD, "
                       "LD_LIBRARY_PATH)",
-          .seenWith = "WebKitGTK 2.50.6 and zlib 1.2.13 (Debian 12)",
+          .seenWith = "WebKitGTK 2.50.6 and zlib 1.2.13 (Debian 12); "
+                      "WebKitGTK 2.54.0 and zlib 1.3.1 (Debian 13)",
           .cures = "The engine packs the fonts and pictures of each page whole, which takes it half of the time of a "
                    "page. All of it is unpacked again and most is thrown away when the page is finished.",
           .test = "EngineLibraries.HaveTheEngineStoreItsStreams"},
     Entry{.which = Override::reducedFonts,
           .name = "reduced-fonts",
           .replaces = "fontconfig's configuration of the system in the engine's processes (FONTCONFIG_FILE)",
-          .seenWith = "WebKitGTK 2.50.6 and fontconfig 2.14.1 (Debian 12)",
+          .seenWith = "WebKitGTK 2.50.6 and fontconfig 2.14.1 (Debian 12); "
+                      "WebKitGTK 2.54.0 and fontconfig 2.15.0 (Debian 13)",
           .cures = "The engine embeds whole fonts in every page, and draws East Asian ones as outlines: pages take "
                    "half as long again and East Asian ones three times as long.",
           .test = "ReducedFontsPrinting.ReachTheEngine"},
@@ -32,7 +34,8 @@ constexpr std::array entries{
           .name = "no-drawing",
           .replaces = "the system's EGL driver in programs without windows (__EGL_VENDOR_LIBRARY_FILENAMES, GDK_DEBUG, "
                       "WEBKIT_DISABLE_DMABUF_RENDERER)",
-          .seenWith = "WebKitGTK 2.50.6, GTK 4.8.3 and libglvnd 1.6.0 (Debian 12)",
+          .seenWith = "WebKitGTK 2.50.6, GTK 4.8.3 and libglvnd 1.6.0 (Debian 12); "
+                      "WebKitGTK 2.54.0, GTK 4.18.6 and libglvnd 1.7.0 (Debian 13)",
           .cures = "A driver and its compiler take 50 MB in the web process and 20 MB in ours, for nothing that is "
                    "printed.",
           .test = "EngineLibraries.HaveTheEngineLoadNoDriver"},
@@ -59,9 +62,10 @@ constexpr std::array entries{
           .test = "Printing.ShowsThatEveryOverrideTakesEffect"},
     Entry{.which = Override::engineStarts,
           .name = "engine-starts",
-          .replaces = "recvmsg of the C library and g_subprocess_wait_check_finish of GIO, for calls from the engine's "
-                      "library",
-          .seenWith = "WebKitGTK 2.50.6 and GLib 2.74.6 (Debian 12)",
+          .replaces = "recvmsg of the C library, g_unix_connection_receive_credentials and "
+                      "g_subprocess_wait_check_finish of GIO, for calls from the engine's library",
+          .seenWith = "WebKitGTK 2.50.6 and GLib 2.74.6 (Debian 12); "
+                      "WebKitGTK 2.54.0 and GLib 2.84.4 (Debian 13)",
           .cures = "The engine ends the whole program when one of its processes ends while it starts.",
           .test = "Printing.OutlivesEngineProcessesThatEndAsTheyStart"},
     Entry{.which = Override::pageSetup,
