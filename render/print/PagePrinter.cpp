@@ -3,13 +3,14 @@
 #include "platform/Files.h"
 #include "platform/Translation.h"
 #include "render/engine/OfflineRules.h"
+#include "render/loop/Log.h"
 #include "render/print/FilePrinter.h"
 #include "render/print/PageGeometry.h"
+#include "render/print/PageMeasures.h"
 #include "render/print/PageScripts.h"
 
 #include <algorithm>
 #include <cassert>
-#include <charconv>
 #include <cmath>
 #include <utility>
 
@@ -39,48 +40,6 @@ std::string tookLongerThan(std::chrono::milliseconds time) {
     return seconds >= 120
                ? trCount("Printing this message took longer than %lld minutes and was stopped.", seconds / 60)
                : trCount("Printing this message took longer than %lld seconds and was stopped.", seconds);
-}
-
-// What the scripts answer (see PageScripts.h).
-struct Measured {
-    double width = 0;
-    std::vector<pdf::LinkMark> links;
-};
-
-// "0.1,0.2,0.5,0.5,1.5"
-std::optional<pdf::PartOfBox> readPart(std::string_view text) {
-    pdf::PartOfBox part;
-    for (double* const number : {&part.left, &part.top, &part.width, &part.height, &part.shape}) {
-        const auto word = text.substr(0, text.find(','));
-        const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), *number);
-        if (error != std::errc() || end != word.data() + word.size()) return std::nullopt;
-        text.remove_prefix(std::min(word.size() + 1, text.size()));
-    }
-    return part;
-}
-
-Measured readMeasured(std::string_view answer) {
-    constexpr std::size_t digits = 6;
-    const auto line = [&answer] {
-        const auto first = answer.substr(0, answer.find('\n'));
-        answer.remove_prefix(std::min(first.size() + 1, answer.size()));
-        return first;
-    };
-    Measured measured;
-    const auto width = line();
-    std::from_chars(width.data(), width.data() + width.size(), measured.width);
-    while (!answer.empty()) {
-        const auto mark = line();
-        std::uint32_t colour = 0;
-        if (mark.size() <= digits + 1) continue;
-        std::from_chars(mark.data(), mark.data() + digits, colour, 16);
-        const auto blank = mark.find(' ');
-        if (blank == std::string_view::npos) continue;
-        const bool isPart = mark[digits] == '@';
-        const auto part = isPart ? readPart(mark.substr(digits + 1, blank - digits - 1)) : std::nullopt;
-        if (isPart == part.has_value()) measured.links.push_back({colour, std::string(mark.substr(blank + 1)), part});
-    }
-    return measured;
 }
 
 // An answer of the engine that may come when the page it belongs to, or the printer, is long gone.
@@ -153,7 +112,7 @@ void PagePrinter::loadChanged(WebKitWebView*, WebKitLoadEvent event, gpointer da
     if (self.phase_ != Phase::loading) return;
     // A navigation that the page before wanted and did not get also ends with "finished", but never commits.
     if (event == WEBKIT_LOAD_COMMITTED) self.isCommitted_ = true;
-    if (event == WEBKIT_LOAD_FINISHED && self.isCommitted_) self.measure(pageScripts::prepareAndMeasure);
+    if (event == WEBKIT_LOAD_FINISHED && self.isCommitted_) self.measure(pageScripts::prepareAndMeasure());
 }
 
 gboolean PagePrinter::loadFailed(WebKitWebView*, WebKitLoadEvent, const char*, GError* error, gpointer data) noexcept {
@@ -197,9 +156,10 @@ void PagePrinter::measure(std::string_view script) {
         if (self.page_ != page || self.phase_ != Phase::measuring) return;
         const GChars answer(value && jsc_value_is_string(value.get()) ? jsc_value_to_string(value.get()) : nullptr);
         // Without an answer the engine's own shrinking must do.
-        auto measured = readMeasured(answer ? answer.get() : "");
-        if (!measured.links.empty()) self.links_ = std::move(measured.links);
-        self.measured(measured.width);
+        auto measures = parsePageMeasures(answer ? answer.get() : "");
+        if (!measures) engineLog::note("the page could not be measured: its links stay dead");
+        if (measures && !measures->links.empty()) self.links_ = std::move(measures->links);
+        self.measured(measures ? measures->width : 0);
     });
 }
 
@@ -212,7 +172,7 @@ void PagePrinter::measured(double contentWidth) {
 
 void PagePrinter::squeeze() {
     isSqueezed_ = true;
-    measure(pageScripts::squeezeAndMeasure);
+    measure(pageScripts::squeezeAndMeasure());
 }
 
 // A layout for other margins must stand before the print begins: the engine's own, within the print, puts what just

@@ -1,0 +1,62 @@
+#include "render/print/PageMeasures.h"
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <utility>
+
+#include <nlohmann/json.hpp>
+
+namespace ostrel {
+namespace {
+
+using nlohmann::json;
+
+// The members of an object; null where it has none of that name.
+const json* member(const json& object, const char* name) {
+    const auto found = object.find(name);
+    return found == object.end() ? nullptr : &*found;
+}
+
+std::optional<pdf::PartOfBox> partIn(const json& value) {
+    std::array<double, 5> numbers{};
+    if (!value.is_array() || value.size() != numbers.size()) return std::nullopt;
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+        if (!value[i].is_number()) return std::nullopt;
+        numbers[i] = value[i].get<double>();
+    }
+    return pdf::PartOfBox{numbers[0], numbers[1], numbers[2], numbers[3], numbers[4]};
+}
+
+std::optional<pdf::LinkMark> linkIn(const json& value) {
+    constexpr std::uint64_t maxColour = 0xFFFFFF;
+    const json* const colour = value.is_object() ? member(value, "colour") : nullptr;
+    if (!colour || !colour->is_number_unsigned() || colour->get<std::uint64_t>() > maxColour) return std::nullopt;
+    const json* const url = member(value, "url");
+    if (!url || !url->is_string() || url->get_ref<const std::string&>().empty()) return std::nullopt;
+    pdf::LinkMark link{colour->get<std::uint32_t>(), url->get<std::string>()};
+    if (const json* const part = member(value, "part")) {
+        link.part = partIn(*part);
+        if (!link.part) return std::nullopt;
+    }
+    return link;
+}
+
+}   // namespace
+
+std::optional<PageMeasures> parsePageMeasures(std::string_view answer) {
+    const json all = json::parse(answer, nullptr, /*allow_exceptions=*/false);
+    if (!all.is_object()) return std::nullopt;
+    const json *const width = member(all, "width"), *const links = member(all, "links");
+    if (!width || !width->is_number() || !links || !links->is_array()) return std::nullopt;
+    PageMeasures measures{width->get<double>(), {}};
+    if (measures.width < 0) return std::nullopt;
+    for (const json& each : *links) {
+        auto link = linkIn(each);
+        if (!link) return std::nullopt;
+        measures.links.push_back(std::move(*link));
+    }
+    return measures;
+}
+
+}   // namespace ostrel

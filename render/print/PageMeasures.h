@@ -1,0 +1,24 @@
+#pragma once
+
+#include "pdf/Links.h"
+
+#include <optional>
+#include <string_view>
+#include <vector>
+
+namespace ostrel {
+
+// What the scripts in the page find out about it.
+struct PageMeasures {
+    double width = 0;                   // of the content, in CSS pixels
+    std::vector<pdf::LinkMark> links;   // marked in the page; in the order drawn
+    bool operator==(const PageMeasures&) const = default;
+};
+
+// Reads what the scripts return, JSON (RFC 8259):
+//     {"width": 640, "links": [{"colour": 10368889, "url": "https://…", "part": [0.1, 0.2, 0.5, 0.5, 1.5]}, …]}
+// A part has left, top, width and height, in parts of the marked box, and the box's width over its height; there is
+// none where the whole box is the link. Returns nullopt if anything is not as it must be.
+std::optional<PageMeasures> parsePageMeasures(std::string_view answer);
+
+}   // namespace ostrel

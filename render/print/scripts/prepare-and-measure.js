@@ -1,0 +1,54 @@
+// Rules of the mail for pages would change our margins and with them the scale; they go. Media queries are answered as
+// for paper, so that the width measured on the screen is the printed one. Boxes that scroll cannot be scrolled on
+// paper: they grow to their content.
+const prepareAndMeasure = () => {
+    const forPaper = list => {
+        if (!list || !/\b(print|screen)\b/i.test(list.mediaText)) return;
+        list.mediaText = list.mediaText.split(',').map(query => {
+            const [, not, type, rest] = /^\s*(?:(not)\s+|only\s+)?(\w+)?(.*)$/is.exec(query);
+            if (!/^(print|screen)$/i.test(type || '')) return query;
+            if (/^print$/i.test(type)) return (not ? 'not ' : '') + 'all' + rest;
+            return not ? 'all' : 'not all';
+        }).join(',');
+    };
+    const set = (box, name, value) => box.style.setProperty(name, value, 'important');
+    const unroll = box => {
+        const isCut = box.scrollHeight > box.clientHeight;
+        set(box, 'overflow', 'visible');
+        if (isCut) { set(box, 'height', 'auto'); set(box, 'max-height', 'none'); }
+    };
+    const waiting = [...document.styleSheets];
+    while (waiting.length) {
+        const group = waiting.pop();
+        let rules;
+        try { rules = group.cssRules; } catch { continue; }
+        forPaper(group.media);
+        for (let i = rules ? rules.length - 1 : -1; i >= 0; --i) {
+            const rule = rules[i];
+            if (rule instanceof CSSPageRule) group.deleteRule(i);
+            else if (rule.cssRules && !(rule instanceof CSSKeyframesRule)) waiting.push(rule);
+            else if (rule instanceof CSSImportRule && rule.styleSheet) waiting.push(rule.styleSheet);
+        }
+    }
+    const root = document.documentElement, body = document.body;
+    if (!root) return JSON.stringify({ width: 0, links: [] });
+    const text = root.outerHTML;
+    for (const box of [root, body]) {
+        if (!box) continue;
+        const style = getComputedStyle(box);
+        if (/fixed|absolute/.test(style.position)) set(box, 'position', 'relative');
+        if (style.overflowX + style.overflowY != 'visiblevisible') unroll(box);
+    }
+    if (/overflow(-[xy])?\s*:\s*(auto|scroll)|position\s*:\s*fixed/i.test(text)) {
+        for (const box of root.getElementsByTagName('*')) {
+            const style = getComputedStyle(box);
+            if (style.position == 'fixed') set(box, 'position', 'absolute');
+            if (/auto|scroll/.test(style.overflowX + style.overflowY)) unroll(box);
+        }
+    }
+    const width = Math.max(root.scrollWidth, body ? body.scrollWidth : 0);
+    const hasLinks = document.links.length || document.getElementsByTagNameNS('http://www.w3.org/2000/svg', 'a').length;
+    let links = [];
+    try { if (hasLinks) links = markLinks(text); } catch {}   // what cannot be marked stays unmarked
+    return JSON.stringify({ width, links });
+};
