@@ -11,7 +11,6 @@
 
 #include <algorithm>
 #include <cassert>
-#include <cmath>
 #include <utility>
 
 namespace ostrel {
@@ -24,9 +23,6 @@ using i18n::trCount;
 // Wider than any mail that a person laid out; beyond it the text would be too small to find on the sheet, and paper
 // sizes reach what PDF readers still open.
 constexpr double mostEnlargement = 100;
-
-// Tries to catch the whole width; then what there is must do.
-constexpr int mostAttempts = 4;
 
 // A print job that ends with no file was mostly cut short by the engine's process going down, which is reported apart.
 constexpr auto crashNews = 1s;
@@ -48,13 +44,6 @@ struct PendingAnswer {
     std::function<void(PagePrinter&, GAsyncResult*)> take;
 };
 
-// At its limit the engine stops shrinking and leaves out what is wider still. The measured width has let the page
-// through, so something is where only the print's own layout finds it.
-bool mayLackItsRightEdge(const pdf::Printed& printed) {
-    const auto scale = printed.scale();
-    return scale && *scale * pageGeometry::mostPixelsPerPoint < 1.0006;
-}
-
 }   // namespace
 
 PagePrinter::PagePrinter(PaperSize paper, PrintLimits limits) : paper_(paper), limits_(limits) {}
@@ -64,16 +53,17 @@ PagePrinter::~PagePrinter() { assert(mainLoop::isMainThread()); }
 void PagePrinter::print(const std::string& html, std::filesystem::path output, Done done) {
     assert(mainLoop::isMainThread() && phase_ == Phase::idle);
     ++page_;
-    phase_ = Phase::preparing;
+    took_ = {};
+    enter(Phase::preparing);
     html_ = &html;
+    pageBytes_ = html.size();
     output_ = std::move(output);
     done_ = std::move(done);
-    attempt_ = 0;
     isSqueezed_ = false;
     links_.clear();
     enlargement_ = 1;
     failure_.reset();
-    limit_ = mainLoop::Timer(limitFor(limits_.load, limits_, html_->size()), [this] { tooSlow(limits_.load); });
+    limit_ = mainLoop::Timer(limitFor(limits_.load, limits_, pageBytes_), [this] { tooSlow(limits_.load); });
     if (view_) {
         if (page_ % limits_.pagesPerProcess == 0) webkit_web_view_terminate_web_process(view_->web());
         return load();
@@ -101,10 +91,10 @@ void PagePrinter::makeView(WebKitUserContentFilter* rules) {
 }
 
 void PagePrinter::load() {
-    phase_ = Phase::loading;
+    enter(Phase::loading);
     isCommitted_ = false;
     view_->setPageMargins(pageGeometry::verticalMargin, pageGeometry::horizontalMargin);   // mostly what it will be
-    view_->load(*html_);
+    view_->load(*std::exchange(html_, nullptr));
 }
 
 void PagePrinter::loadChanged(WebKitWebView*, WebKitLoadEvent event, gpointer data) noexcept {
@@ -129,6 +119,7 @@ gboolean PagePrinter::loadFailed(WebKitWebView*, WebKitLoadEvent, const char*, G
 }
 
 void PagePrinter::processEnded(WebKitWebView*, WebKitWebProcessTerminationReason reason, gpointer data) noexcept {
+    static_cast<PagePrinter*>(data)->isCommitted_ = false;
     if (reason == WEBKIT_WEB_PROCESS_TERMINATED_BY_API) return;   // by ourselves
     static_cast<PagePrinter*>(data)->fail(RenderError::Kind::engineCrashed,
                                           reason == WEBKIT_WEB_PROCESS_EXCEEDED_MEMORY_LIMIT
@@ -147,7 +138,7 @@ void PagePrinter::evaluate(std::string_view script, std::function<void(PagePrint
 }
 
 void PagePrinter::measure(std::string_view script) {
-    phase_ = Phase::measuring;
+    enter(Phase::measuring);
     evaluate(script, [page = page_](PagePrinter& self, GAsyncResult* result) {
         GError* error = nullptr;
         const auto value =
@@ -178,7 +169,7 @@ void PagePrinter::squeeze() {
 // A layout for other margins must stand before the print begins: the engine's own, within the print, puts what just
 // fits at the end of a sheet now on this one and now on the next.
 void PagePrinter::startPrinting() {
-    phase_ = Phase::measuring;
+    enter(Phase::measuring);
     if (!view_->setPageMargins(pageGeometry::verticalMargin * enlargement_,
                                pageGeometry::horizontalMargin * enlargement_))
         return printNow();
@@ -188,8 +179,8 @@ void PagePrinter::startPrinting() {
 }
 
 void PagePrinter::printNow() {
-    phase_ = Phase::printing;
-    limit_ = mainLoop::Timer(limitFor(limits_.print, limits_, html_->size()), [this] { tooSlow(limits_.print); });
+    enter(Phase::printing);
+    limit_ = mainLoop::Timer(limitFor(limits_.print, limits_, pageBytes_), [this] { tooSlow(limits_.print); });
     const auto setup = filePrinter::pageSetup(paper_, enlargement_);
     const auto settings = filePrinter::settingsFor(output_, setup.get());
     if (!settings) return fail(RenderError::Kind::writeFailed, tr("This system’s toolkit cannot print to a file."));
@@ -214,47 +205,50 @@ void PagePrinter::printFinished() {
     if (phase_ != Phase::printing) return;
     if (failure_)
         return fail(RenderError::Kind::writeFailed, i18n::filled(tr("The PDF could not be printed: %@."), *failure_));
-    if (files::size(output_).value_or(0) > 0) return takePrinted();
+    if (files::size(output_).value_or(0) > 0) {
+        enter(Phase::printing);   // adds up what it took
+        return complete(PrintedPage{.scale = 1 / enlargement_, .links = links_, .took = took_});
+    }
     limit_ = mainLoop::Timer(crashNews, [this] {
         fail(RenderError::Kind::writeFailed, tr("The PDF could not be printed: the web engine wrote no file."));
     });
 }
 
-void PagePrinter::takePrinted() {
-    try {
-        auto pdf = pdf::Printed::open(files::readWhole(output_));
-        if (mayLackItsRightEdge(pdf) && attempt_ < mostAttempts) return printWider();
-        complete(PrintedPage{.pdf = std::move(pdf), .scale = 1 / enlargement_, .links = std::move(links_)});
-    } catch (const FileError& error) {
-        fail(RenderError::Kind::writeFailed, error.what());
-    } catch (const pdf::Error& error) {
-        fail(RenderError::Kind::writeFailed, error.what());
-    }
-}
-
-void PagePrinter::printWider() {
-    ++attempt_;
+void PagePrinter::printWider(Done done) {
+    assert(mainLoop::isMainThread() && phase_ == Phase::idle);
+    enter(Phase::measuring);
+    done_ = std::move(done);
+    if (!isCommitted_) return fail(RenderError::Kind::engineCrashed, tr("The web engine crashed on this message."));
+    limit_ = mainLoop::Timer(limitFor(limits_.print, limits_, pageBytes_), [this] { tooSlow(limits_.print); });
     std::error_code ignored;
     std::filesystem::remove(output_, ignored);
-    onFinished_ = {};
-    onFailed_ = {};
-    operation_ = {};
     if (!isSqueezed_) return squeeze();
     enlargement_ = std::min(enlargement_ * 2, mostEnlargement);
     startPrinting();
 }
 
 void PagePrinter::tooSlow(std::chrono::milliseconds limit) {
-    fail(RenderError::Kind::tooSlow, tookLongerThan(limitFor(limit, limits_, html_->size())));
+    fail(RenderError::Kind::tooSlow, tookLongerThan(limitFor(limit, limits_, pageBytes_)));
     if (view_) webkit_web_view_terminate_web_process(view_->web());
 }
 
 void PagePrinter::fail(RenderError::Kind kind, const std::string& reason) { complete(RenderError(kind, reason)); }
 
-// At most once for each page: whatever the engine reports afterwards meets the phase idle.
+void PagePrinter::enter(Phase next) {
+    const auto now = std::chrono::steady_clock::now();
+    auto* const took = phase_ == Phase::preparing || phase_ == Phase::loading ? &took_.load
+                       : phase_ == Phase::measuring                           ? &took_.measure
+                       : phase_ == Phase::printing                            ? &took_.print
+                                                                              : nullptr;
+    if (took) *took += now - since_;
+    since_ = now;
+    phase_ = next;
+}
+
+// At most once for each attempt at a page: whatever the engine reports afterwards meets the phase idle.
 void PagePrinter::complete(PrintOutcome outcome) {
     if (phase_ == Phase::idle) return;
-    phase_ = Phase::idle;
+    enter(Phase::idle);
     html_ = nullptr;
     onFinished_ = {};
     onFailed_ = {};

@@ -3,11 +3,13 @@
 #include "app/AppSettings.h"
 #include "core/export/PDFRendering.h"
 #include "pdf/Links.h"
-#include "pdf/Printed.h"
-#include "render/loop/MainLoop.h"
 #include "render/engine/PrintLimits.h"
+#include "render/loop/MainLoop.h"
+#include "render/print/PrintReport.h"
 #include "render/view/EngineView.h"
 
+#include <chrono>
+#include <cstddef>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -21,11 +23,11 @@
 
 namespace ostrel {
 
-// What the engine printed (and left in the file), still as big as it had to be to hold the whole width of the page.
+// A page that stands in its file, still as big as it had to be to hold the page's whole width.
 struct PrintedPage {
-    pdf::Printed pdf;
     double scale = 1;                     // final size over printed size
     std::vector<pdf::LinkMark> links{};   // marked on the pages
+    PrintTimes took{};
 };
 using PrintOutcome = std::variant<PrintedPage, RenderError>;
 
@@ -42,6 +44,9 @@ public:
     // Prints the page to the file, which does not exist yet. done is called once, on the main thread, perhaps within
     // the call; it gets the first of all the things that the engine reports. html must live until then.
     void print(const std::string& html, std::filesystem::path output, Done done);
+    // Prints the page that was printed last once more to the same file, in a way that holds more of its width. Only
+    // after a success; the same holds for done.
+    void printWider(Done done);
 
 private:
     enum class Phase { idle, preparing, loading, measuring, printing };
@@ -55,8 +60,7 @@ private:
     void startPrinting();
     void printNow();
     void printFinished();
-    void takePrinted();
-    void printWider();
+    void enter(Phase next);
     void complete(PrintOutcome outcome);
     void fail(RenderError::Kind kind, const std::string& reason);
     void tooSlow(std::chrono::milliseconds limit);
@@ -74,15 +78,17 @@ private:
 
     // The page under way.
     Phase phase_ = Phase::idle;
-    unsigned long page_ = 0;   // counts pages, so that answers about an earlier one are told apart
-    const std::string* html_ = nullptr;
+    unsigned long page_ = 0;              // counts pages, so that answers about an earlier one are told apart
+    const std::string* html_ = nullptr;   // until it is loaded
+    std::size_t pageBytes_ = 0;
+    std::chrono::steady_clock::time_point since_;   // when the phase began
+    PrintTimes took_;
     std::filesystem::path output_;
     Done done_;
-    bool isCommitted_ = false;
+    bool isCommitted_ = false;   // the page is in the engine's process
     bool isSqueezed_ = false;
-    std::vector<pdf::LinkMark> links_;   // as marked in the page
-    double enlargement_ = 1;             // paper and margins against the real ones
-    int attempt_ = 0;
+    std::vector<pdf::LinkMark> links_;     // as marked in the page
+    double enlargement_ = 1;               // paper and margins against the real ones
     std::optional<std::string> failure_;   // the print job's own words
     GRef<WebKitPrintOperation> operation_;
     SignalHandler onFinished_, onFailed_;

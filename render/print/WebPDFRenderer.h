@@ -3,6 +3,7 @@
 #include "app/AppSettings.h"
 #include "core/export/PDFRendering.h"
 #include "render/engine/PrintLimits.h"
+#include "render/print/PrintReport.h"
 
 #include <memory>
 #include <stop_token>
@@ -22,6 +23,9 @@ public:
     ~WebPDFRenderer() override;
 
     void renderPDF(const Page& page, const std::filesystem::path& destination, const DocumentInfo& info) override;
+
+    // What became of the page that was printed last; incomplete if it failed.
+    const PrintReport& lastReport() const;
 
 private:
     struct State;
