@@ -1,5 +1,7 @@
 #include "tools/JsonWriter.h"
 
+#include <cmath>
+
 #include <nlohmann/json.hpp>
 
 namespace ostrel {
@@ -43,6 +45,12 @@ JsonWriter& JsonWriter::text(std::string_view value) {
 JsonWriter& JsonWriter::number(std::uint64_t value) {
     separate();
     out_ << value;
+    return *this;
+}
+
+JsonWriter& JsonWriter::milliseconds(double value) {
+    separate();
+    out_ << nlohmann::json(std::round(value * 10) / 10).dump();
     return *this;
 }
 

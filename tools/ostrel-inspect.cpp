@@ -1,21 +1,27 @@
-// ostrel-inspect: what the readers make of a mail folder, of message files and of a message's page. For support and
-// tests.
+// ostrel-inspect: what the readers make of a mail folder, of message files and of a message's page, and what printing
+// it takes. For support and tests.
 
 #include "core/mailstore/Emlx.h"
 #include "core/mailstore/MailScanner.h"
 #include "core/page/MessageHTML.h"
 #include "platform/Files.h"
+#include "platform/Installation.h"
 #include "platform/NetworkWall.h"
 #include "platform/Text.h"
 #include "tools/JsonWriter.h"
 
+#include <array>
+#include <cerrno>
 #include <filesystem>
 #include <iostream>
+#include <stdexcept>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 #include <glib.h>
+#include <unistd.h>
 
 namespace ostrel {
 namespace {
@@ -25,7 +31,8 @@ namespace fs = std::filesystem;
 constexpr const char* usage =
     "usage: ostrel-inspect index FOLDER\n"
     "       ostrel-inspect message FILE...\n"
-    "       ostrel-inspect page FILE\n";
+    "       ostrel-inspect page FILE\n"
+    "       ostrel-inspect print FILE\n";
 
 void write(JsonWriter& json, const std::vector<MailAddress>& addresses) {
     json.open('[');
@@ -155,10 +162,20 @@ int inspectPage(const fs::path& file) {
     return 0;
 }
 
+// Goes on as the program that has the engine: its libraries would slow down the start of everything else here.
+int inspectPrint(const fs::path& file) {
+    const fs::path program = installation::prefix() / "libexec" / "ostrel-print";
+    const std::array arguments{program.c_str(), file.c_str(), static_cast<const char*>(nullptr)};
+    execv(program.c_str(), const_cast<char* const*>(arguments.data()));
+    if (errno != ENOENT) throw FileError::reading(program, std::error_code(errno, std::generic_category()));
+    throw std::runtime_error("built without the engine that prints");
+}
+
 int run(const std::vector<std::string>& arguments) {
     const std::string_view command = arguments.empty() ? "" : arguments.front();
     if (command == "index" && arguments.size() == 2) return inspectIndex(arguments[1]);
     if (command == "page" && arguments.size() == 2) return inspectPage(arguments[1]);
+    if (command == "print" && arguments.size() == 2) return inspectPrint(arguments[1]);
     if (command == "message" && arguments.size() >= 2) {
         for (std::size_t i = 1; i < arguments.size(); ++i) inspectMessage(arguments[i]);
         return 0;

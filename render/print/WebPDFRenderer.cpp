@@ -5,6 +5,7 @@
 #include "platform/Files.h"
 #include "platform/TemporaryFolder.h"
 #include "render/engine/OverrideEffects.h"
+#include "render/loop/Log.h"
 #include "render/loop/MainLoop.h"
 #include "render/print/PageGeometry.h"
 #include "render/print/PagePrinter.h"
@@ -32,6 +33,15 @@ constexpr int maxAttempts = 5;
 bool mayLackItsRightEdge(const pdf::Printed& printed) {
     const auto scale = printed.scale();
     return scale && *scale * pageGeometry::mostPixelsPerPoint < 1.0006;
+}
+
+// What could not be made smaller or finer is kept as the engine wrote it; somebody may want to know.
+void logLeftOut(const pdf::FinishReport& report) {
+    for (const pdf::PassReport& pass : report.passes) {
+        const std::string name = "finishing, " + std::string(pass.name) + ": ";
+        if (!pass.failure.empty()) engineLog::note(name + "left out: " + pass.failure);
+        for (const std::string& reason : pass.kept) engineLog::note(name + reason);
+    }
 }
 
 // Adds the time from its making to its end.
@@ -132,6 +142,7 @@ void WebPDFRenderer::renderPDF(const Page& asBuilt, const std::filesystem::path&
         }();
         state.report.finishedBytes = finished.pdf.size();
         state.report.finished = std::move(finished.report);
+        logLeftOut(state.report.finished);
         files::writeAtomically(destination, bytesOf(finished.pdf));
         std::error_code ignored;
         std::filesystem::remove(printed, ignored);
