@@ -8,16 +8,21 @@
 #include <array>
 #include <memory>
 #include <utility>
+#include <vector>
 
 #include <gio/gdesktopappinfo.h>
+#include <giomm/asyncresult.h>
+#include <giomm/dbusproxy.h>
 #include <giomm/file.h>
 #include <giomm/notification.h>
 #include <glibmm/main.h>
+#include <glibmm/variant.h>
 
 namespace ostrel {
 namespace {
 
 using i18n::tr;
+using AsyncResult = Glib::RefPtr<Gio::AsyncResult>;
 
 // Alerts of functions that have no window at hand.
 std::function<Gtk::Window*()>& frontWindow() {
@@ -106,39 +111,32 @@ void DesktopServices::chooseFolder(const FolderRequest& request,
     chooser_->show();
 }
 
+// Asks the file manager (freedesktop.org, "File Manager DBus Interface"); whatever fails, the folder is opened by the
+// default program.
 void DesktopServices::reveal(const std::filesystem::path& path) {
-    struct Request {
-        std::filesystem::path path;
+    constexpr const char* manager = "org.freedesktop.FileManager1";
+    const auto answered = [folder = path.parent_path()](Gio::DBus::Proxy& proxy, const AsyncResult& answer) {
+        try {
+            proxy.call_finish(answer);
+        } catch (const Glib::Error&) {
+            openFolder(folder);
+        }
     };
-    // Connects to the bus and asks the file manager; whatever fails, the folder is opened by the default program.
-    g_bus_get(
-        G_BUS_TYPE_SESSION, nullptr,
-        [](GObject*, GAsyncResult* result, gpointer data) {
-            auto* request = static_cast<Request*>(data);
-            GDBusConnection* bus = g_bus_get_finish(result, nullptr);
-            if (bus == nullptr) {
-                openFolder(request->path.parent_path());
-                delete request;
-                return;
+    Gio::DBus::Proxy::create_for_bus(
+        Gio::DBus::BusType::SESSION, manager, "/org/freedesktop/FileManager1", manager,
+        [path, answered](const AsyncResult& connected) {
+            try {
+                const auto proxy = Gio::DBus::Proxy::create_for_bus_finish(connected);
+                const std::vector<Glib::ustring> uris = {Gio::File::create_for_path(path.native())->get_uri()};
+                proxy->call(
+                    "ShowItems", [proxy, answered](const AsyncResult& answer) { answered(*proxy, answer); },
+                    Glib::VariantContainerBase::create_tuple({Glib::Variant<std::vector<Glib::ustring>>::create(uris),
+                                                              Glib::Variant<Glib::ustring>::create("")}));
+            } catch (const Glib::Error&) {   // no bus
+                openFolder(path.parent_path());
             }
-            const std::string uri = Gio::File::create_for_path(request->path.native())->get_uri();
-            const std::array<const char*, 2> uris{uri.c_str(), nullptr};
-            g_dbus_connection_call(
-                bus, "org.freedesktop.FileManager1", "/org/freedesktop/FileManager1", "org.freedesktop.FileManager1",
-                "ShowItems", g_variant_new("(^ass)", uris.data(), ""), nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr,
-                [](GObject* connection, GAsyncResult* answer, gpointer asked) {
-                    const std::unique_ptr<Request> done(static_cast<Request*>(asked));
-                    GVariant* value = g_dbus_connection_call_finish(G_DBUS_CONNECTION(connection), answer, nullptr);
-                    if (value != nullptr) {
-                        g_variant_unref(value);
-                    } else {
-                        openFolder(done->path.parent_path());
-                    }
-                },
-                request);
-            g_object_unref(bus);
         },
-        new Request{path});
+        {}, Gio::DBus::ProxyFlags::DO_NOT_LOAD_PROPERTIES | Gio::DBus::ProxyFlags::DO_NOT_CONNECT_SIGNALS);
 }
 
 std::shared_ptr<void> DesktopServices::keepAwake(const std::string& reason) {
