@@ -43,8 +43,6 @@ void readPaper(const json& record, Paper& paper) {
 
 }   // namespace
 
-PaperSize paperSize(Paper paper) { return paper == Paper::letter ? PaperSize{612, 792} : PaperSize{595, 842}; }
-
 AppSettings AppSettings::defaults() {
     AppSettings settings;
     settings.paper = locale::measurementSystem() == locale::MeasurementSystem::us ? Paper::letter : Paper::a4;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/export/Paper.h"
 #include "platform/SettingsStore.h"
 
 #include <filesystem>
@@ -8,15 +9,6 @@
 #include <string_view>
 
 namespace ostrel {
-
-// Page sizes of exported PDFs, in the order the settings show them.
-enum class Paper { letter, a4 };
-
-// Page size in points (1/72 inch).
-struct PaperSize {
-    double width, height;
-};
-PaperSize paperSize(Paper paper);
 
 // The one persisted record of the application.
 struct AppSettings {

@@ -1,7 +1,6 @@
 // ostrel-print: what ostrel-inspect runs to print one message and tell what that took. A program of its own, because
 // the engine's libraries take longer to load than everything else that ostrel-inspect does.
 
-#include "app/AppSettings.h"
 #include "core/mailstore/Emlx.h"
 #include "core/page/MessageHTML.h"
 #include "platform/Files.h"

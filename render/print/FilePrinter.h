@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/AppSettings.h"
+#include "core/export/Paper.h"
 #include "render/loop/GRef.h"
 
 #include <filesystem>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/AppSettings.h"
+#include "core/export/Paper.h"
 
 // The printed page, in points (1/72 inch).
 namespace ostrel::pageGeometry {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/AppSettings.h"
 #include "core/export/PDFRendering.h"
+#include "core/export/Paper.h"
 #include "pdf/Links.h"
 #include "render/engine/PrintLimits.h"
 #include "render/loop/MainLoop.h"
