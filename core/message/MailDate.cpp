@@ -113,15 +113,18 @@ std::optional<int> month(Cursor& in) {
     return found;
 }
 
-// year := 4DIGIT / obs-year    (RFC 5322 §3.3, §4.3)
+// year := 4DIGIT / obs-year    (RFC 5322 §3.3, §4.3). Of three digits only those count that programs wrote which had
+// 1900 subtracted and did not think of 2000; "200" is the beginning of a year that was cut off.
 std::optional<int> year(Cursor& in) {
     const auto start = in.position();
     if (const auto found = number(in, 2, 4)) {
-        if (found->digits == 4) return found->value;
-        if (found->digits == 3) return found->value + 1900;
-        if (in.peek() != ':') return found->value + (found->value < 50 ? 2000 : 1900);
-        in.rewind(start);   // the hour of "5 Mar 09:07:42 2024"
+        const auto [value, digits] = *found;
+        if (digits == 4) return value;
+        if (digits == 3 && value >= 100 && value < 150) return value + 1900;
+        const bool isHour = in.peek() == ':';   // of "5 Mar 09:07:42 2024"
+        if (digits == 2 && !isHour) return value + (value < 50 ? 2000 : 1900);
     }
+    in.rewind(start);
     return std::nullopt;
 }
 
@@ -151,6 +154,26 @@ std::optional<Date> numericDate(Cursor& in) {
             const auto m = number(in, 1, 2);
             const bool isSeparated = m && in.take(separator);
             if (const auto d = number(in, 1, 2); isSeparated && d) return Date{y->value, m->value, d->value};
+        }
+    }
+    in.rewind(start);
+    return std::nullopt;
+}
+
+// "17-6-2008", "6/17/2008", "05.03.2024". Which is the day must show: by a dot, which follows days and months, or by a
+// number that is no month.
+std::optional<Date> dayMonthYearInDigits(Cursor& in) {
+    const auto start = in.position();
+    if (const auto first = number(in, 1, 2)) {
+        const char separator = in.peek();
+        if (takeAny(in, "-/.")) {
+            const auto second = number(in, 1, 2);
+            const bool isSeparated = second && in.take(separator);
+            if (const auto y = number(in, 4, 4); isSeparated && y) {
+                if (separator == '.' || first->value > 12 || first->value == second->value)
+                    return Date{y->value, second->value, first->value};
+                if (second->value > 12) return Date{y->value, first->value, second->value};
+            }
         }
     }
     in.rewind(start);
@@ -286,7 +309,8 @@ std::optional<TimeOfDay> timeOfDay(Cursor& in) {
     skipBlanks(in);
     if (in.take(separator)) {
         skipBlanks(in);
-        const auto found = number(in, 1, 2);
+        const bool isCutOff = in.atEnd();
+        const auto found = isCutOff ? Number{0, 0} : number(in, 1, 2);
         if (!found) return TimeOfDay{};
         second = found->value;
         fraction = fractionOfSecond(in);
@@ -319,6 +343,17 @@ std::optional<Offset> numericOffset(Cursor& in) {
     if (minute > 59) return Offset{};
     const minutes east = hours(hour) + minutes(minute);
     return Offset{isWest ? -east : east};
+}
+
+// 4DIGIT whose "+" was lost on the way (forms turn it into a blank); nullopt when no place on earth has that offset.
+std::optional<Offset> unsignedOffset(Cursor& in) {
+    constexpr int maxOffset = 1400;
+    const auto start = in.position();
+    const auto found = number(in, 4, 4);
+    if (found && found->value <= maxOffset && found->value % 100 < 60)
+        return Offset{hours(found->value / 100) + minutes(found->value % 100)};
+    in.rewind(start);
+    return std::nullopt;
 }
 
 // zone := offset / obs-zone    (RFC 5322 §3.3, §4.3). A military letter counts as an unknown name, and that as UTC, for
@@ -359,7 +394,9 @@ std::optional<Reading> withTime(Cursor& in, Date date) {
     Reading reading{date};
     auto time = timeOfDay(in);
     if (!time && isISO) time = compactTime(in);
-    reading.zone = zone(in).value_or(Offset{minutes(0)});
+    auto offset = zone(in);
+    if (time && !offset) offset = unsignedOffset(in);
+    reading.zone = offset.value_or(Offset{minutes(0)});
     if (time) reading.time = *time;
     skipBlanks(in);
     if (!time && !in.atEnd()) return std::nullopt;
@@ -390,6 +427,7 @@ std::optional<Reading> dateTime(Cursor& in) {
     skipBlanks(in);
     skipWeekday(in);
     if (const auto date = numericDate(in)) return withTime(in, *date);
+    if (const auto date = dayMonthYearInDigits(in)) return withTime(in, *date);
     if (const auto date = dayMonthYear(in)) return withTime(in, *date);
     if (const auto date = yearMonthDay(in)) return withTime(in, *date);
     if (const auto date = dayAndMonth(in)) return withYear(in, *date);
