@@ -1,6 +1,7 @@
 #include "app/AppSettings.h"
 
 #include "platform/LocaleFormat.h"
+#include "platform/UserFolders.h"
 
 #include <nlohmann/json.hpp>
 

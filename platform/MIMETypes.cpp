@@ -1,12 +1,11 @@
 #include "platform/MIMETypes.h"
 
 #include "platform/Files.h"
-#include "platform/SettingsStore.h"
+#include "platform/UserFolders.h"
 
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <cstdlib>
 #include <filesystem>
 #include <vector>
 
@@ -101,24 +100,6 @@ constexpr auto knownTypes = std::to_array<Known>({
     {"video/webm", "webm"},
 });
 static_assert(std::ranges::is_sorted(knownTypes, {}, &Known::type));
-
-// The data folders of the system, the most important first (XDG Base Directory 0.8).
-std::vector<std::filesystem::path> dataFolders() {
-    std::vector<std::filesystem::path> folders;
-    const auto add = [&](std::string_view folder) {
-        if (folder.starts_with('/')) folders.emplace_back(folder);
-    };
-    const char* home = std::getenv("XDG_DATA_HOME");
-    add(home != nullptr && *home == '/' ? std::string(home) : (homeFolder() / ".local/share").native());
-    const char* others = std::getenv("XDG_DATA_DIRS");
-    std::string_view list = others != nullptr && *others != '\0' ? others : "/usr/local/share:/usr/share";
-    while (!list.empty()) {
-        const std::size_t colon = std::min(list.find(':'), list.size());
-        add(list.substr(0, colon));
-        list.remove_prefix(std::min(colon + 1, list.size()));
-    }
-    return folders;
-}
 
 // A system's file about MIME types; what cannot be read is empty.
 std::string contentOf(const std::filesystem::path& path) {

@@ -1,7 +1,5 @@
 #include "platform/PropertyList.h"
 
-#include "platform/PropertyListReaders.h"
-
 namespace ostrel {
 
 std::optional<double> PropertyList::number(const std::string& key) const {
@@ -20,12 +18,6 @@ std::optional<std::int64_t> PropertyList::integer(const std::string& key) const 
     constexpr double limit = 9223372036854775808.0;   // 2^63
     if (real == nullptr || !(*real >= -limit && *real < limit)) return std::nullopt;
     return static_cast<std::int64_t>(*real);
-}
-
-std::optional<PropertyList> propertyList::parse(ByteView bytes) {
-    const std::string_view content = charsOf(bytes);
-    if (content.size() > sizeLimitBytes) return std::nullopt;
-    return content.starts_with("bplist00") ? parseBinary(content) : parseXML(content);
 }
 
 }   // namespace ostrel

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "platform/Bytes.h"
-
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -20,13 +18,4 @@ struct PropertyList {
     std::optional<std::int64_t> integer(const std::string& key) const;
 };
 
-namespace propertyList {
-
-// Larger lists are not read: the mail program writes a few hundred bytes.
-constexpr std::size_t sizeLimitBytes = 1 << 20;
-
-// Reads an XML or binary property list. Nothing when it cannot be read or its top level is no dictionary.
-std::optional<PropertyList> parse(ByteView bytes);
-
-}   // namespace propertyList
 }   // namespace ostrel

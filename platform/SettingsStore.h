@@ -22,7 +22,4 @@ private:
     std::filesystem::path folder_;
 };
 
-// The user's home folder ($HOME, else the password database).
-std::filesystem::path homeFolder();
-
 }   // namespace ostrel

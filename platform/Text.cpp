@@ -1,5 +1,7 @@
 #include "platform/Text.h"
 
+#include "platform/ASCII.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
@@ -70,13 +72,11 @@ char32_t codePointOf(std::string_view sequence) {
     }
 }
 
-constexpr char lowerASCII(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
-
 void appendLowerASCII(std::string& out, std::string_view s) {
     const std::size_t start = out.size();
     out.append(s);
     std::transform(out.begin() + static_cast<std::ptrdiff_t>(start), out.end(),
-                   out.begin() + static_cast<std::ptrdiff_t>(start), [](char c) { return lowerASCII(c); });
+                   out.begin() + static_cast<std::ptrdiff_t>(start), [](char c) { return ascii::lower(c); });
 }
 
 template <typename Predicate>

@@ -1,7 +1,7 @@
 #include "core/mailstore/Emlx.h"
 
 #include "platform/Files.h"
-#include "platform/PropertyList.h"
+#include "platform/PropertyListReaders.h"
 #include "platform/Text.h"
 #include "platform/Translation.h"
 

@@ -1,5 +1,7 @@
 #include "core/message/AddressLexer.h"
 
+#include "core/message/EncodedWords.h"
+
 namespace ostrel {
 
 namespace {
@@ -78,15 +80,10 @@ std::string_view AddressLexer::word() {
 // Where the encoded word at the cursor ends. Commas and brackets inside belong to it, whether the sender was
 // allowed to write them or not; another "=?" inside means that this one lacks its end.
 std::optional<std::size_t> AddressLexer::encodedWordEnd() {
-    if (in_.peek() != '=' || in_.peek(1) != '?') return std::nullopt;
     const auto all = in_.text();
-    const auto label = all.substr(in_.position() + 2, 41);
-    const auto labelSize = label.find('?');
-    if (labelSize == label.npos) return std::nullopt;
-    const auto letter = in_.position() + 2 + labelSize + 1;
-    if (letter + 1 >= all.size() || all[letter + 1] != '?') return std::nullopt;
-    if (std::string_view("bBqQ").find(all[letter]) == std::string_view::npos) return std::nullopt;
-    const auto payload = letter + 2;
+    const auto opening = EncodedWords::openingOf(all.substr(in_.position()));
+    if (!opening) return std::nullopt;
+    const auto payload = in_.position() + opening->size;
     const auto end = ahead(terminator_, "?=", payload);
     // The payload's last "=" (base64 padding) and the "?" of the terminator look like one more beginning.
     if (end == all.npos) return std::nullopt;

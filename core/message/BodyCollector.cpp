@@ -1,7 +1,7 @@
 #include "core/message/BodyCollector.h"
 
 #include "core/message/Charset.h"
-#include "core/message/MailMessage.h"
+#include "core/message/Problem.h"
 #include "platform/MIMETypes.h"
 #include "platform/Text.h"
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/ASCII.h"
+
 #include <cstddef>
 #include <string_view>
 
@@ -38,11 +40,7 @@ private:
     std::size_t at_ = 0;
 };
 
-// The ASCII classes of the header grammars; nothing here asks the locale.
 namespace ascii {
-constexpr bool isDigit(char c) { return c >= '0' && c <= '9'; }
-constexpr bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
-constexpr bool isAlphanumeric(char c) { return isDigit(c) || isLetter(c); }
 // Blanks, line breaks and every other control character: what stands between two tokens of a field.
 constexpr bool isGap(char c) { return (c >= '\0' && c <= ' ') || c == '\x7f'; }
 }   // namespace ascii

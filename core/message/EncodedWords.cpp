@@ -2,6 +2,7 @@
 
 #include "core/message/Charset.h"
 #include "core/message/TransferEncoding.h"
+#include "platform/ASCII.h"
 #include "platform/Text.h"
 
 #include <algorithm>
@@ -11,7 +12,17 @@ namespace ostrel::EncodedWords {
 namespace {
 
 // Longer labels are not charset names; the bound also ends the search for the "?" in text that only looks like a word.
-constexpr int labelLimit = 40;
+constexpr std::size_t labelLimit = 40;
+
+// Of the charset label that the text begins with; nullopt if no "?" ends it in time.
+std::optional<std::size_t> labelSize(std::string_view text) {
+    std::size_t length = 0;
+    for (std::size_t at = 0; at < text.size(); at += text::decodeAt(text, at).length) {
+        if (text[at] == '?') return at;
+        if (++length > labelLimit) return std::nullopt;
+    }
+    return std::nullopt;
+}
 
 struct Word {
     std::string text;
@@ -45,32 +56,18 @@ public:
     }
 
 private:
-    // encoded-word := "=?" charset "?" encoding "?" encoded-text "?="    (RFC 2047 section 2), starting at position at.
+    // encoded-word := opening encoded-text "?="    (RFC 2047 section 2), starting at position at.
     std::optional<Word> wordAt(std::size_t at) {
-        const auto labelEnd = labelEndFrom(at + 2);
-        if (!labelEnd || *labelEnd + 2 >= text_.size() || text_[*labelEnd + 2] != '?') return std::nullopt;
-        const char letter = text_[*labelEnd + 1];
-        const bool isBase64 = letter == 'B' || letter == 'b';
-        if (!isBase64 && letter != 'Q' && letter != 'q') return std::nullopt;
-
-        const auto payloadStart = *labelEnd + 3;
+        const auto opening = openingOf(text_.substr(at));
+        if (!opening) return std::nullopt;
+        const auto payloadStart = at + opening->size;
         const auto payloadEnd = closeFrom(payloadStart);
         if (payloadEnd == text_.npos || nonASCIIFrom(payloadStart) < payloadEnd) return std::nullopt;
         const auto payload = bytesOf(text_.substr(payloadStart, payloadEnd - payloadStart));
-        const auto bytes = isBase64 ? TransferEncoding::base64(payload)
-                                    : TransferEncoding::quotedPrintable(payload, TransferEncoding::Underscore::space);
-        const auto label = text_.substr(at + 2, *labelEnd - at - 2);
-        return Word{Charset::decode(bytesOf(bytes), label), payloadEnd + 2};
-    }
-
-    // The position of the "?" that ends the charset label; nothing when there is none or the label is too long.
-    std::optional<std::size_t> labelEndFrom(std::size_t start) const {
-        int length = 0;
-        for (auto at = start; at < text_.size(); at += text::decodeAt(text_, at).length) {
-            if (text_[at] == '?') return at;
-            if (++length > labelLimit) return std::nullopt;
-        }
-        return std::nullopt;
+        const auto bytes = opening->isBase64
+                               ? TransferEncoding::base64(payload)
+                               : TransferEncoding::quotedPrintable(payload, TransferEncoding::Underscore::space);
+        return Word{Charset::decode(bytesOf(bytes), opening->charset), payloadEnd + 2};
     }
 
     // Both are asked from positions that only grow. The answer is kept while it still lies ahead, so that megabytes of
@@ -95,6 +92,17 @@ private:
 };
 
 }   // namespace
+
+std::optional<Opening> openingOf(std::string_view text) {
+    constexpr std::string_view begin = "=?";
+    if (!text.starts_with(begin)) return std::nullopt;
+    const auto label = text.substr(begin.size());
+    const auto size = labelSize(label);
+    if (!size || *size + 2 >= label.size() || label[*size + 2] != '?') return std::nullopt;
+    const char encoding = ascii::lower(label[*size + 1]);
+    if (encoding != 'b' && encoding != 'q') return std::nullopt;
+    return Opening{label.substr(0, *size), encoding == 'b', begin.size() + *size + 3};
+}
 
 std::string decode(std::string_view text) {
     if (text.find("=?") == text.npos) return std::string(text);

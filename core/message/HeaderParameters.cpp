@@ -2,10 +2,10 @@
 
 #include "core/message/Charset.h"
 #include "core/message/EncodedWords.h"
+#include "platform/PercentEncoding.h"
 #include "platform/Text.h"
 
 #include <algorithm>
-#include <charconv>
 #include <vector>
 
 namespace ostrel {
@@ -61,21 +61,6 @@ std::string unquoted(std::string_view s) {
     return out;
 }
 
-// attribute-char percent-decoding (RFC 2231 section 7); a "%" without two hexadecimal digits stands for itself.
-void appendPercentDecoded(std::string& out, std::string_view s) {
-    for (std::size_t at = 0; at < s.size();) {
-        const auto percent = std::min(s.find('%', at), s.size());
-        out.append(s, at, percent - at);
-        at = percent;
-        if (at == s.size()) return;
-        unsigned char byte = 0;
-        const char* const digits = s.data() + at + 1;
-        const bool isEscape = s.size() - at > 2 && std::from_chars(digits, digits + 2, byte, 16).ptr == digits + 2;
-        out += isEscape ? static_cast<char>(byte) : '%';
-        at += isEscape ? 3 : 1;
-    }
-}
-
 std::string joined(std::vector<Section>& sections) {
     std::ranges::stable_sort(sections, {}, &Section::number);
     std::string bytes;
@@ -95,7 +80,7 @@ std::string joined(std::vector<Section>& sections) {
                 value.remove_prefix(second + 1);
             }
         }
-        appendPercentDecoded(bytes, value);
+        bytes += percentEncoding::decode(value).bytes;   // RFC 2231 section 7
     }
     return Charset::decode(bytesOf(bytes), charset);
 }

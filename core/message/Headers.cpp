@@ -2,6 +2,7 @@
 
 #include "core/message/Charset.h"
 #include "core/message/EncodedWords.h"
+#include "platform/ASCII.h"
 #include "platform/Text.h"
 
 #include <algorithm>
@@ -11,14 +12,12 @@ namespace {
 
 bool isASCII(char c) { return static_cast<unsigned char>(c) < 128; }
 
-char lowerASCII(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-
 bool equalIgnoringCase(std::string_view a, std::string_view b) {
     if (a.empty() || b.empty()) return a.empty() && b.empty();
     // Most pairs differ in their first letter.
-    if (isASCII(a[0]) && isASCII(b[0]) && lowerASCII(a[0]) != lowerASCII(b[0])) return false;
+    if (isASCII(a[0]) && isASCII(b[0]) && ascii::lower(a[0]) != ascii::lower(b[0])) return false;
     std::size_t same = 0;
-    while (same < std::min(a.size(), b.size()) && lowerASCII(a[same]) == lowerASCII(b[same])) ++same;
+    while (same < std::min(a.size(), b.size()) && ascii::lower(a[same]) == ascii::lower(b[same])) ++same;
     if (same == a.size() || same == b.size()) return a.size() == b.size();
     // Every pair of names that matters ends here, without an allocation.
     if (isASCII(a[same]) && isASCII(b[same])) return false;

@@ -4,6 +4,7 @@
 #include "core/message/MIMEPart.h"
 #include "core/message/MailAddress.h"
 #include "core/message/MailAttachment.h"
+#include "core/message/Problem.h"
 #include "platform/Time.h"
 
 #include <filesystem>
@@ -13,15 +14,6 @@
 #include <vector>
 
 namespace ostrel {
-
-// Codes in MailMessage::problems; the page turns them into words.
-namespace problem {
-inline constexpr const char* multipartWithoutParts = "multipart-without-parts";
-inline constexpr const char* attachmentMissing = "attachment-missing";
-inline constexpr const char* truncated = "truncated";
-inline constexpr const char* tooManyParts = "too-many-parts";           // or fields, or parameters of fields
-inline constexpr const char* tooManyAddresses = "too-many-addresses";   // or identifiers, in one field
-}   // namespace problem
 
 // One stored message, fully parsed.
 struct MailMessage {
@@ -36,7 +28,7 @@ struct MailMessage {
     std::vector<MailAttachment> attachments;
     std::map<std::string, MailAttachment> inlineImages;   // by Content-ID, those that the HTML refers to
     bool isPartial = false;                               // Mail stored the attachments outside the message file
-    std::vector<std::string> problems;
+    std::vector<std::string> problems;                    // codes of namespace problem
 
     // Never fails. Move the root in: its header fields are taken over. attachmentsFolder is where Mail keeps this
     // message's separately stored attachments, if known; it is only looked into, never written.

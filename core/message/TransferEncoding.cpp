@@ -1,5 +1,6 @@
 #include "core/message/TransferEncoding.h"
 
+#include "platform/ASCII.h"
 #include "platform/Text.h"
 
 #include <algorithm>
@@ -29,13 +30,6 @@ constexpr std::array<std::uint8_t, 256> base64Digits = [] {
 
 std::uint8_t digit(char c) { return base64Digits[static_cast<unsigned char>(c)]; }
 
-int hexValue(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    return -1;
-}
-
 // What an "=" at the start of rest stands for: how many input bytes it takes, and the byte it gives, if any.
 struct Escape {
     std::size_t length = 1;
@@ -63,7 +57,7 @@ Escape escapeAt(std::string_view rest) {
         return lineBreak ? Escape{afterBlanks + lineBreak, std::nullopt} : literal;
     }
     if (rest.size() < 3) return literal;
-    const int high = hexValue(rest[1]), low = hexValue(rest[2]);
+    const int high = ascii::hexValue(rest[1]), low = ascii::hexValue(rest[2]);
     if (high < 0 || low < 0) return literal;
     return {3, static_cast<char>(high * 16 + low)};
 }

@@ -1,5 +1,6 @@
 #include "core/page/CharacterReferences.h"
 
+#include "platform/ASCII.h"
 #include "platform/Bytes.h"
 #include "platform/Text.h"
 #include "platform/TextEncoding.h"
@@ -80,8 +81,6 @@ const Name* named(std::string_view name) {
 // Those of the first HTML, which are known without a ";".
 bool isOld(const Name& name) { return name.character <= 0xFF && name.name != "apos"; }
 
-bool isLetterOrDigit(char c) { return (c >= '0' && c <= '9') || ((c | 0x20) >= 'a' && (c | 0x20) <= 'z'); }
-
 // What browsers show for a number: Windows-1252 where it means nothing else.
 char32_t characterOf(std::uint32_t number) {
     constexpr char32_t replacement = 0xFFFD;
@@ -96,7 +95,7 @@ char32_t characterOf(std::uint32_t number) {
 
 // "&#2361;", "&#x939;"
 std::optional<CharacterReference> numbered(std::string_view text) {
-    const bool isHex = text.size() > 2 && (text[2] | 0x20) == 'x';
+    const bool isHex = text.size() > 2 && ascii::lower(text[2]) == 'x';
     const char* const digits = text.data() + (isHex ? 3 : 2);
     const char* const end = text.data() + text.size();
     std::uint32_t number = 0;
@@ -114,7 +113,8 @@ std::optional<CharacterReference> characterReference(std::string_view text) {
     if (text.size() < 2 || text[0] != '&') return std::nullopt;
     if (text[1] == '#') return numbered(text);
     std::string_view name = text.substr(1, longestName);
-    name = name.substr(0, static_cast<std::size_t>(std::ranges::find_if_not(name, isLetterOrDigit) - name.begin()));
+    name =
+        name.substr(0, static_cast<std::size_t>(std::ranges::find_if_not(name, ascii::isAlphanumeric) - name.begin()));
     const std::size_t end = 1 + name.size();
     if (const Name* whole = named(name); whole && end < text.size() && text[end] == ';')
         return CharacterReference{whole->character, end + 1};

@@ -1,5 +1,6 @@
 #include "core/page/HTMLMatchers.h"
 
+#include "platform/ASCII.h"
 #include "platform/Text.h"
 
 #include <algorithm>
@@ -14,7 +15,6 @@ constexpr std::string_view longS = "\u017F";        // folds to s
 constexpr std::string_view kelvinSign = "\u212A";   // folds to k
 
 bool isASCIISpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
-bool isASCIILetter(char c) { return (c | 0x20) >= 'a' && (c | 0x20) <= 'z'; }
 bool isASCII(char c) { return static_cast<unsigned char>(c) < 0x80; }
 
 // Every white-space character beyond ASCII begins with one of these bytes, in UTF-8.
@@ -44,7 +44,7 @@ bool endsWith(std::string_view text, std::size_t from, std::size_t end, std::str
 // The length of the [a-z] that ends at `end` and does not begin before `from`.
 std::size_t letterBefore(std::string_view text, std::size_t from, std::size_t end) {
     if (end <= from) return 0;
-    if (isASCII(text[end - 1])) return isASCIILetter(text[end - 1]) ? 1 : 0;
+    if (isASCII(text[end - 1])) return ascii::isLetter(text[end - 1]) ? 1 : 0;
     for (const auto letter : {longS, kelvinSign}) {
         if (endsWith(text, from, end, letter)) return letter.size();
     }
@@ -55,7 +55,7 @@ std::size_t letterBefore(std::string_view text, std::size_t from, std::size_t en
 std::size_t characterAt(std::string_view text, std::size_t at, char lower) {
     if (at >= text.size()) return 0;
     const char c = text[at];
-    if (c == lower || (isASCIILetter(lower) && isASCIILetter(c) && (c | 0x20) == lower)) return 1;
+    if (ascii::lower(c) == lower) return 1;
     if (lower == 's' && text.substr(at, longS.size()) == longS) return longS.size();
     if (lower == 'k' && text.substr(at, kelvinSign.size()) == kelvinSign) return kelvinSign.size();
     return 0;

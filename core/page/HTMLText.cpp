@@ -1,6 +1,7 @@
 #include "core/page/HTMLText.h"
 
 #include "core/page/CharacterReferences.h"
+#include "platform/ASCII.h"
 #include "platform/Text.h"
 
 #include <algorithm>
@@ -26,7 +27,6 @@ static_assert(std::ranges::is_sorted(blocks));
 constexpr std::array<std::string_view, 6> unseen{"iframe", "noembed", "noframes", "script", "style", "title"};
 
 bool isSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\f' || c == '\r'; }
-bool isLetter(char c) { return (c | 0x20) >= 'a' && (c | 0x20) <= 'z'; }
 
 class Reader {
 public:
@@ -79,7 +79,7 @@ private:
         if (rest.starts_with("!--")) return skipPast("-->", at_ + 2);   // "<!-->" is whole
         const bool isClosing = rest.starts_with('/');
         const auto after = rest.substr(isClosing ? 1 : 0);
-        if (!after.empty() && isLetter(after[0])) return tag(isClosing);
+        if (!after.empty() && ascii::isLetter(after[0])) return tag(isClosing);
         if (isClosing || rest.starts_with('!') || rest.starts_with('?')) return skipPast(">", at_);
         out_ += in_[at_++];
     }

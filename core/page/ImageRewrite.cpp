@@ -3,12 +3,15 @@
 #include "core/message/TransferEncoding.h"
 #include "core/page/HTMLMatchers.h"
 #include "core/page/MessageHTML.h"
+#include "platform/ASCII.h"
 #include "platform/Files.h"
+#include "platform/PercentEncoding.h"
 #include "platform/Text.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
+#include <utility>
 
 #include <unicode/uchar.h>
 
@@ -57,8 +60,6 @@ std::size_t countSourceAttributes(std::string_view tag) {
     return count;
 }
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-
 // \d at `at` that is no ASCII digit
 bool isForeignDigit(std::string_view tag, std::size_t at) {
     return at < tag.size() && static_cast<unsigned char>(tag[at]) >= 0x80 &&
@@ -70,7 +71,7 @@ std::optional<std::int64_t> pixels(std::string_view tag, std::string_view name) 
     for (auto found = nextNamed(tag, 0, name); found; found = nextNamed(tag, found->sign + 1, name)) {
         const std::size_t begin = skipQuote(tag, found->value);
         std::size_t end = begin;
-        while (end < tag.size() && isDigit(tag[end])) ++end;
+        while (end < tag.size() && ascii::isDigit(tag[end])) ++end;
         if (isForeignDigit(tag, end)) return std::nullopt;
         if (end == begin) continue;
         std::int64_t value = 0;
@@ -93,27 +94,11 @@ std::string_view alternativeText(std::string_view tag) {
 
 // ---- URIs ----
 
-int hexDigit(char c) {
-    if (isDigit(c)) return c - '0';
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return c >= 'a' && c <= 'f' ? c - 'a' + 10 : -1;
-}
-
-// RFC 3986 section 2.1. Senders also write identifiers with a bare "%", so what does not decode is meant as it stands.
-std::string percentDecoded(std::string_view encoded) {
-    std::string decoded;
-    for (std::size_t i = 0; i < encoded.size(); ++i) {
-        if (encoded[i] != '%') {
-            decoded += encoded[i];
-            continue;
-        }
-        const int high = i + 2 < encoded.size() ? hexDigit(encoded[i + 1]) : -1;
-        const int low = i + 2 < encoded.size() ? hexDigit(encoded[i + 2]) : -1;
-        if (high < 0 || low < 0) return std::string(encoded);
-        decoded += static_cast<char>(high << 4 | low);
-        i += 2;
-    }
-    return text::isValidUTF8(decoded) ? decoded : std::string(encoded);
+// Senders also write identifiers with a bare "%", so what does not decode is meant as it stands.
+std::string identifierIn(std::string_view encoded) {
+    auto decoded = percentEncoding::decode(encoded);
+    const bool isText = decoded.isWellFormed && text::isValidUTF8(decoded.bytes);
+    return isText ? std::move(decoded.bytes) : std::string(encoded);
 }
 
 std::uint64_t base64Length(std::uint64_t size) { return size / 3 * 4 + (size % 3 == 0 ? 0 : 4); }
@@ -134,7 +119,7 @@ void ImageRewriter::rewrite(std::string& out, std::string_view tag) {
 
 // False when the message does not carry the image, or no longer has room for it.
 bool ImageRewriter::embed(std::string& out, std::string_view tag, std::string_view contentID) {
-    const auto* image = find(percentDecoded(contentID));
+    const auto* image = find(identifierIn(contentID));
     if (image == nullptr) return false;
     auto& [uri, picture] = read(*image);
     if (!uri) return false;

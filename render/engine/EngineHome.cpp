@@ -2,7 +2,7 @@
 
 #include "platform/Environment.h"
 #include "platform/Files.h"
-#include "platform/SettingsStore.h"
+#include "platform/UserFolders.h"
 #include "render/overrides/Register.h"
 
 #include <unistd.h>
@@ -21,10 +21,7 @@ bool canWriteIn(const std::filesystem::path& folder) {
 
 }   // namespace
 
-std::filesystem::path usersCache() {
-    const std::filesystem::path named = environment::value("XDG_CACHE_HOME").value_or("");
-    return named.is_absolute() ? named : homeFolder() / ".cache";
-}
+std::filesystem::path usersCache() { return cacheFolder(); }
 
 void EngineHome::moveIn() const {
     constexpr struct {

@@ -3,6 +3,7 @@
 #include "app/ForeignPictures.h"
 #include "pdf/Finisher.h"
 #include "platform/Files.h"
+#include "platform/Memory.h"
 #include "platform/TemporaryFolder.h"
 #include "render/engine/OverrideEffects.h"
 #include "render/loop/Log.h"
@@ -18,8 +19,6 @@
 #include <string>
 #include <utility>
 #include <variant>
-
-#include <malloc.h>
 
 namespace ostrel {
 
@@ -148,7 +147,7 @@ void WebPDFRenderer::renderPDF(const Page& asBuilt, const std::filesystem::path&
         std::filesystem::remove(printed, ignored);
         // Short-lived objects of all sizes leave holes, which would add up to three times what is in use.
         constexpr unsigned long pagesBetweenTrims = 64;
-        if (state.pages % pagesBetweenTrims == 0) malloc_trim(0);
+        if (state.pages % pagesBetweenTrims == 0) memory::returnUnused();
     } catch (const FileError& error) {
         throw RenderError(RenderError::Kind::writeFailed, error.what());
     } catch (const pdf::Error& error) {

@@ -1,4 +1,4 @@
-#include "platform/PropertyList.h"
+#include "platform/PropertyListReaders.h"
 
 #include <cmath>
 #include <limits>

@@ -1,5 +1,6 @@
 #include "platform/Files.h"
 #include "platform/SettingsStore.h"
+#include "platform/UserFolders.h"
 #include "tests/platform/Surroundings.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 #include "core/mailstore/Emlx.h"
 #include "fuzz/Seeds.h"
 #include "fuzz/Target.h"
-#include "platform/PropertyList.h"
+#include "platform/PropertyListReaders.h"
 #include "sample/EmlBuilder.h"
 
 namespace ostrel::fuzz {
