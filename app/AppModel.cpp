@@ -5,6 +5,7 @@
 #include "app/PreparedIndex.h"
 #include "core/mailstore/Emlx.h"
 #include "core/page/MessageHTML.h"
+#include "platform/Memory.h"
 #include "platform/Translation.h"
 
 #include <algorithm>
@@ -12,8 +13,6 @@
 #include <mutex>
 #include <set>
 #include <utility>
-
-#include <malloc.h>
 
 namespace ostrel {
 
@@ -140,7 +139,7 @@ void AppModel::reload() {
     scan_ = std::stop_source();
     const auto stop = scan_.get_token();
     const auto root = settings.get().mailFolderURL();
-    state.set({MailState::Kind::checking});
+    own_.state.set({MailState::Kind::checking});
     inBackground(
         stop, [root] { return MailScanner::checkAccess(root); },
         [stop, root](AppModel& model, std::optional<MailAccessError::Kind> refused) {
@@ -150,13 +149,15 @@ void AppModel::reload() {
 }
 
 void AppModel::refuse(MailAccessError::Kind why) {
-    state.set({why == MailAccessError::Kind::noPermission ? MailState::Kind::needsAccess : MailState::Kind::noMail});
+    own_.state.set(
+        {why == MailAccessError::Kind::noPermission ? MailState::Kind::needsAccess : MailState::Kind::noMail});
 }
 
 void AppModel::scan(const std::stop_token& stop, const std::filesystem::path& root) {
-    state.set({MailState::Kind::scanning, 0});
+    own_.state.set({MailState::Kind::scanning, 0});
     const auto progress = reporting<std::size_t>(stop, [](AppModel& model, std::size_t found) {
-        if (model.state.get().kind == MailState::Kind::scanning) model.state.set({MailState::Kind::scanning, found});
+        if (model.state.get().kind == MailState::Kind::scanning)
+            model.own_.state.set({MailState::Kind::scanning, found});
     });
     inBackground(
         stop,
@@ -166,7 +167,7 @@ void AppModel::scan(const std::stop_token& stop, const std::filesystem::path& ro
                     MailScanner::scan(root, label, progress, [&] { return stop.stop_requested(); }));
                 // A folder that has not changed keeps its index, and the windows what they show of it.
                 if (stop.stop_requested() || (before && *before->index() == *found)) return before;
-                ::malloc_trim(0);   // what the scan has left: to prepare the index takes as much again
+                memory::returnUnused();   // what the scan has left: to prepare the index takes as much again
                 return std::make_shared<const PreparedIndex>(std::move(found));
             } catch (const MailAccessError& error) {
                 return error.kind;
@@ -189,14 +190,14 @@ void AppModel::adopt(std::shared_ptr<const PreparedIndex> prepared) {
     }
     auto retired = std::exchange(prepared_, prepared);
     order_ = prepared->sorted(sortOrder.get());
-    index.set(prepared->index());
+    own_.index.set(prepared->index());
     // To free a large index takes longer than a picture on the screen. What it leaves between the next one's memory,
     // the system gets back only when asked to take it.
     surroundings_.tasks.inBackground([retired = std::move(retired)]() mutable {
         retired.reset();
-        ::malloc_trim(0);
+        memory::returnUnused();
     });
-    state.set({MailState::Kind::ready});
+    own_.state.set({MailState::Kind::ready});
 }
 
 void AppModel::becameActive() {
@@ -235,14 +236,14 @@ void AppModel::keepSettings() {
 // ---- The list ----
 
 void AppModel::recomputeMessages() {
-    messages.set(prepared_ ? prepared_->filtered(filter.get(), surroundings_.calendar(), order_) : MessageList());
+    own_.messages.set(prepared_ ? prepared_->filtered(filter.get(), surroundings_.calendar(), order_) : MessageList());
     if (selection.get() && !messages.get().find(*selection.get())) selection.set(std::nullopt);
 }
 
 void AppModel::resortMessages() {
     if (!prepared_) return;
     order_ = prepared_->sorted(sortOrder.get());
-    messages.set(prepared_->resorted(messages.get(), order_));
+    own_.messages.set(prepared_->resorted(messages.get(), order_));
 }
 
 void AppModel::setMailbox(const std::string& id, bool on) {
@@ -294,11 +295,11 @@ void AppModel::loadPreview() {
     preview_ = std::stop_source();
     const MessageSummary* summary = selectedSummary();
     if (!summary) {
-        previewHTML.set(std::nullopt);
-        isBuildingPreview.set(false);
+        own_.previewHTML.set(std::nullopt);
+        own_.isBuildingPreview.set(false);
         return;
     }
-    isBuildingPreview.set(true);
+    own_.isBuildingPreview.set(true);
     inBackground(
         preview_.get_token(),
         [request = PreviewRequest{summary->url, summary->date, mailboxName(summary->mailboxID),
@@ -306,8 +307,8 @@ void AppModel::loadPreview() {
             return previewPage(request);
         },
         [](AppModel& model, std::string page) {
-            model.previewHTML.set(std::move(page));
-            model.isBuildingPreview.set(false);
+            model.own_.previewHTML.set(std::move(page));
+            model.own_.isBuildingPreview.set(false);
         });
 }
 
@@ -326,7 +327,7 @@ bool AppModel::canExport() const {
 void AppModel::openExport() {
     if (state.get().kind != MailState::Kind::ready || messages.get().empty()) return;
     // A run that is under way keeps its face: there would be no other way to cancel it.
-    if (!isExporting()) exportPhase.set({});
+    if (!isExporting()) own_.exportPhase.set({});
     sheet.set(Sheet::export_);
 }
 
@@ -348,9 +349,9 @@ void AppModel::startExport(const std::filesystem::path& destination) {
     const MessageList list = messages.get();
     const std::shared_ptr<PDFRendering> renderer = surroundings_.makeRenderer(settings.get().paper, cancel);
     awake_ = surroundings_.desktop.keepAwake(tr("Exporting mail to PDF"));
-    exportPhase.set(ExportProgress{0, list.size(), ""});
+    own_.exportPhase.set(ExportProgress{0, list.size(), ""});
     const auto progress = reporting<ExportProgress>({}, [](AppModel& model, const ExportProgress& at) {
-        if (model.isExporting()) model.exportPhase.set(at);
+        if (model.isExporting()) model.own_.exportPhase.set(at);
     });
     const auto names = index.get() ? ExportPlan::mailboxNames(*index.get()) : std::map<std::string, std::string>();
     const auto plan = ExportPlan::settings(settings.get(), surroundings_.now(), surroundings_.calendar());
@@ -362,9 +363,9 @@ void AppModel::startExport(const std::filesystem::path& destination) {
         },
         [](AppModel& model, ExportOutcome outcome) {
             if (auto* result = std::get_if<ExportResult>(&outcome)) {
-                model.exportPhase.set(std::move(*result));
+                model.own_.exportPhase.set(std::move(*result));
             } else {
-                model.exportPhase.set({});
+                model.own_.exportPhase.set({});
                 model.sheet.set(std::nullopt);
                 model.problem.set(
                     i18n::filled(tr("The export couldn’t be saved there: %@"), std::get<std::string>(outcome)));

@@ -41,7 +41,7 @@ using ExportPhase = std::variant<std::monostate, ExportProgress, ExportResult>;
 
 // What every window shows and does, without a window. One for the application, on the main thread; work goes to the
 // background and comes back as one finished value, which is dropped when it is no longer wanted. Views set the
-// properties that are theirs to set (below) and observe all.
+// properties that are theirs to set and observe all.
 class AppModel {
 public:
     struct Surroundings {
@@ -67,13 +67,25 @@ public:
     Property<SortOrder> sortOrder;
     Property<std::optional<std::string>> selection;   // MessageSummary::id
 
+private:
+    // What only the model sets.
+    struct Own {
+        Property<MailState> state;
+        Property<std::shared_ptr<const MailIndex>> index;
+        Property<MessageList> messages;
+        Property<std::optional<std::string>> previewHTML;
+        Property<bool> isBuildingPreview;
+        Property<ExportPhase> exportPhase;
+    } own_;
+
+public:
     // For views to read and observe.
-    Property<MailState> state;
-    Property<std::shared_ptr<const MailIndex>> index;   // null until the first scan has ended
-    Property<MessageList> messages;                     // filtered and sorted
-    Property<std::optional<std::string>> previewHTML;
-    Property<bool> isBuildingPreview;   // and previewHTML is still that of the selection before
-    Property<ExportPhase> exportPhase;
+    const Property<MailState>& state = own_.state;
+    const Property<std::shared_ptr<const MailIndex>>& index = own_.index;   // null until the first scan has ended
+    const Property<MessageList>& messages = own_.messages;                  // filtered and sorted
+    const Property<std::optional<std::string>>& previewHTML = own_.previewHTML;
+    const Property<bool>& isBuildingPreview = own_.isBuildingPreview;   // previewHTML is still the selection's before
+    const Property<ExportPhase>& exportPhase = own_.exportPhase;
 
     const MessageSummary* selectedSummary() const;   // null without; lives as long as this list
     std::string mailboxName(const std::string& mailboxID) const;

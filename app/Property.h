@@ -34,7 +34,7 @@ public:
         notify();
         return true;
     }
-    [[nodiscard]] Subscription observe(std::function<void()> observer) {
+    [[nodiscard]] Subscription observe(std::function<void()> observer) const {
         auto kept = std::make_shared<std::function<void()>>(std::move(observer));
         observers_.push_back(kept);
         return Subscription(kept);
@@ -50,7 +50,7 @@ private:
     }
 
     T value_;
-    std::list<std::weak_ptr<std::function<void()>>> observers_;
+    mutable std::list<std::weak_ptr<std::function<void()>>> observers_;   // whoever may read may observe
 };
 
 }   // namespace ostrel
