@@ -17,12 +17,12 @@ public:
         bool canCreate = false;
     };
     virtual ~Desktop() = default;
-    // Asks for one folder; chosen is called once, with nothing when the user changed their mind.
+    // Asks for one folder. chosen is called once; with nullopt if the user cancelled.
     virtual void chooseFolder(const FolderRequest& request,
                               std::function<void(std::optional<std::filesystem::path>)> chosen) = 0;
     // Shows the file or folder, selected, in the file manager.
     virtual void reveal(const std::filesystem::path& path) = 0;
-    // The machine does not fall asleep by itself as long as the result is kept.
+    // Keeps the machine from falling asleep by itself as long as the result is kept.
     virtual std::shared_ptr<void> keepAwake(const std::string& reason) = 0;
 };
 

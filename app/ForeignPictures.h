@@ -16,7 +16,7 @@ public:
     ForeignPictures() = default;
     explicit ForeignPictures(std::filesystem::path decodingProgram) : decoder_(std::move(decodingProgram)) {}
 
-    // nullopt if the page has none of them, and the engine can be given the page itself.
+    // nullopt if the page has none of them: the engine shows it as it is.
     std::optional<Page> shown(const Page& page);
 
 private:

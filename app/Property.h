@@ -27,7 +27,7 @@ public:
     Property& operator=(const Property&) = delete;
 
     const T& get() const { return value_; }
-    // False when the value is the one held, and nobody is told.
+    // Returns false, and tells nobody, if the value is equal to the one held.
     bool set(T value) {
         if (value == value_) return false;
         value_ = std::move(value);

@@ -9,7 +9,7 @@ constexpr bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && 
 constexpr bool isAlphanumeric(char c) { return isDigit(c) || isLetter(c); }
 constexpr char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
-// 0 to 15; -1 when it is no hexadecimal digit.
+// Returns 0 to 15; -1 if c is not a hexadecimal digit.
 constexpr int hexValue(char c) {
     if (isDigit(c)) return c - '0';
     const char letter = lower(c);

@@ -11,7 +11,7 @@ namespace ostrel {
 // A borrowed run of bytes; valid only while its owner lives.
 using ByteView = std::span<const std::byte>;
 
-// The same bytes seen as chars, for memchr-like searches. Says nothing about their charset.
+// Returns the same bytes as chars, for searches like memchr. Says nothing about their charset.
 inline std::string_view charsOf(ByteView bytes) { return {reinterpret_cast<const char*>(bytes.data()), bytes.size()}; }
 
 // The UTF-8 bytes of a text.
@@ -31,7 +31,7 @@ public:
     std::size_t size() const { return view_.size(); }
     bool empty() const { return view_.empty(); }
 
-    // The bytes from offset on, at most count; a range past the end gives what there is.
+    // Returns at most count bytes from offset on; a range past the end is cut to what there is.
     Bytes slice(std::size_t offset, std::size_t count = std::string_view::npos) const;
 
     bool operator==(const Bytes& other) const { return chars() == other.chars(); }

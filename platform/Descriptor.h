@@ -26,7 +26,7 @@ private:
     int number_;
 };
 
-// The call's result, repeated while a signal interrupts it.
+// Repeats the call while a signal interrupts it, and returns its result.
 template <typename Call>
 auto uninterrupted(Call call) {
     decltype(call()) result;

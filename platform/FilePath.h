@@ -7,7 +7,7 @@
 namespace ostrel {
 
 // The path of a file in one string, as the bytes the system knows it by. A std::filesystem::path keeps every component
-// as well: a dozen allocations, which for a hundred thousand files cost more than to read them.
+// as well: a dozen allocations, which for a hundred thousand files cost more than reading them.
 class FilePath {
 public:
     FilePath() = default;

@@ -65,7 +65,7 @@ TemporaryFile::~TemporaryFile() {
     if (!path_.empty() && path_ != target_) ::unlink(path_.c_str());
 }
 
-// A temporary name; make answers less than nothing when it could not make a file of that name.
+// Tries temporary names until make makes a file of one; it returns a negative number if it could not.
 template <typename Make>
 void TemporaryFile::takeName(Make make) {
     constexpr int attempts = 100;   // a killed process that had our id may have left some behind

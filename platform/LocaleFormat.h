@@ -22,17 +22,17 @@ std::string numericDateAndTime(Instant when, const Calendar& calendar);
 std::string date(Instant when, const Calendar& calendar);
 // The date alone in digits: "03/05/2024".
 std::string numericDate(Day day);
-// The day that somebody typed as the locale writes it in digits, or as 2024-03-05; of a year below 100 the century is
-// this one. Nothing for any other text.
+// Parses a day typed in digits, in the order of the locale or as 2024-03-05; a year below 100 is of this century.
+// nullopt for any other text.
 std::optional<Day> dayIn(std::string_view text);
 // A file size in decimal units: "Zero KB", "1 byte", "12 KB", "1.2 MB", "1.23 GB".
 std::string fileSize(std::uint64_t bytes);
 // A whole number with the locale's grouping.
 std::string wholeNumber(std::int64_t number);
 
-// The order a file manager uses: numbers by value, case folded, the locale's letters. Negative, zero or positive.
+// Compares as a file manager does: numbers by value, case folded, the locale's letters. Negative, zero or positive.
 int compare(std::string_view a, std::string_view b);
-// Bytes that compare as compare() does, for texts that are compared often.
+// Returns bytes that compare as compare() does, for texts that are compared often.
 std::string sortKey(std::string_view text);
 
 enum class MeasurementSystem { us, metric };

@@ -13,7 +13,8 @@ struct PropertyList {
     using Value = std::variant<std::int64_t, double, std::string, bool>;
     std::map<std::string, Value> entries;
 
-    // A number entry, by either of its readings. Nothing when the entry is missing or no number (a boolean is none).
+    // Return a number entry, converted where it is of the other kind. nullopt if it is missing or not a number (a
+    // boolean is not).
     std::optional<double> number(const std::string& key) const;
     std::optional<std::int64_t> integer(const std::string& key) const;
 };

@@ -13,7 +13,7 @@ public:
     static SettingsStore forUser();
     explicit SettingsStore(std::filesystem::path folder);
 
-    // The bytes stored under the key; nothing when there are none or they cannot be read.
+    // Returns the bytes stored under the key; nullopt if there are none or they cannot be read.
     std::optional<std::string> value(const std::string& key) const;
     // Throws FileError.
     void set(const std::string& key, const std::string& value) const;

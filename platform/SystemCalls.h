@@ -8,8 +8,8 @@
 
 namespace ostrel::files {
 
-// The system calls that can fail on a file, in the one place through which platform/ makes them: a test puts others in
-// the place of some, to let each fail once. Nobody else changes the table, and nobody while files are in use.
+// The system calls on files that can fail. platform/ makes all of them through this table, so that a test can replace
+// them and let each fail once. Nothing else changes the table, and not while files are in use.
 struct SystemCalls {
     int (*open)(int folder, const char* path, int flags, mode_t mode);
     int (*status)(int descriptor, struct stat* status);
@@ -23,7 +23,7 @@ struct SystemCalls {
     const dirent* (*nextEntry)(DIR* folder);
 };
 
-// What is called, at first the system itself.
+// Returns the table in use, by default the system's own calls.
 SystemCalls& systemCalls();
 
 }   // namespace ostrel::files

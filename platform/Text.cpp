@@ -283,13 +283,13 @@ std::string foldCase(std::string_view s) {
     return out;
 }
 
-std::string_view prefix(std::string_view s, std::size_t mostBytes) {
-    if (s.size() <= mostBytes) return s;
+std::string_view prefix(std::string_view s, std::size_t maxBytes) {
+    if (s.size() <= maxBytes) return s;
     const auto continues = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; };
     constexpr std::size_t longest = 4;   // bytes of a character; more that continue are no text
-    std::size_t end = mostBytes;
-    while (end > 0 && mostBytes - end < longest && continues(s[end])) --end;
-    return s.substr(0, continues(s[end]) ? mostBytes : end);
+    std::size_t end = maxBytes;
+    while (end > 0 && maxBytes - end < longest && continues(s[end])) --end;
+    return s.substr(0, continues(s[end]) ? maxBytes : end);
 }
 
 std::vector<std::size_t> graphemeLengths(std::string_view s) {

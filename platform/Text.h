@@ -20,23 +20,23 @@ bool isWordCharacter(char32_t c);
 // Control and format characters (general categories Cc and Cf).
 bool isControlOrFormat(char32_t c);
 
-// The code point at byte offset at and its length in bytes (1 to 4). A bad byte is {U+FFFD, 1}. at must be < size.
+// Returns the code point at byte offset at (< size) and its length in bytes (1 to 4). A bad byte is {U+FFFD, 1}.
 struct Decoded {
     char32_t codePoint;
     std::size_t length;
 };
 Decoded decodeAt(std::string_view s, std::size_t at);
-// The code point that ends just before byte offset end (end > 0).
+// Returns the code point that ends just before byte offset end (> 0).
 Decoded decodeBefore(std::string_view s, std::size_t end);
 void append(std::string& out, char32_t codePoint);
 
-// How many of the first bytes are ASCII.
+// Returns the number of ASCII bytes before the first other one.
 std::size_t asciiPrefix(std::string_view bytes);
 bool isValidUTF8(std::string_view bytes);
-// Every invalid sequence replaced by U+FFFD.
+// Returns the text with every invalid sequence replaced by U+FFFD.
 std::string toValidUTF8(std::string_view bytes);
 
-// Views into the argument.
+// Return views into the argument.
 std::string_view trimBlanks(std::string_view s);
 std::string_view trimBlanksAndNewlines(std::string_view s);
 std::string_view trimASCII(std::string_view s, std::string_view characters);
@@ -48,17 +48,17 @@ std::string lower(std::string_view s);
 // Simple case folding code point by code point (C+S of CaseFolding.txt): equal results mean "equal ignoring case".
 std::string foldCase(std::string_view s);
 char32_t foldCase(char32_t c);
-// For search as a person types it: case, accents and width folded away (NFKD, marks dropped, full case folding), white
-// space runs made one blank.
+// Returns the text without differences of case, accents and width (NFKD, marks dropped, full case folding), every run
+// of white space one blank: for searches as people type them.
 std::string foldForSearch(std::string_view s);
 
-// The first bytes of the text, at most so many, ending between two characters.
-std::string_view prefix(std::string_view s, std::size_t mostBytes);
+// Returns the longest beginning of the text that has at most maxBytes and ends between two characters.
+std::string_view prefix(std::string_view s, std::size_t maxBytes);
 
-// Byte length of the extended grapheme clusters of s, in order.
+// Returns the lengths in bytes of the extended grapheme clusters of s, in order.
 std::vector<std::size_t> graphemeLengths(std::string_view s);
 
-// Parses an optional sign and ASCII digits, nothing else. False when it is no such text or does not fit in 64 bits.
+// Parses an optional sign and ASCII digits. Returns false if s is anything else or does not fit in 64 bits.
 bool parseInteger(std::string_view s, long long& value);
 
 }   // namespace ostrel::text

@@ -248,7 +248,7 @@ struct ConverterClose {
 
 // Opening a converter loads a table; mail uses the same few again and again, so each thread keeps them.
 UConverter* openConverter(const std::string& name) {
-    constexpr std::size_t mostKept = 16;
+    constexpr std::size_t maxKept = 16;
     thread_local std::map<std::string, std::unique_ptr<UConverter, ConverterClose>> kept;
     if (const auto found = kept.find(name); found != kept.end()) {
         ucnv_resetToUnicode(found->second.get());
@@ -258,7 +258,7 @@ UConverter* openConverter(const std::string& name) {
     std::unique_ptr<UConverter, ConverterClose> converter(ucnv_open(name.c_str(), &status));
     ucnv_setToUCallBack(converter.get(), UCNV_TO_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
     if (U_FAILURE(status)) return nullptr;
-    if (kept.size() >= mostKept) kept.clear();
+    if (kept.size() >= maxKept) kept.clear();
     return (kept[name] = std::move(converter)).get();
 }
 

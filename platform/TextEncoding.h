@@ -14,11 +14,11 @@ public:
     static TextEncoding utf8();
     static TextEncoding windows1252();
     static TextEncoding latin1();
-    // The encoding behind a label of the IANA registry or an alias that real mail uses, letter case ignored; behind
-    // some labels the superset that senders mean (gb2312 is read as gb18030). Nothing when nobody knows the label.
+    // Returns the encoding of a label: of the IANA registry, or an alias that real mail uses, letter case ignored. Some
+    // labels give the superset that senders mean (gb2312 is read as gb18030). nullopt if the label is unknown.
     static std::optional<TextEncoding> named(std::string_view label);
 
-    // The bytes as UTF-8 text; nothing when one of them cannot stand there in this encoding. A byte-order mark stays.
+    // Returns the bytes as UTF-8 text; nullopt if they are not valid in this encoding. A byte-order mark stays.
     std::optional<std::string> decode(ByteView bytes) const;
 
     const std::string& name() const { return name_; }

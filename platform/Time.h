@@ -10,7 +10,7 @@ namespace ostrel {
 // An instant in UTC. Microseconds hold every year a mail can name and every file time to the digit that matters.
 using Instant = std::chrono::sys_time<std::chrono::microseconds>;
 
-// Seconds since 1970, fractions kept; nothing when it is not a number or lies beyond the years ±250,000.
+// Returns the instant so many seconds after 1970; nullopt if that is not a number or beyond the years ±250,000.
 std::optional<Instant> instantFromSeconds(double secondsSince1970);
 
 struct Day {
@@ -29,14 +29,14 @@ struct DateComponents {
 // The Gregorian calendar in one time zone. Cheap to copy; safe to use from several threads.
 class Calendar {
 public:
-    // The user's time zone, as TZ or the system says at the call.
+    // In the user's time zone, as TZ or the system says at the call.
     static Calendar current();
     static Calendar utc();
     // By IANA name ("Europe/Berlin"); an unknown name gives UTC.
     static Calendar inZone(const std::string& name);
 
     DateComponents components(Instant when) const;
-    // The first instant of the day in this zone (where midnight does not exist, the first moment after the gap).
+    // Returns the first instant of the day in this zone. Where a change of clocks skips midnight, that is later.
     Instant startOfDay(Day day) const;
 
 private:

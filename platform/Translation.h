@@ -17,9 +17,9 @@ void start(const std::filesystem::path& catalogues);
 // an installation and in a build.
 void start();
 
-// The text in the user's language.
+// Returns the text in the user's language.
 std::string tr(const char* english);
-// The plural form that fits the number, which takes the place of "%lld". Some languages need more forms than English.
+// Returns the plural form for the number, with the number in place of "%lld". Some languages have more than two forms.
 std::string trCount(const char* english, std::uint64_t count);
 // Puts whole numbers or texts at the place holders, in order.
 std::string filled(const std::string& text, std::uint64_t first, std::uint64_t second);

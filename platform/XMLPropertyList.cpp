@@ -162,7 +162,7 @@ Reading readNumber(std::string_view digits, Number& value, Base... base) {
     return error == std::errc() ? Reading::good : Reading::outOfRange;
 }
 
-// The value of a scalar element from its text; nothing for one that is kept out of the result.
+// Returns the value of a scalar element from its text; nullopt if the result leaves such an element out.
 Reading readScalar(std::string_view name, std::string content, std::optional<PropertyList::Value>& value) {
     if (name == "string") {
         value = std::move(content);

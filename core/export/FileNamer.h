@@ -11,7 +11,7 @@
 
 namespace ostrel {
 
-// Names for the files of one folder: clean on every disk, within 180 bytes, never one twice (letter case ignored).
+// Makes names for the files of one folder: valid on every disk, within 180 bytes, each unique (letter case ignored).
 class FileNamer {
 public:
     static constexpr std::size_t maxBytes = 180;

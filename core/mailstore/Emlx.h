@@ -35,25 +35,25 @@ public:
     const Kind kind;
 };
 
-// The container in the bytes of a whole file. Throws ReadError.
+// Parses the bytes of a whole file. Throws ReadError.
 Container container(const Bytes& file);
 
 // Appends the header block of a message file just opened to out, reading the file's first 64 KiB only unless the block
 // is longer. Throws ReadError, FileError; out is then as it was.
 void readHeaderBlock(files::ReadHandle& file, std::string& out);
-// The header fields of a message file. Throws ReadError, FileError.
+// Reads the header fields of a message file. Throws ReadError, FileError.
 Headers readHeaders(const std::filesystem::path& file);
 
-// The whole message. A message without a date takes the date received. Throws ReadError, FileError.
+// Reads the whole message. A message without a date takes the date received. Throws ReadError, FileError.
 MailMessage read(const std::filesystem::path& file);
 
-// True when the bytes start like a mail message: a field name and a colon, or "From ".
+// Returns whether the bytes start like a mail message: a field name and a colon, or "From ".
 bool looksLikeMessage(ByteView bytes);
 
 // "1234" for 1234.partial.emlx.
 std::string number(const FilePath& file);
 bool isPartial(const FilePath& file);
-// Where Mail keeps the attachments of a message file outside it: ../../Attachments/1234.
+// Returns where Mail keeps attachments outside the message file: ../../Attachments/1234.
 std::filesystem::path attachmentsFolder(const std::filesystem::path& file);
 
 }   // namespace ostrel::Emlx

@@ -24,10 +24,10 @@ namespace MailScanner {
 
 std::filesystem::path defaultMailFolder(const std::filesystem::path& home);
 
-// The folder to walk: the sub-folder "V<n>" with the largest n, else the folder itself.
+// Returns the folder to walk: the sub-folder "V<n>" with the largest n, else the folder itself.
 std::filesystem::path dataRoot(const std::filesystem::path& folder);
 
-// Nothing when the folder can be listed.
+// Returns why the folder cannot be read; nullopt if it can be listed.
 std::optional<MailAccessError::Kind> checkAccess(const std::filesystem::path& folder);
 
 // onMyMac: label of the account that stands for this computer. progress receives the number of messages found so far,

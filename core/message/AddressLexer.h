@@ -37,7 +37,7 @@ class AddressLexer {
 public:
     explicit AddressLexer(std::string_view value) : in_(value), comments_(value) {}
 
-    // The next token; for ever one of kind end when there is none.
+    // Returns the next token; one of kind end, again and again, behind the last.
     AddressToken next();
 
 private:

@@ -24,7 +24,7 @@ struct BodyCollector {
     std::vector<std::string> problems;
 
     void collect(const MIMEPart& part);
-    // The attachment that a leaf part becomes; may note "attachment-missing".
+    // Makes a leaf part an attachment; may add "attachment-missing" to problems.
     MailAttachment attachment(const MIMEPart& part);
     // The stored file of a part: its folder's file of that name, else the folder's only file, else the first of that
     // name anywhere below. Only regular files that lie in the attachments folder count.
@@ -40,7 +40,7 @@ private:
     std::string nameFor(const std::string& type, const std::string& partNumber);
 
     std::optional<StoredFiles> storedFiles_;   // of attachmentsFolder, from the first look-up on
-    // By MIME type: the system is asked once for each, since it reads files to answer.
+    // By MIME type. Looking one up reads files, so each is looked up once.
     std::map<std::string, std::string> extensions_ = {{"text/calendar", "ics"}};
 };
 

@@ -7,11 +7,11 @@
 #include <string>
 #include <string_view>
 
-// The one door from a message's bytes to text.
+// Decodes a message's bytes to text. Nothing else does.
 namespace ostrel::Charset {
 
-// The encoding behind a label as a sender wrote it: quotes, blanks and an RFC 2231 language suffix are removed, ASCII
-// means UTF-8 and ISO-8859-1 means Windows-1252. Nothing for an absent, empty or unknown label.
+// Returns the encoding of a label as a sender wrote it: quotes, blanks and an RFC 2231 language suffix are ignored,
+// ASCII means UTF-8 and ISO-8859-1 means Windows-1252. nullopt for an absent, empty or unknown label.
 std::optional<TextEncoding> encoding(std::optional<std::string_view> label);
 
 // Decodes as labelled, else as UTF-8, else as Windows-1252, else as ISO-8859-1: the first that accepts every byte.

@@ -9,16 +9,16 @@
 namespace ostrel {
 
 // The comments of a structured field value (RFC 5322 section 3.2.2), nested to any depth. A parenthesis that never
-// closes starts no comment. Which ones close is found out once for the whole value, so that a flood of open ones costs
-// no more than any other text.
+// closes starts no comment. The constructor finds those that close in one pass, so that a flood of open ones costs no
+// more than other text.
 class Comments {
 public:
     // The value must outlive this.
     explicit Comments(std::string_view value);
 
     bool startsAt(std::size_t position) const { return position < opens_.size() && opens_[position]; }
-    // The comment at the cursor (over the same value) without its outer parentheses, escapes still in it; the cursor is
-    // then behind it.
+    // Moves the cursor, which is over the same value, past the comment that it stands at. Returns the comment without
+    // its outer parentheses, escapes still in it; nullopt if there is none.
     std::optional<std::string_view> take(Cursor& in) const;
 
 private:

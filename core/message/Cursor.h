@@ -16,7 +16,7 @@ public:
     std::size_t position() const { return at_; }
     void rewind(std::size_t position) { at_ = position; }
 
-    // The char that many places on; NUL past the end, so a rule needs no bounds check of its own.
+    // Returns the char so many places ahead; NUL past the end, so a rule needs no bounds check of its own.
     char peek(std::size_t ahead = 0) const { return ahead < text_.size() - at_ ? text_[at_ + ahead] : '\0'; }
     void skip(std::size_t count = 1) { at_ += count < text_.size() - at_ ? count : text_.size() - at_; }
 
@@ -31,7 +31,7 @@ public:
         while (!atEnd() && accepts(text_[at_])) ++at_;
         return since(start);
     }
-    // What was passed since that position.
+    // Returns the text between start and the cursor.
     std::string_view since(std::size_t start) const { return text_.substr(start, at_ - start); }
     std::string_view text() const { return text_; }
 

@@ -21,11 +21,11 @@ struct Section {
 using Sections = std::map<std::string, std::vector<Section>>;   // by the parameter's name without markers
 
 // The first pieces between the ";" that stand outside quoted strings; views into value.
-std::vector<std::string_view> splitAtSemicolons(std::string_view value, std::size_t most) {
+std::vector<std::string_view> splitAtSemicolons(std::string_view value, std::size_t maxSegments) {
     std::vector<std::string_view> segments;
     std::size_t start = 0;
     bool isQuoted = false;
-    for (std::size_t at = 0; at < value.size() && segments.size() < most; ++at) {
+    for (std::size_t at = 0; at < value.size() && segments.size() < maxSegments; ++at) {
         switch (value[at]) {
             case '"':
                 isQuoted = !isQuoted;
@@ -42,7 +42,7 @@ std::vector<std::string_view> splitAtSemicolons(std::string_view value, std::siz
                 break;
         }
     }
-    if (segments.size() < most) segments.push_back(value.substr(start));
+    if (segments.size() < maxSegments) segments.push_back(value.substr(start));
     return segments;
 }
 
@@ -109,11 +109,11 @@ void addSegment(std::string_view segment, std::map<std::string, std::string>& pa
 
 }   // namespace
 
-HeaderParameters HeaderParameters::parse(std::optional<std::string_view> headerValue, std::size_t most) {
+HeaderParameters HeaderParameters::parse(std::optional<std::string_view> headerValue, std::size_t maxParameters) {
     HeaderParameters result;
     if (!headerValue) return result;
-    auto segments = splitAtSemicolons(*headerValue, most + 2);   // the value, and one too many if there is one
-    result.isCutShort = segments.size() > most + 1;
+    auto segments = splitAtSemicolons(*headerValue, maxParameters + 2);   // the value, and one too many if there is one
+    result.isCutShort = segments.size() > maxParameters + 1;
     if (result.isCutShort) segments.pop_back();
     result.value = text::trimBlanks(segments.front());
     Sections sections;

@@ -18,10 +18,11 @@ struct HeaderParameters {
     // have a few; long names that RFC 2231 divides come in some dozens of pieces.
     static constexpr std::size_t parameterLimit = 250'000;
 
-    // Never fails; an absent value gives an empty record. Looks at the first `most` pieces behind a ";".
-    static HeaderParameters parse(std::optional<std::string_view> headerValue, std::size_t most = parameterLimit);
+    // Never fails; an absent value gives an empty record. Reads at most maxParameters pieces behind a ";".
+    static HeaderParameters parse(std::optional<std::string_view> headerValue,
+                                  std::size_t maxParameters = parameterLimit);
 
-    // Nothing when there is no such parameter; name in lower case. The view lives as long as this object.
+    // Returns a parameter by its name in lower case; nullopt if absent. The view lives as long as this object.
     std::optional<std::string_view> param(const std::string& name) const;
 
     bool operator==(const HeaderParameters&) const = default;

@@ -30,8 +30,8 @@ bool equalIgnoringCase(std::string_view a, std::string_view b) {
 class FieldBuilder {
 public:
     // Without names every field is taken.
-    FieldBuilder(std::optional<std::span<const std::string_view>> names, std::size_t most)
-        : names_(names), most_(most) {
+    FieldBuilder(std::optional<std::span<const std::string_view>> names, std::size_t maxFields)
+        : names_(names), maxFields_(maxFields) {
         if (names) fields_.reserve(names->size());
     }
 
@@ -59,7 +59,7 @@ private:
         if (colon == line.npos) return;
         const auto name = text::trimBlanks(line.substr(0, colon));
         if (name.empty() || name.find(' ') != name.npos || !isWanted(name)) return;
-        isCutShort_ = fields_.size() == most_;
+        isCutShort_ = fields_.size() == maxFields_;
         if (isCutShort_) return;
         // The blanks at the end stay for now: they belong to the value if it is continued.
         auto value = line.substr(colon + 1);
@@ -94,7 +94,7 @@ private:
     }
 
     std::optional<std::span<const std::string_view>> names_;
-    std::size_t most_;
+    std::size_t maxFields_;
     std::vector<HeaderField> fields_;
     bool isCutShort_ = false;
     bool isOpen_ = false;   // the last field may still be continued
@@ -118,8 +118,8 @@ Headers parseFields(ByteView headerBytes, FieldBuilder builder) {
 
 }   // namespace
 
-Headers Headers::parse(ByteView headerBytes, std::size_t most) {
-    return parseFields(headerBytes, FieldBuilder(std::nullopt, most));
+Headers Headers::parse(ByteView headerBytes, std::size_t maxFields) {
+    return parseFields(headerBytes, FieldBuilder(std::nullopt, maxFields));
 }
 
 Headers Headers::parseOnly(ByteView headerBytes, std::span<const std::string_view> names) {

@@ -27,13 +27,13 @@ struct Headers {
     static constexpr std::size_t fieldLimit = 1'000'000;
 
     // Never fails; lines that cannot be a field are dropped. The whole block has one charset: UTF-8 when it is valid
-    // UTF-8, otherwise Windows-1252. Keeps the first `most` fields.
-    static Headers parse(ByteView headerBytes, std::size_t most = fieldLimit);
-    // The same without the fields of other names, letter case ignored: most of a block is of no use to a list. The
-    // names asked for are ASCII.
+    // UTF-8, otherwise Windows-1252. Keeps the first maxFields fields.
+    static Headers parse(ByteView headerBytes, std::size_t maxFields = fieldLimit);
+    // Keeps only the fields with one of the names, which are ASCII, letter case ignored: a list needs few of a block's
+    // fields.
     static Headers parseOnly(ByteView headerBytes, std::span<const std::string_view> names);
 
-    // The raw value of the first field of that name, letter case ignored; the view lives as long as this object.
+    // Returns the raw value of the first field of that name, letter case ignored. The view lives as long as this.
     std::optional<std::string_view> first(std::string_view name) const;
     // The same with encoded words decoded (RFC 2047).
     std::optional<std::string> decoded(std::string_view name) const;

@@ -41,10 +41,10 @@ private:
 
 // The first lines that begin with the delimiter, up to and including the first that closes. What follows the delimiter
 // on its line is not looked at, so that trailing blanks do no harm.
-std::vector<DelimiterLine> delimiterLines(std::string_view body, std::string_view delimiter, std::size_t most) {
+std::vector<DelimiterLine> delimiterLines(std::string_view body, std::string_view delimiter, std::size_t maxLines) {
     std::vector<DelimiterLine> lines;
     DelimiterTest test(body, delimiter);
-    for (std::size_t start = 0; start + delimiter.size() <= body.size() && lines.size() < most;) {
+    for (std::size_t start = 0; start + delimiter.size() <= body.size() && lines.size() < maxLines;) {
         const auto lineFeed = body.find('\n', start);
         const auto next = lineFeed == body.npos ? body.size() : lineFeed + 1;
         if (test.matchesAt(start)) {
@@ -148,14 +148,14 @@ MIMEPart MIMEPart::build(Headers headers, Bytes body, std::string number, int de
     return root;
 }
 
-std::vector<Bytes> MIMEPart::splitMultipart(const Bytes& body, std::string_view boundary, std::size_t most) {
+std::vector<Bytes> MIMEPart::splitMultipart(const Bytes& body, std::string_view boundary, std::size_t maxPieces) {
     const auto in = body.chars();
     // A delimiter more than pieces, to see where the last of them ends.
-    const auto lines = delimiterLines(in, "--" + std::string(boundary), most + 1);
+    const auto lines = delimiterLines(in, "--" + std::string(boundary), maxPieces + 1);
     std::vector<Bytes> pieces;
-    for (std::size_t i = 0; i < lines.size() && !lines[i].closes && pieces.size() < most; ++i) {
+    for (std::size_t i = 0; i < lines.size() && !lines[i].closes && pieces.size() < maxPieces; ++i) {
         const auto start = lines[i].next;
-        const bool isLast = i + 1 == lines.size() || (i + 1 == most && !lines[i + 1].closes);
+        const bool isLast = i + 1 == lines.size() || (i + 1 == maxPieces && !lines[i + 1].closes);
         if (isLast) {
             pieces.push_back(body.slice(start));   // cut short, or too many: the rest is all there is
         } else {

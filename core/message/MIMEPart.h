@@ -21,7 +21,7 @@ struct MIMEPart {
         number;   // "1" for the root and for its first child, then "1.1", "1.2", "2" ... as Mail numbers its folders
     HeaderParameters contentType;
     HeaderParameters disposition;
-    bool isBeyondLimits = false;   // of the root: the message, with all its parts, was more than could be kept apart
+    bool isBeyondLimits = false;   // of the root: the message has more parts than are kept apart
 
     // A part takes hundreds of bytes of memory where four in the file are enough for one. The last one that a message
     // may have holds what is beyond, undivided. The largest digests and forwarded folders have some thousands.
@@ -34,9 +34,9 @@ struct MIMEPart {
     // The same from parsed header fields.
     static MIMEPart build(Headers headers, Bytes body, std::string number, int depth);
     // The pieces between the delimiter lines (RFC 2046 section 5.1.1), without preamble and epilogue; empty pieces are
-    // kept. Where there would be more than `most`, the last piece is the whole rest.
+    // kept. If there are more than maxPieces, the last piece is the whole rest.
     static std::vector<Bytes> splitMultipart(const Bytes& body, std::string_view boundary,
-                                             std::size_t most = partLimit);
+                                             std::size_t maxPieces = partLimit);
 
     std::string mimeType() const;   // lower case; "text/plain" when none or not type/subtype
     bool isMultipart() const;

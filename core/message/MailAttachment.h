@@ -25,9 +25,9 @@ struct MailAttachment {
     Source source;
 
     bool isAvailable() const { return !std::holds_alternative<Missing>(source); }
-    // In bytes; nothing when missing or when the file cannot be asked.
+    // Returns the size in bytes; nullopt if the bytes are missing or the file cannot be read.
     std::optional<std::uint64_t> size() const;
-    // The bytes, read from the file where they are in one. Throws FileError (notFound when missing).
+    // Returns the bytes, read from the file if they are in one. Throws FileError (notFound when missing).
     Bytes data() const;
 
     bool operator==(const MailAttachment&) const = default;

@@ -76,11 +76,11 @@ bool takeAny(Cursor& in, std::string_view characters) {
     return true;
 }
 
-std::optional<Number> number(Cursor& in, std::size_t fewest, std::size_t most) {
+std::optional<Number> number(Cursor& in, std::size_t minDigits, std::size_t maxDigits) {
     const auto start = in.position();
     const auto digits = in.takeWhile(ascii::isDigit);
     int value = 0;
-    if (digits.size() >= fewest && digits.size() <= most) {
+    if (digits.size() >= minDigits && digits.size() <= maxDigits) {
         std::from_chars(digits.data(), digits.data() + digits.size(), value);
         return Number{value, digits.size()};
     }
@@ -269,7 +269,7 @@ microseconds fractionOfSecond(Cursor& in) {
 }
 
 struct TimeOfDay {
-    std::optional<microseconds> sinceMidnight;   // nothing: numbers that no clock shows
+    std::optional<microseconds> sinceMidnight;   // nullopt: numbers that no clock shows
 };
 
 // "090742" or "0907", as ISO 8601 writes it after the "T"
@@ -323,7 +323,7 @@ std::optional<TimeOfDay> timeOfDay(Cursor& in) {
 
 // ("+" / "-") 4DIGIT    (RFC 5322 §3.3); "+02:00", "+200" and "+2" too
 struct Offset {
-    std::optional<minutes> east;   // nothing: digits that are no offset
+    std::optional<minutes> east;   // nullopt: digits that are no offset
 };
 std::optional<Offset> numericOffset(Cursor& in) {
     if ((in.peek() != '+' && in.peek() != '-') || !ascii::isDigit(in.peek(1))) return std::nullopt;
@@ -356,8 +356,8 @@ std::optional<Offset> unsignedOffset(Cursor& in) {
     return std::nullopt;
 }
 
-// zone := offset / obs-zone    (RFC 5322 §3.3, §4.3). A military letter counts as an unknown name, and that as UTC, for
-// so many programs had the sign of the letters wrong. Nothing when there is no zone.
+// zone := offset / obs-zone    (RFC 5322 §3.3, §4.3). A military letter counts as an unknown name, and that as UTC:
+// many programs had the sign of the letters wrong. nullopt if there is no zone.
 std::optional<Offset> zone(Cursor& in) {
     skipBlanks(in);
     if (const auto offset = numericOffset(in)) return offset;

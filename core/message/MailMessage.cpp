@@ -24,7 +24,7 @@ bool hasTooManyAddresses(const MailMessage& message) {
     return message.inReplyTo.size() >= MessageIDs::listLimit || message.references.size() >= MessageIDs::listLimit;
 }
 
-// Nothing when there are no pieces; pieces may be empty.
+// nullopt if there are no pieces; pieces may be empty.
 std::optional<std::string> joined(const std::vector<std::string>& pieces, std::string_view separator) {
     if (pieces.empty()) return std::nullopt;
     std::size_t size = separator.size() * (pieces.size() - 1);

@@ -12,11 +12,11 @@ namespace ostrel {
 // out, and no link is followed out of the folder: what a mail or a copied store names must not reach outside.
 class StoredFiles {
 public:
-    // Nothing is read yet. Without a folder nothing is ever found.
+    // Does not read anything yet. Without a folder, find() finds nothing.
     explicit StoredFiles(std::optional<std::filesystem::path> folder) : folder_(std::move(folder)) {}
 
     // A part's file: in the part's own folder the one of that name, else the only one; else the first of that name
-    // anywhere below, hidden ones included. Nothing when there is none or the folder cannot be read.
+    // anywhere below, hidden ones included. nullopt if there is none or the folder cannot be read.
     std::optional<std::filesystem::path> find(const std::string& partNumber, const std::string& filename);
 
 private:

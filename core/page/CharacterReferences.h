@@ -11,9 +11,8 @@ struct CharacterReference {
     std::size_t length = 0;   // in bytes, from "&" to the ";" or, where that is missing, to the last digit or letter
 };
 
-// The character reference that the text begins with: a number, or one of the names of HTML 4.01 section 24 and
-// "apos". Browsers need no ";" behind numbers and the older names, so none is asked for. nullopt: text begins with a
-// mere "&".
+// Returns the character reference that the text begins with: a number, "apos", or a name of HTML 4.01 section 24. As in
+// browsers, numbers and the older names need no ";". nullopt if the text begins with no reference.
 std::optional<CharacterReference> characterReference(std::string_view text);
 
 }   // namespace ostrel::html

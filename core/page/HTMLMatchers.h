@@ -86,7 +86,7 @@ inline const Match& matchOf(const Match& match) { return match; }
 inline const Match& matchOf(const ScriptURL& url) { return url.match; }
 
 // Replaces every match: next(from) finds the first one at or after `from`, append(out, found) writes what takes its
-// place. Both may read the text as it was. Copies nothing when there is no match; says whether there was one.
+// place. Both may read the text as it was. Returns false, and copies nothing, if there is no match.
 template <typename Next, typename Append>
 bool substitute(std::string& text, Next next, Append append) {
     auto found = next(std::size_t{0});

@@ -5,8 +5,8 @@
 
 namespace ostrel::html {
 
-// The text of an HTML fragment as it is read: UTF-8, white space made one blank outside of pre, a line for each
-// block, tabs between the cells of a row. Comments, style sheets, scripts and titles are left out, references resolved.
+// Returns the text of an HTML fragment as it is read: UTF-8, runs of white space one blank except in pre, a line for
+// each block, tabs between the cells of a row. Comments, style sheets, scripts and titles are left out.
 // Never fails; linear.
 std::string textOf(std::string_view fragment);
 

@@ -66,7 +66,7 @@ bool isForeignDigit(std::string_view tag, std::size_t at) {
            u_charType(static_cast<UChar32>(text::decodeAt(tag, at).codePoint)) == U_DECIMAL_DIGIT_NUMBER;
 }
 
-// \sNAME\s*=\s*["']?(\d+): the number of the first match; nothing when there is none or it is beyond 64 bits.
+// \sNAME\s*=\s*["']?(\d+): the number of the first match; nullopt if there is none or it exceeds 64 bits.
 std::optional<std::int64_t> pixels(std::string_view tag, std::string_view name) {
     for (auto found = nextNamed(tag, 0, name); found; found = nextNamed(tag, found->sign + 1, name)) {
         const std::size_t begin = skipQuote(tag, found->value);

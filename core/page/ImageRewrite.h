@@ -15,9 +15,9 @@ namespace ostrel {
 // Rewrites the img tags of one message. The table must outlive the rewriter.
 class ImageRewriter {
 public:
-    // What all images may add to one page, be they embedded or written into the HTML. A message that shows its one
-    // large image a hundred thousand times would otherwise make a page larger than memory; an image past the limit is
-    // treated as one that is not there.
+    // The bytes of all images on one page, whether embedded or written into the HTML. A message that shows its one
+    // large image a hundred thousand times would otherwise make a page larger than memory. An image past the limit is
+    // treated as missing.
     static constexpr std::size_t embeddedBytesLimit = std::size_t{256} << 20;
 
     explicit ImageRewriter(const std::map<std::string, MailAttachment>& inlineImages) : inlineImages_(inlineImages) {}
@@ -26,9 +26,9 @@ public:
     // HTML), the tag with a data: URI (the message's own images), a grey box of the declared size, or nothing.
     void rewrite(std::string& out, std::string_view tag);
 
-    // Images that were not the message's own.
+    // Returns the number of images that were not the message's own.
     std::size_t blocked() const { return blocked_; }
-    // The message's own images that were put in, with their data: URIs in the text that was appended to.
+    // Returns the message's own images that were embedded; their addresses are places in the text appended to.
     std::vector<PagePicture> takeEmbedded();
 
 private:

@@ -18,16 +18,16 @@ namespace ostrel::MessageHTML {
 inline constexpr std::string_view contentSecurityPolicy =
     "default-src 'none'; img-src data:; style-src 'unsafe-inline'; font-src data:";
 
-// What a page holds of a message's text: of its HTML (images written into that not counted), of its plain text, of the
-// list of its files. On a slow machine the engine lays out 1 MB of text in 6 to 9 s, on 250 sheets, and a
-// message that people wrote has some KB; the text of a log or a table that somebody pasted has some MB.
+// The limit for each of a message's HTML (images written into it are not counted), its plain text and its list of
+// files. On a slow machine the engine lays out 1 MB of text in 6 to 9 s, on 250 sheets. A message that people wrote
+// has some KB; a log or a table that somebody pasted has some MB.
 inline constexpr std::size_t textLimitBytes = std::size_t{8} << 20;
-// Of its subject, a row of its header, a name of a file.
+// The limit for its subject, a row of its header, the name of a file.
 inline constexpr std::size_t lineLimitBytes = std::size_t{1} << 20;
 
-// The complete document. What is beyond the limits is left out, and a note says so. mailbox and dateText are shown as
-// given (an empty mailbox gives no row); attachmentFolder is the name of the folder the attachments were saved in,
-// absent when nothing was saved. Never fails.
+// Makes the complete document. What is beyond the limits is left out, and a note says so. mailbox and dateText are
+// shown as given (an empty mailbox gives no row); attachmentFolder is the name of the folder that the attachments were
+// saved in, nullopt if nothing was saved. Never fails.
 Page page(const MailMessage& message, const std::string& mailbox, const std::string& dateText,
           const std::optional<std::string>& attachmentFolder, const PageLabels& labels);
 
@@ -41,7 +41,7 @@ struct Sanitized {
 // Never fails.
 Sanitized sanitize(std::string_view html, const std::map<std::string, MailAttachment>& inlineImages);
 
-// & < > and the double quote; nothing else.
+// Escapes & < > and the double quote, nothing else.
 std::string escape(std::string_view text);
 
 }   // namespace ostrel::MessageHTML

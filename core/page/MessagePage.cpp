@@ -93,9 +93,9 @@ public:
     bool isExceeded() const { return isExceeded_; }
 
 private:
-    std::string_view cut(std::string_view text, std::size_t most) {
-        isExceeded_ |= text.size() > most;
-        return text::prefix(text, most);
+    std::string_view cut(std::string_view text, std::size_t maxBytes) {
+        isExceeded_ |= text.size() > maxBytes;
+        return text::prefix(text, maxBytes);
     }
     bool isExceeded_ = false;
 };
@@ -161,7 +161,7 @@ Part notes(const MailMessage& message, std::size_t blockedImages, const PageLabe
     return notes;
 }
 
-// Adds nothing when the size of an attachment that is there cannot be had.
+// Adds nothing if the attachment is there but its size cannot be read.
 void addSize(Part& part, const MailAttachment& attachment, const PageLabels& labels) {
     const auto size = attachment.size();
     if (attachment.isAvailable() && !size) return;

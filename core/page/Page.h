@@ -25,14 +25,14 @@ struct PagePicture {
 // A message as one self-contained HTML document, with what is known of it from building it.
 struct Page {
     std::string html;
-    std::vector<PagePicture> pictures;   // each different one once, by its first address
+    std::vector<PagePicture> pictures;   // each different one once, ordered by its first address
     // What is read on the page, from top to bottom: UTF-8, a line for each row, paragraph and list entry, tabs between
     // the cells of a row. Styles are not looked at: text that they hide is in it.
     std::string text;
     bool operator==(const Page&) const = default;
 };
 
-// The page that a document makes which was not built from a message.
+// Makes a page of an HTML document that was not built from a message: finds its pictures and reads its text.
 Page makePage(std::string html);
 
 }   // namespace ostrel

@@ -9,12 +9,14 @@
 
 namespace ostrel {
 
-// Numbers for equal texts, in order of first appearance, from 0. Views must stay valid. With a text for each of some
-// hundred thousand messages it takes half the memory of a std::unordered_map, and half the time.
+// Numbers texts from 0 in order of first appearance; equal texts have one number. Views must stay valid. For some
+// hundred thousand texts it takes half the memory of a std::unordered_map, and half the time.
 class TextNumbers {
 public:
-    // Room for so many different texts, which is all there may be.
-    explicit TextNumbers(std::size_t most) : slots_(std::bit_ceil(most + most / 2 + 1), none) { texts_.reserve(most); }
+    // At most maxTexts different texts may be numbered.
+    explicit TextNumbers(std::size_t maxTexts) : slots_(std::bit_ceil(maxTexts + maxTexts / 2 + 1), none) {
+        texts_.reserve(maxTexts);
+    }
 
     struct Number {
         std::uint32_t value;
