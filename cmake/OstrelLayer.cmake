@@ -9,6 +9,10 @@ if(OSTREL_WARNINGS_ARE_ERRORS)
   target_compile_options(ostrelWarnings INTERFACE -Werror)
 endif()
 
+if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+  include_directories(BEFORE ${PROJECT_SOURCE_DIR}/cmake/clang)
+endif()
+
 add_library(ostrelHardening INTERFACE)
 if(CMAKE_BUILD_TYPE MATCHES "Release|RelWithDebInfo|MinSizeRel")
   target_compile_options(ostrelHardening INTERFACE -D_FORTIFY_SOURCE=2 -D_GLIBCXX_ASSERTIONS -fstack-protector-strong

@@ -157,9 +157,8 @@ void TrueTypeGlyph::curveTo(Place control1, Place control2, Place to) {
 
 void TrueTypeGlyph::close() {
     if (contour_.size() > 1 && contour_.back() == contour_.front()) contour_.pop_back();
-    const auto again =
-        std::ranges::unique(contour_, [](const Point& a, const Point& b) { return a == b && a.isOnCurve; });
-    contour_.erase(again.begin(), again.end());
+    const auto isTwice = [](const Point& a, const Point& b) { return a == b && a.isOnCurve; };
+    contour_.erase(std::unique(contour_.begin(), contour_.end(), isTwice), contour_.end());
     if (contour_.size() > 2) {
         // PostScript fills to the left of an outline, TrueType to the right.
         points_.insert(points_.end(), contour_.rbegin(), contour_.rend());

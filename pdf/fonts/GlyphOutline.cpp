@@ -86,7 +86,7 @@ std::optional<std::string> rectangle(std::span<const Step> contour) {
         if (!corner) return std::nullopt;
         at[i] = *corner;
     }
-    if (at[0][0] == at[1][0]) std::ranges::rotate(at, at.begin() + 1);   // begins with a level side
+    if (at[0][0] == at[1][0]) std::rotate(at.begin(), at.begin() + 1, at.end());   // begins with a level side
     if (at[0][1] != at[1][1] || at[1][0] != at[2][0] || at[2][1] != at[3][1] || at[3][0] != at[0][0])
         return std::nullopt;
     std::string text;
