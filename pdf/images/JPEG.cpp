@@ -107,7 +107,8 @@ std::string withoutMetadata(std::string_view file) {
     for (std::size_t at = 2; at + 4 <= file.size() && byteAt(file, at) == 0xFF;) {
         const auto type = byteAt(file, at + 1);
         const auto length = 2 + byteAt(file, at + 2) * 256 + byteAt(file, at + 3);
-        if (type < 0xC0 || type == 0xFF || length < 4 || at + length > file.size()) break;
+        const bool isAlone = type < 0xC0 || (type >= 0xD0 && type <= 0xD9) || type == 0xFF;   // without a length
+        if (isAlone || length < 4 || at + length > file.size()) break;
         if (type == startOfScan) return kept.append(file.substr(at));
         // JFIF and Adobe say which colours are meant; other application data do not touch the pixels.
         const bool isMetadata = type == comment || (type > app0 && type <= app15 && type != app14);

@@ -41,6 +41,8 @@ TEST(JPEG, MetadataGoAndNothingElse) {
     EXPECT_NE(photo.jpeg.find("Exif"), std::string::npos);
     EXPECT_EQ(bare.find("Exif"), std::string::npos);
     EXPECT_EQ(jpeg::withoutMetadata(bare), bare);
+    const std::string odd = std::string("\xFF\xD8\xFF\xD0\0\x04--", 8) + photo.jpeg.substr(2);
+    EXPECT_EQ(jpeg::withoutMetadata(odd), odd) << "a marker that has no length";
     for (std::size_t cut = 0; cut < bare.size(); ++cut) {   // whatever it makes of a broken one, it makes something
         const auto broken = photo.jpeg.substr(0, cut);
         EXPECT_LE(jpeg::withoutMetadata(broken).size(), broken.size());
