@@ -45,6 +45,38 @@ std::string SamplePDF::bytes(Streams streams) {
 
 std::string ref(QPDFObjectHandle object) { return object.unparse(); }
 
+std::string compositeFont(SamplePDF& pdf, const std::string& program, const pdf::CodeTexts& texts) {
+    const auto file = pdf.stream("<< /Length1 " + std::to_string(program.size()) + " >>", program);
+    const auto descriptor = pdf.object("<< /Type /FontDescriptor /FontName /A /FontFile2 " + ref(file) + " >>");
+    const auto descendant = pdf.object(
+        "<< /Type /Font /Subtype /CIDFontType2 /BaseFont /A /CIDToGIDMap /Identity /DW 500 /W [1 [601 602 "
+        "603]] /FontDescriptor " +
+        ref(descriptor) + " >>");
+    return ref(pdf.object("<< /Type /Font /Subtype /Type0 /BaseFont /A /Encoding /Identity-H /DescendantFonts [" +
+                          ref(descendant) + "] /ToUnicode " + ref(pdf.stream("<< >>", pdf::makeToUnicode({2, texts}))) +
+                          " >>"));
+}
+
+std::string drawnFont(SamplePDF& pdf, const std::string& name, const pdf::CodeTexts& texts) {
+    std::string procedures, names, widths;
+    pdf::ToUnicode meanings;
+    for (int code = 0; code <= texts.rbegin()->first; ++code) {
+        widths += "1000 ";
+        if (!texts.contains(code)) continue;
+        const auto glyph = "/g" + std::to_string(code);
+        const auto size = std::to_string(10 + code);
+        procedures += glyph + " " + ref(pdf.stream("<< >>", "1000 0 0 -9 99 0 d1 0 0 " + size + " -9 re f")) + " ";
+        names += std::to_string(code) + " " + glyph + " ";
+        if (!texts.at(code).empty()) meanings.texts.emplace(code, texts.at(code));
+    }
+    return ref(
+        pdf.object("<< /Type /Font /Subtype /Type3 /FontBBox [0 120 1000 -880] /FontMatrix [.001 0 0 -.001 0 0] "
+                   "/FontDescriptor << /FontName /" +
+                   name + " >> /FirstChar 0 /LastChar " + std::to_string(texts.rbegin()->first) + " /Widths [" +
+                   widths + "] /CharProcs << " + procedures + ">> /Encoding << /Differences [" + names +
+                   "] >> /ToUnicode " + ref(pdf.stream("<< >>", pdf::makeToUnicode(meanings))) + " >>"));
+}
+
 OpenedPDF::OpenedPDF(std::string bytes) : bytes_(std::move(bytes)) {
     file_.setAttemptRecovery(false);
     file_.processMemoryFile("finished", bytes_.data(), bytes_.size());

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "pdf/fonts/ToUnicode.h"
+
 #include <optional>
 #include <string>
 #include <string_view>
@@ -22,12 +24,19 @@ public:
     // The engine packs its streams or, asked to, stores them.
     enum class Streams { packed, stored };
     std::string bytes(Streams streams = Streams::packed);
+    QPDF& file() { return file_; }
 
 private:
     QPDF file_;
 };
 
 std::string ref(QPDFObjectHandle object);
+
+// Fonts as the engine writes them, to refer to; texts as pdf::ToUnicode has them. One whose codes are the glyphs of a
+// TrueType program:
+std::string compositeFont(SamplePDF& pdf, const std::string& program, const pdf::CodeTexts& texts);
+// One with a drawn glyph, a box, for each code, called g and its code; without a text where that is empty.
+std::string drawnFont(SamplePDF& pdf, const std::string& name, const pdf::CodeTexts& texts);
 
 // A finished file, opened again.
 class OpenedPDF {
