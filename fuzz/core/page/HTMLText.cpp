@@ -1,0 +1,56 @@
+#include "core/page/HTMLText.h"
+
+#include "core/page/PagePictures.h"
+#include "fuzz/Target.h"
+#include "platform/Text.h"
+
+namespace ostrel::fuzz {
+namespace {
+
+// A text as a page may write it: its own signs, references, elements within it.
+enum class Writing { plain, references, elements };
+
+std::string written(std::string_view text, Writing writing) {
+    std::string html;
+    for (std::size_t at = 0; at < text.size();) {
+        const auto [c, length] = text::decodeAt(text, at);
+        const bool isMarkup = c == U'<' || c == U'>' || c == U'&';
+        const bool isTold = c > 0x9F || (c > 0x20 && c < 0x7F);   // by its number; others stand for something else
+        if (isTold && (isMarkup || writing == Writing::references))
+            html += "&#" + std::to_string(static_cast<std::uint32_t>(c)) + ";";
+        else
+            html += text.substr(at, length);
+        if (writing == Writing::elements) html += "<b title='>'>";
+        at += length;
+    }
+    return html;
+}
+
+}   // namespace
+
+void run(ByteView input) {
+    const std::string html = text::toValidUTF8(charsOf(input));
+    isValidText(html::textOf(html), "a page's text");
+    const auto plain = html::textOf(written(html, Writing::plain));
+    holds(html::textOf(written(html, Writing::references)) == plain, "a text is the same in references");
+    holds(html::textOf(written(html, Writing::elements)) == plain, "a text is the same through elements");
+
+    for (const auto& picture : html::picturesOf(html)) {
+        holds(!picture.addresses.empty(), "a picture has an address");
+        std::size_t end = 0;
+        for (const auto& [begin, size] : picture.addresses) {
+            holds(begin >= end && begin + size <= html.size(), "addresses stand on the page, one after the other");
+            end = begin + size;
+            holds(picture.bytes.size() <= size, "a picture comes from its address");
+        }
+    }
+}
+
+std::vector<std::string> seeds() {
+    return {"<p title='\u0939>'>\u0939\u093f\u0928&#x94d;&#2342;&zwj;\u0940 </p><!-- x --><style>\u0939</style>\u0e01",
+            "<title>x</title>1\ufe0f\u20e3 \U0001f469&zwj;\U0001f468 \u05d0 &#128105;<b>\U0001f1e9</b>\U0001f1ea",
+            "<table><tr><td>a<td>b<pre> c\n d</pre></table><ul><li>e &amp f<br>g</ul><script>'<b>'</script>h",
+            "<img src=\"data:image/png;base64,iVBORw0KGgo=\"><i style='background:url(data:image/jpg;base64,/9j/BB)'>"};
+}
+
+}   // namespace ostrel::fuzz
