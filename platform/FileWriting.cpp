@@ -5,6 +5,7 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <ctime>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -38,9 +39,13 @@ private:
 };
 
 // Short whatever the target's name is: that may use up all the bytes a name can have.
+constexpr std::string_view temporaryPrefix = ".ostrel-";
+constexpr std::string_view temporarySuffix = ".part";
 std::string temporaryName() {
     static std::atomic<unsigned> counter{0};
-    return ".ostrel-" + std::to_string(::getpid()) + "-" + std::to_string(++counter) + ".part";
+    std::string name(temporaryPrefix);
+    name += std::to_string(::getpid()) + "-" + std::to_string(++counter);
+    return name.append(temporarySuffix);
 }
 
 int openNameless(const std::filesystem::path& folder) {
@@ -163,6 +168,41 @@ void copyAtomically(const std::filesystem::path& from, const std::filesystem::pa
         file.write({buffer.data(), static_cast<std::size_t>(count)});
     }
     file.moveToTarget();
+}
+
+bool isUnfinishedName(std::string_view name) {
+    if (name.size() <= temporaryPrefix.size() + temporarySuffix.size()) return false;
+    if (!name.starts_with(temporaryPrefix) || !name.ends_with(temporarySuffix)) return false;
+    name.remove_prefix(temporaryPrefix.size());
+    name.remove_suffix(temporarySuffix.size());
+    return name.find_first_not_of("0123456789-") == std::string_view::npos;
+}
+
+void remove(const std::filesystem::path& path) {
+    if (::unlink(path.c_str()) != 0 && errno != ENOENT) throw FileError::writing(path, lastError());
+}
+
+void setModificationDate(const std::filesystem::path& path, Instant when) {
+    const auto seconds = std::chrono::floor<std::chrono::seconds>(when);
+    const auto rest = std::chrono::duration_cast<std::chrono::nanoseconds>(when - seconds);
+    const timespec times[] = {{0, UTIME_OMIT}, {seconds.time_since_epoch().count(), rest.count()}};
+    if (::utimensat(AT_FDCWD, path.c_str(), times, 0) != 0) throw FileError::writing(path, lastError());
+}
+
+void settle(const std::filesystem::path& folder) {
+    const Descriptor open(uninterrupted(
+        [&] { return systemCalls().open(AT_FDCWD, folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC, 0); }));
+    if (!open.isOpen() || systemCalls().flush(open.number()) != 0) throw FileError::writing(folder, lastError());
+    // Files are dated by a clock that ticks every few milliseconds.
+    const auto tick = [] {
+        timespec now{};
+        ::clock_gettime(CLOCK_REALTIME_COARSE, &now);
+        return std::pair(now.tv_sec, now.tv_nsec);
+    };
+    for (const auto before = tick(); tick() == before;) {
+        const timespec moment{0, 500'000};
+        ::nanosleep(&moment, nullptr);
+    }
 }
 
 }   // namespace ostrel::files

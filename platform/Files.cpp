@@ -310,6 +310,20 @@ std::optional<std::uint64_t> size(const std::filesystem::path& path) {
     return static_cast<std::uint64_t>(status->st_size);
 }
 
+std::optional<Status> statusAt(int folder, const char* name) {
+    struct stat status {};
+    if (::fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) != 0) return std::nullopt;
+    return Status{S_ISREG(status.st_mode), S_ISDIR(status.st_mode), static_cast<std::uint64_t>(status.st_size),
+                  instantOf(status.st_mtim), instantOf(status.st_ctim)};
+}
+
+std::optional<Status> status(const FilePath& path) { return statusAt(AT_FDCWD, path.native().c_str()); }
+
+std::optional<Status> status(const Entry& entry) {
+    if (entry.openFolder < 0) return status(entry.path);
+    return statusAt(entry.openFolder, std::string(entry.name).c_str());
+}
+
 std::optional<Instant> modificationDate(const std::filesystem::path& path) {
     const auto status = statusOf(path);
     if (!status) return std::nullopt;

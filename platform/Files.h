@@ -108,6 +108,19 @@ bool isFolder(const std::filesystem::path& path);   // follows links
 // True for a regular file that is not reached through a symbolic link as its last component.
 bool isRegularFile(const std::filesystem::path& path);
 std::optional<std::uint64_t> size(const std::filesystem::path& path);
+
+// What the system says of a name without opening it. A link is neither file nor folder.
+struct Status {
+    bool isRegularFile = false;
+    bool isFolder = false;
+    std::uint64_t size = 0;
+    Instant modified;   // the content
+    Instant changed;    // content or name, by the system's own clock: no program can set it back
+    bool operator==(const Status&) const = default;
+};
+// nullopt when there is no such name.
+std::optional<Status> status(const FilePath& path);
+std::optional<Status> status(const Entry& entry);
 std::optional<Instant> modificationDate(const std::filesystem::path& path);
 
 // ---- Writing, for the export folder and the settings only. All throw FileError. ----
@@ -124,6 +137,14 @@ void createFolder(const std::filesystem::path& folder);
 void writeAtomically(const std::filesystem::path& path, ByteView content);
 // Copies a file's bytes the same way.
 void copyAtomically(const std::filesystem::path& from, const std::filesystem::path& to);
+// True for the hidden name of a file that was being written when the program was killed.
+bool isUnfinishedName(std::string_view name);
+// Removes a file, if it is there.
+void remove(const std::filesystem::path& path);
+void setModificationDate(const std::filesystem::path& path, Instant when);
+// Returns when what was written to the folder's disk is on it, also after a loss of power, and when whatever is written
+// later has a later date.
+void settle(const std::filesystem::path& folder);
 
 }   // namespace files
 }   // namespace ostrel

@@ -26,6 +26,7 @@ SystemCalls& systemCalls() {
         .rename = std::rename,
         .makeFolder = ::mkdir,
         .nextEntry = [](DIR* folder) -> const dirent* { return ::readdir(folder); },
+        .flush = ::syncfs,
     };
     return calls;
 }

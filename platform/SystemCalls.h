@@ -21,6 +21,7 @@ struct SystemCalls {
     int (*rename)(const char* from, const char* to);
     int (*makeFolder)(const char* path, mode_t mode);
     const dirent* (*nextEntry)(DIR* folder);
+    int (*flush)(int descriptor);   // the whole file system
 };
 
 // Returns the table in use, by default the system's own calls.

@@ -6,9 +6,10 @@
 #include "core/page/MessageHTML.h"
 #include "platform/Files.h"
 #include "platform/Installation.h"
+#include "platform/JsonWriter.h"
 #include "platform/NetworkWall.h"
+#include "platform/SHA256.h"
 #include "platform/Text.h"
-#include "tools/JsonWriter.h"
 
 #include <array>
 #include <cerrno>
@@ -20,7 +21,6 @@
 #include <system_error>
 #include <vector>
 
-#include <glib.h>
 #include <unistd.h>
 
 namespace ostrel {
@@ -84,14 +84,6 @@ int inspectIndex(const fs::path& folder) {
     return 0;
 }
 
-std::string sha256(ByteView bytes) {
-    const auto* data = reinterpret_cast<const guchar*>(bytes.data());
-    gchar* digest = g_compute_checksum_for_data(G_CHECKSUM_SHA256, data, bytes.size());
-    std::string hex = digest;
-    g_free(digest);
-    return hex;
-}
-
 void write(JsonWriter& json, const MailAttachment& attachment, const fs::path& attachmentsFolder) {
     json.open('{').key("filename").text(attachment.filename).key("mimeType").text(attachment.mimeType);
     json.key("contentID").optionalText(attachment.contentID).key("partNumber").text(attachment.partNumber);
@@ -104,7 +96,7 @@ void write(JsonWriter& json, const MailAttachment& attachment, const fs::path& a
         // A stored file that cannot be read has a name and no bytes.
     }
     if (bytes) {
-        json.key("size").number(bytes->size()).key("sha256").text(sha256(bytes->view()));
+        json.key("size").number(bytes->size()).key("sha256").text(hexOf(sha256(bytes->view())));
     } else {
         json.key("size").null().key("sha256").null();
     }

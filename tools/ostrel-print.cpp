@@ -4,6 +4,7 @@
 #include "core/mailstore/Emlx.h"
 #include "core/page/MessageHTML.h"
 #include "platform/Files.h"
+#include "platform/JsonWriter.h"
 #include "platform/NetworkWall.h"
 #include "platform/TemporaryFolder.h"
 #include "platform/Translation.h"
@@ -11,7 +12,6 @@
 #include "render/loop/MainLoop.h"
 #include "render/overrides/Register.h"
 #include "render/print/WebPDFRenderer.h"
-#include "tools/JsonWriter.h"
 
 #include <chrono>
 #include <exception>

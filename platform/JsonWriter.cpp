@@ -1,4 +1,4 @@
-#include "tools/JsonWriter.h"
+#include "platform/JsonWriter.h"
 
 #include <cmath>
 
@@ -51,6 +51,12 @@ JsonWriter& JsonWriter::number(std::uint64_t value) {
 JsonWriter& JsonWriter::milliseconds(double value) {
     separate();
     out_ << nlohmann::json(std::round(value * 10) / 10).dump();
+    return *this;
+}
+
+JsonWriter& JsonWriter::signedNumber(std::int64_t value) {
+    separate();
+    out_ << value;
     return *this;
 }
 

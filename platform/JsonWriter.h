@@ -19,6 +19,7 @@ public:
     JsonWriter& key(std::string_view name);
     JsonWriter& text(std::string_view value);
     JsonWriter& number(std::uint64_t value);
+    JsonWriter& signedNumber(std::int64_t value);
     JsonWriter& milliseconds(double value);   // with one decimal
     JsonWriter& boolean(bool value);
     JsonWriter& null();
