@@ -354,7 +354,8 @@ void AppModel::startExport(const std::filesystem::path& destination) {
         if (model.isExporting()) model.own_.exportPhase.set(at);
     });
     const auto names = index.get() ? ExportPlan::mailboxNames(*index.get()) : std::map<std::string, std::string>();
-    const auto plan = ExportPlan::settings(settings.get(), surroundings_.now(), surroundings_.calendar());
+    auto plan = ExportPlan::settings(settings.get(), surroundings_.now(), surroundings_.calendar());
+    if (index.get()) plan.mailFolder = index.get()->root;
     // Cancelled runs come back too, with what they did: hence no stop token for the way.
     inBackground(
         {},

@@ -43,6 +43,33 @@ void appendField(std::string& out, const std::string& value) {
     out += '"';
 }
 
+// Takes one record off the text (RFC 4180): its fields, as they were before they were quoted.
+std::vector<std::string> takeRecord(std::string_view& text) {
+    std::vector<std::string> fields(1);
+    bool isQuoted = false;
+    std::size_t at = 0;
+    for (; at < text.size(); ++at) {
+        const char c = text[at];
+        if (c == '"') {
+            const bool isDoubled = isQuoted && text.substr(at + 1).starts_with('"');
+            if (isDoubled) {
+                fields.back() += c;
+                ++at;
+            } else {
+                isQuoted = !isQuoted;
+            }
+        } else if (c == ',' && !isQuoted) {
+            fields.emplace_back();
+        } else if (c == '\n' && !isQuoted) {
+            break;
+        } else if (c != '\r' || isQuoted) {
+            fields.back() += c;
+        }
+    }
+    text.remove_prefix(at < text.size() ? at + 1 : at);
+    return fields;
+}
+
 }   // namespace
 
 const std::vector<std::string>& defaultHeaders() {
@@ -74,6 +101,20 @@ void append(std::string& file, const Row& row) {
         appendField(file, *field);
     }
     file.append(recordEnd);
+}
+
+std::vector<Names> namesIn(std::string_view file) {
+    constexpr std::size_t attachmentsColumn = 6, pdfColumn = 7, folderColumn = 8, columns = 12;
+    if (file.starts_with(byteOrderMark)) file.remove_prefix(byteOrderMark.size());
+    if (!file.empty()) takeRecord(file);   // the titles
+    std::vector<Names> rows;
+    while (!file.empty()) {
+        std::vector<std::string> fields = takeRecord(file);
+        fields.resize(columns);
+        rows.push_back(
+            {std::move(fields[attachmentsColumn]), std::move(fields[pdfColumn]), std::move(fields[folderColumn])});
+    }
+    return rows;
 }
 
 std::string data(const std::vector<Row>& rows, const std::vector<std::string>& headers) {

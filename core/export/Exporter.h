@@ -23,7 +23,8 @@ struct ExportSettings {
     bool pdfs = true;
     bool attachments = true;
     bool csv = true;
-    std::string folderName;   // wished; made safe and unique in the destination
+    std::string folderName;             // wished; made safe and unique in the destination
+    std::filesystem::path mailFolder;   // that the messages lie below: their files are remembered by the rest
     PageLabels labels;
     std::vector<std::string> csvHeaders = CSVIndex::defaultHeaders();
     Calendar calendar = Calendar::current();
@@ -52,6 +53,9 @@ struct ExportResult {
     std::size_t attachments = 0;   // files saved
     std::vector<Failure> failed;
     bool cancelled = false;
+    // Of an update only:
+    std::size_t held = 0;                    // messages that the archive had, whole
+    std::vector<std::string> strange = {};   // files in its folder that are no export's; they were left alone
     bool operator==(const ExportResult&) const = default;
 };
 
@@ -65,9 +69,9 @@ public:
 namespace Exporter {
 
 // Exports the messages, which outlive the run, oldest first, into a new folder inside the destination: a PDF each,
-// attachments in a folder of the same name, index.csv at the end, also when cancelled. One bad message is noted and the
-// run goes on. cancel is asked before each message. progress is called on the calling thread. Throws FileError when the
-// folder cannot be created, IndexError when the index cannot be written.
+// attachments in a folder of the same name; at the end, also when cancelled, index.csv and what an Archive keeps. One
+// bad message is noted and the run goes on. cancel is asked before each message. progress is called on the calling
+// thread. Throws FileError when the folder cannot be created, IndexError when the index cannot be written.
 ExportResult run(std::vector<const MessageSummary*> messages, const std::map<std::string, std::string>& mailboxNames,
                  const std::filesystem::path& into, const ExportSettings& settings, PDFRendering& renderer,
                  const std::function<void(const ExportProgress&)>& progress, std::stop_token cancel);

@@ -87,24 +87,48 @@ std::string FileNamer::messageBase(Instant date, std::string_view from, std::str
     return base + " - " + truncate(safe(subject.empty() ? noSubject : subject), subjectBytes);
 }
 
+std::string FileNamer::stemOf(std::string_view base, std::size_t extensionBytes) {
+    std::string stem = safe(base);
+    if (stem.empty()) stem = untitled;
+    stem = truncate(stem, maxBytes - duplicateSuffixBytes - extensionBytes);
+    return stem.empty() ? std::string(untitled) : stem;
+}
+
+std::size_t& FileNamer::nextNumber(const std::string& stem, const std::string& extension) {
+    return nextNumber_.try_emplace(text::lower(stem) + '/' + text::lower(extension), 2).first->second;
+}
+
 std::string FileNamer::unique(std::string_view base, std::string_view ext) {
     std::string extension = truncate(withoutDots(safe(ext)), longestExtensionBytes);
     if (!extension.empty()) extension.insert(0, 1, '.');
-    std::string stem = safe(base);
-    if (stem.empty()) stem = untitled;
-    stem = truncate(stem, maxBytes - duplicateSuffixBytes - extension.size());
-    if (stem.empty()) stem = untitled;
-
+    const std::string stem = stemOf(base, extension.size());
     std::string name = stem + extension;
     std::string key = text::lower(name);
     if (used_.insert(key).second) return name;
     // Names stay taken, so the search goes on where it ended the last time.
-    std::size_t& number = nextNumber_.try_emplace(text::lower(stem) + '/' + text::lower(extension), 2).first->second;
+    std::size_t& number = nextNumber(stem, extension);
     do {
         name = stem + " (" + std::to_string(number++) + ")" + extension;
         key = text::lower(name);
     } while (!used_.insert(key).second);
     return name;
+}
+
+void FileNamer::giveAgain(std::string_view base, const std::string& name) {
+    used_.insert(text::lower(name));
+    const std::string stem = stemOf(base, 0);
+    if (!name.starts_with(stem + " (") || !name.ends_with(")")) return;
+    const std::string_view digits = std::string_view(name).substr(stem.size() + 2, name.size() - stem.size() - 3);
+    long long last = 0;
+    std::size_t& number = nextNumber(stem, "");
+    // Numbers were given one after the other. A record that claims to have got far beyond those before it is left at
+    // its word, not counted up to.
+    constexpr long long longestGap = 10000;
+    if (!text::parseInteger(digits, last) || last < static_cast<long long>(number)) return;
+    if (last - static_cast<long long>(number) > longestGap) return;
+    used_.insert(text::lower(stem));
+    while (number <= static_cast<std::size_t>(last))
+        used_.insert(text::lower(stem + " (" + std::to_string(number++) + ")"));
 }
 
 std::string FileNamer::uniqueFileName(std::string_view fileName) {

@@ -33,8 +33,14 @@ public:
     std::string unique(std::string_view base, std::string_view ext);
     // The same for a whole file name, as an attachment carries it.
     std::string uniqueFileName(std::string_view fileName);
+    // Takes a name that unique(base, "") gave in an earlier run, and with it the numbers it gave before.
+    void giveAgain(std::string_view base, const std::string& name);
 
 private:
+    // The base as unique() uses it, for an extension of so many bytes.
+    static std::string stemOf(std::string_view base, std::size_t extensionBytes);
+    std::size_t& nextNumber(const std::string& stem, const std::string& extension);
+
     std::unordered_set<std::string> used_;   // lower-cased
     // The number to try next for a name, by its lower-cased base and extension: a thousand messages of one name must
     // not each try all the numbers before theirs.

@@ -140,8 +140,9 @@ Headers readHeaders(const std::filesystem::path& file) {
     return Headers::parse(bytesOf(block));
 }
 
-MailMessage read(const std::filesystem::path& file) {
-    const Container stored = container(files::readWhole(file));
+MailMessage read(const std::filesystem::path& file) { return message(container(files::readWhole(file)), file); }
+
+MailMessage message(const Container& stored, const std::filesystem::path& file) {
     MailMessage message = MailMessage::make(MIMEPart::parse(stored.message), isPartial(file), attachmentsFolder(file));
     if (!message.date) message.date = stored.dateReceived;
     if (stored.truncated) message.problems.emplace_back(problem::truncated);

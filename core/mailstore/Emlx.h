@@ -44,6 +44,8 @@ void readHeaderBlock(files::ReadHandle& file, std::string& out);
 // Reads the header fields of a message file. Throws ReadError, FileError.
 Headers readHeaders(const std::filesystem::path& file);
 
+// Makes the message in the container of that file, whose attachments may lie beside it. Never fails.
+MailMessage message(const Container& container, const std::filesystem::path& file);
 // Reads the whole message. A message without a date takes the date received. Throws ReadError, FileError.
 MailMessage read(const std::filesystem::path& file);
 

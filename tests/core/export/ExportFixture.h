@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/archive/Archive.h"
 #include "core/export/Exporter.h"
 #include "platform/Files.h"
 #include "sample/EmlBuilder.h"
@@ -33,6 +34,7 @@ class ExportFixture : public testing::Test {
 protected:
     ExportFixture() : settings_("Export") {
         settings_.calendar = Calendar::utc();
+        settings_.mailFolder = mail_.path();
         settings_.dateText = [](Instant date) { return isoUTC(date); };
         settings_.csvDate = [](Instant date) { return isoDateTime(date, Calendar::utc()); };
     }
@@ -75,9 +77,12 @@ protected:
         }
         return tails;
     }
+    // Without the files that every export has about itself.
     static std::vector<std::string> namesIn(const std::filesystem::path& folder) {
         std::vector<std::string> names;
-        for (const std::filesystem::path& name : files::list(folder)) names.push_back(name);
+        for (const std::filesystem::path& name : files::list(folder)) {
+            if (name != Archive::sumsName && name != Archive::messagesName) names.push_back(name);
+        }
         return names;
     }
     static std::string content(const std::filesystem::path& file) {

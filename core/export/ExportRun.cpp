@@ -1,0 +1,317 @@
+#include "core/export/ExportRun.h"
+
+#include "core/mailstore/Emlx.h"
+#include "core/page/MessageHTML.h"
+#include "core/selection/Threads.h"
+#include "platform/Files.h"
+#include "platform/Translation.h"
+
+#include <algorithm>
+#include <iterator>
+#include <new>
+#include <string_view>
+
+namespace ostrel {
+
+namespace {
+
+namespace fs = std::filesystem;
+using State = FiledMessage::State;
+
+std::vector<std::string> threadsOf(const std::vector<ExportRun::Item>& items) {
+    std::vector<const MessageSummary*> summaries;
+    summaries.reserve(items.size());
+    for (const ExportRun::Item& item : items) summaries.push_back(item.summary);
+    return Threads::assign(summaries);
+}
+
+const ArchivedFile* fileOf(const FiledMessage& message, const std::string& name) {
+    const auto found = std::ranges::find(message.files, name, &ArchivedFile::name);
+    return found == message.files.end() ? nullptr : &*found;
+}
+
+// The digest of a file just written; one that cannot be read again is none.
+Digest digestOfWritten(const fs::path& file) {
+    try {
+        return sha256OfFile(file);
+    } catch (const FileError&) {
+        files::remove(file);
+        throw;
+    }
+}
+
+}   // namespace
+
+ExportRun::ExportRun(Folder folder, std::vector<Item> items, const ExportSettings& settings)
+    : folder_(std::move(folder)),
+      settings_(settings),
+      items_(std::move(items)),
+      threads_(threadsOf(items_)),
+      claims_(folder_.claims) {
+    result_.folder = folder_.path;
+    for (const Item& item : items_) {
+        if (!item.filed.name.empty()) names_.giveAgain(wishedName(*item.summary), item.filed.name);
+    }
+}
+
+ExportResult ExportRun::run(PDFRendering* renderer, const std::function<void(const ExportProgress&)>& progress,
+                            const std::stop_token& cancel) {
+    renderer_ = renderer;
+    journal_.emplace(folder_.path / Archive::journalName);
+    journal_->append(ArchiveLine::write(ArchiveLine::Beginning{folder_.isUpdate}));
+    const auto due = static_cast<std::size_t>(std::ranges::count_if(items_, &Item::isDue));
+    try {
+        std::size_t done = 0;
+        for (Item& item : items_) {
+            if (!item.isDue) continue;
+            if (cancel.stop_requested()) throw RenderCancelled();
+            progress({done++, due, item.summary->subject});
+            exportItem(item);
+        }
+        progress({due, due, ""});
+    } catch (const RenderCancelled&) {
+        result_.cancelled = true;
+    }
+    try {
+        writeArchiveFiles();
+    } catch (const FileError& error) {
+        throw IndexError(error, std::move(result_));
+    }
+    return std::move(result_);
+}
+
+// ---- One message ----
+
+// Throws RenderCancelled when the renderer was cancelled; any other trouble of the message is noted.
+void ExportRun::exportItem(Item& item) {
+    const MessageSummary& summary = *item.summary;
+    for (const ArchivedFile& file : item.filed.files) claims_.insert(file.name);
+    if (item.filed.attachmentCount() > 0) claims_.insert(item.filed.name);
+    FiledMessage filed;
+    filed.name = item.filed.name.empty() ? names_.unique(wishedName(summary), "") : item.filed.name;
+    filed.state = State::unread;
+    const fs::path file = summary.url;
+    filed.path = displayText(settings_.mailFolder.empty() ? file : file.lexically_relative(settings_.mailFolder));
+    try {
+        exportParts(item, filed);
+        ++result_.exported;
+    } catch (const RenderCancelled&) {
+        throw;
+    } catch (const std::bad_alloc&) {
+        noteFailure(summary, i18n::tr("There is not enough memory for this message."));
+    } catch (const std::exception& error) {
+        noteFailure(summary, error.what());
+    }
+    // What could not be made again is still what the archive ought to hold.
+    const bool wasWhole = !item.filed.name.empty() && item.filed.state == State::whole;
+    if (filed.state == State::whole) item.damaged.clear();
+    if (filed.state == State::whole || !wasWhole) item.filed = std::move(filed);
+    record(item);
+    for (const ArchivedFile& written : item.filed.files) claims_.erase(written.name);
+    claims_.erase(item.filed.name);
+}
+
+void ExportRun::exportParts(const Item& item, FiledMessage& filed) {
+    const fs::path file = item.summary->url;
+    filed.size = files::size(file).value_or(0);
+    filed.modified = files::modificationDate(file).value_or(Instant());
+    const Emlx::Container stored = Emlx::container(files::readWhole(file));
+    filed.digest = sha256(stored.message.view());
+    const MailMessage message = Emlx::message(stored, file);
+
+    const auto isAvailable = &MailAttachment::isAvailable;
+    const bool isRepair = !item.filed.name.empty() && item.filed.state == State::whole && !item.hasMoreAttachments;
+    const bool wantsAttachments = isRepair ? item.filed.attachmentCount() > 0 : settings_.attachments;
+    const bool savesAttachments = wantsAttachments && std::ranges::any_of(message.attachments, isAvailable);
+    if (!isRepair) filed.name = freeName(filed.name, savesAttachments);
+    filed.lacksAttachments = !std::ranges::all_of(message.attachments, isAvailable);
+    filed.state = State::unsaved;
+    if (savesAttachments) saveAttachments(item, message, filed);
+    filed.state = State::unprinted;
+    if (isRepair ? item.filed.hasPDF() : settings_.pdfs) print(item, message, filed);
+    filed.state = State::whole;
+}
+
+void ExportRun::saveAttachments(const Item& item, const MailMessage& message, FiledMessage& filed) {
+    const fs::path folder = folder_.path / filed.name;
+    const auto before = files::status(folder);
+    const bool isOurs = before && before->isFolder && claims_.contains(filed.name);
+    claim(filed.name);
+    if (!isOurs) files::createFolder(folder);
+    FileNamer names;
+    for (const MailAttachment& attachment : message.attachments) {
+        if (!attachment.isAvailable()) continue;
+        std::string name;
+        do name = filed.name + '/' + names.uniqueFileName(attachment.filename);
+        while (!mayWrite(name));
+        filed.files.push_back(save(item, attachment, name));
+        claims_.erase(name);   // two names that the disk takes for one are not both to be written
+    }
+}
+
+ArchivedFile ExportRun::save(const Item& item, const MailAttachment& attachment, const std::string& name) {
+    const auto* const file = std::get_if<fs::path>(&attachment.source);
+    const fs::path target = folder_.path / name;
+    const ArchivedFile* const before = item.damaged.contains(name) ? nullptr : fileOf(item.filed, name);
+    if (before != nullptr) {
+        const Digest digest = file ? sha256OfFile(*file) : sha256(std::get<Bytes>(attachment.source).view());
+        if (digest == before->digest) return *before;
+    }
+    claim(name);
+    ArchivedFile saved{name, {}};
+    if (file) {
+        files::copyAtomically(*file, target);
+        saved.digest = digestOfWritten(target);
+    } else {
+        const ByteView bytes = std::get<Bytes>(attachment.source).view();
+        saved.digest = sha256(bytes);
+        files::writeAtomically(target, bytes);
+    }
+    ++result_.attachments;
+    return saved;
+}
+
+void ExportRun::print(const Item& item, const MailMessage& message, FiledMessage& filed) {
+    const std::string name = filed.pdfName();
+    const ArchivedFile* const before =
+        item.hasMoreAttachments || item.damaged.contains(name) ? nullptr : fileOf(item.filed, name);
+    if (before != nullptr) {
+        filed.files.insert(filed.files.begin(), *before);
+        return;
+    }
+    const Instant date = message.date.value_or(item.summary->date);
+    const std::optional<std::string> folder = filed.files.empty() ? std::nullopt : std::optional(filed.name);
+    const Page page = MessageHTML::page(message, item.mailbox, settings_.dateText(date), folder, settings_.labels);
+    const DocumentInfo info{message.subject.empty() ? settings_.labels.noSubject : message.subject,
+                            MailMessage::line(message.from), date};
+    claim(name);
+    const fs::path target = folder_.path / name;
+    renderer_->renderPDF(page, target, info);
+    filed.files.insert(filed.files.begin(), {name, digestOfWritten(target)});
+}
+
+void ExportRun::noteFailure(const MessageSummary& summary, const std::string& reason) {
+    result_.failed.push_back({summary.subject.empty() ? displayText(summary.url.filename()) : summary.subject, reason});
+}
+
+// ---- Names ----
+
+std::string ExportRun::wishedName(const MessageSummary& summary) const {
+    return FileNamer::messageBase(summary.date, summary.fromLine(), summary.subject, settings_.labels.noSubject,
+                                  settings_.calendar);
+}
+
+// A name that nothing on the disk bears but what this export was writing when it was cut short. "Scan.pdf" as a subject
+// wants for its folder what the PDF of "Scan" is called; and some disks take two names for one that we tell apart.
+std::string ExportRun::freeName(const std::string& wished, bool needsFolder) {
+    std::string name = wished;
+    while ((needsFolder && !mayWrite(name)) || (settings_.pdfs && !mayWrite(name + ".pdf")))
+        name = names_.unique(wished, "");
+    return name;
+}
+
+bool ExportRun::mayWrite(const std::string& name) const {
+    return claims_.contains(name) || !files::exists(folder_.path / name);
+}
+
+// Throws FileError: what the journal does not know is not written.
+void ExportRun::claim(const std::string& name) {
+    if (claims_.insert(name).second) journal_->append(ArchiveLine::write(ArchiveLine::Claim{name}));
+}
+
+// A line that could not be written costs a later run no more than to make this message again.
+void ExportRun::record(const Item& item) {
+    try {
+        journal_->append(ArchiveLine::write(item.filed, *item.summary, item.mailbox));
+    } catch (const FileError&) {
+    }
+}
+
+// ---- What the archive says of itself ----
+
+std::string ExportRun::index() const {
+    std::string file = CSVIndex::begin(settings_.csvHeaders);
+    for (std::size_t i = 0; i < items_.size(); ++i) {
+        const FiledMessage& filed = items_[i].filed;
+        if (filed.name.empty()) continue;
+        const MessageSummary& summary = *items_[i].summary;
+        CSVIndex::Row row;
+        row.date = settings_.csvDate(summary.date);
+        row.from = MailMessage::line(summary.from);
+        row.to = MailMessage::line(summary.to);
+        row.cc = MailMessage::line(summary.cc);
+        row.subject = summary.subject;
+        row.mailbox = items_[i].mailbox;
+        row.attachments = filed.attachmentCount();
+        if (filed.hasPDF()) row.pdf = filed.pdfName();
+        if (filed.hasFolder()) row.folder = filed.name;
+        row.thread = threads_[i];
+        row.messageID = summary.messageID.value_or("");
+        if (filed.lacksAttachments) row.note = settings_.labels.attachments + ": " + settings_.labels.missing;
+        if (filed.state != State::whole) row.note = settings_.labels.unreadable;
+        CSVIndex::append(file, row);
+    }
+    return file;
+}
+
+std::string ExportRun::messageLines() const {
+    std::string lines;
+    for (const Item& item : items_) {
+        if (item.filed.name.empty()) continue;
+        lines.append(ArchiveLine::write(item.filed, *item.summary, item.mailbox)).append("\n");
+    }
+    return lines;
+}
+
+std::vector<ArchivedFile> ExportRun::messageFiles() const {
+    std::vector<ArchivedFile> all;
+    std::unordered_set<std::string_view> names;
+    for (const Item& item : items_) {
+        for (const ArchivedFile& file : item.filed.files) {
+            if (names.insert(file.name).second) all.push_back(file);
+        }
+    }
+    for (const ArchivedFile& file : folder_.others) {
+        if (!names.contains(file.name)) all.push_back(file);
+    }
+    return all;
+}
+
+std::vector<ArchivedFile> ExportRun::sums() const {
+    std::vector<ArchivedFile> all = {{Archive::messagesName, sha256(bytesOf(messageLines()))}};
+    if (settings_.csv) all.push_back({Archive::indexName, sha256(bytesOf(index()))});
+    std::ranges::move(messageFiles(), std::back_inserter(all));
+    return all;
+}
+
+std::unordered_set<std::string> ExportRun::ownNames() const {
+    std::unordered_set<std::string> names = {Archive::indexName, Archive::messagesName, Archive::sumsName,
+                                             Archive::journalName};
+    for (const ArchivedFile& file : messageFiles()) names.insert(file.name);
+    return names;
+}
+
+// The sums come last, when everything they speak of is on the disk: they are what says that the archive is whole. The
+// journal stays until then, so that nothing is lost wherever this ends.
+void ExportRun::writeArchiveFiles() {
+    std::string sums;
+    const auto write = [&](const char* name, const std::string& content) {
+        const Digest digest = sha256(bytesOf(content));
+        if (!folder_.isUpdate || digestInArchive(folder_.path, name) != digest)
+            files::writeAtomically(folder_.path / name, bytesOf(content));
+        Sums::append(sums, {name, digest});
+    };
+    write(Archive::messagesName, messageLines());
+    if (settings_.csv) write(Archive::indexName, index());
+    for (const ArchivedFile& file : messageFiles()) Sums::append(sums, file);
+    files::settle(folder_.path);
+    const fs::path path = folder_.path / Archive::sumsName;
+    files::writeAtomically(path, bytesOf(sums));
+    // Files older than the sums pass for whole in a later update. As long as one is known that is not, none does.
+    if (!std::ranges::all_of(items_, [](const Item& item) { return item.damaged.empty(); }))
+        files::setModificationDate(path, Instant());
+    files::settle(folder_.path);
+    journal_->remove();
+}
+
+}   // namespace ostrel

@@ -1,0 +1,84 @@
+#pragma once
+
+#include "core/archive/Archive.h"
+#include "core/export/Exporter.h"
+#include "core/export/FileNamer.h"
+#include "core/message/MailMessage.h"
+#include "platform/LineLog.h"
+
+#include <cstddef>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <stop_token>
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+namespace ostrel {
+
+// Writes messages into the folder of an export, new or old, and at the end what the archive says of them. The journal
+// tells a later run about everything that this one has not come to finish.
+class ExportRun {
+public:
+    // One message that the archive holds or is to hold.
+    struct Item {
+        const MessageSummary* summary;   // outlives the run
+        std::string mailbox;             // name to show
+        bool isGone = false;             // from the mail folder
+        // As the archive has it, if it does. Files of a whole one that are not damaged stay as they are.
+        FiledMessage filed = {};
+        std::unordered_set<std::string> damaged = {};   // names of its files
+        bool hasMoreAttachments = false;                // than when it was written: everything is made anew
+        bool isDue = true;
+    };
+    struct Folder {
+        std::filesystem::path path;
+        std::unordered_set<std::string> claims = {};   // Archive::claims
+        std::vector<ArchivedFile> others = {};         // files that no item has, and that stay
+        bool isUpdate = false;
+    };
+
+    // The items oldest first. The settings outlive the run.
+    ExportRun(Folder folder, std::vector<Item> items, const ExportSettings& settings);
+
+    // Exports what is due, and writes the files about it also when cancelled. renderer may be null when nothing is due.
+    // Throws FileError when the journal cannot be begun, IndexError when one of the others cannot be written.
+    ExportResult run(PDFRendering* renderer, const std::function<void(const ExportProgress&)>& progress,
+                     const std::stop_token& cancel);
+
+    // What the sums would say if nothing were exported.
+    std::vector<ArchivedFile> sums() const;
+    // The names of all files that are the export's.
+    std::unordered_set<std::string> ownNames() const;
+
+private:
+    void exportItem(Item& item);
+    void exportParts(const Item& item, FiledMessage& filed);
+    void saveAttachments(const Item& item, const MailMessage& message, FiledMessage& filed);
+    ArchivedFile save(const Item& item, const MailAttachment& attachment, const std::string& name);
+    void print(const Item& item, const MailMessage& message, FiledMessage& filed);
+    void noteFailure(const MessageSummary& summary, const std::string& reason);
+
+    std::string wishedName(const MessageSummary& summary) const;
+    std::string freeName(const std::string& wished, bool needsFolder);
+    bool mayWrite(const std::string& name) const;
+    void claim(const std::string& name);
+    void record(const Item& item);
+    std::string index() const;
+    std::string messageLines() const;
+    std::vector<ArchivedFile> messageFiles() const;
+    void writeArchiveFiles();
+
+    const Folder folder_;
+    const ExportSettings& settings_;
+    std::vector<Item> items_;
+    std::vector<std::string> threads_;   // of each item
+    FileNamer names_{{Archive::indexName}};
+    std::unordered_set<std::string> claims_;   // what may be written over: names that are this export's own
+    std::optional<files::LineLog> journal_;
+    PDFRendering* renderer_ = nullptr;
+    ExportResult result_;
+};
+
+}   // namespace ostrel
