@@ -3,6 +3,7 @@
 #include "app/AppSettings.h"
 #include "app/ExportPlan.h"
 #include "core/export/Exporter.h"
+#include "core/export/Update.h"
 #include "core/mailstore/MailScanner.h"
 #include "core/selection/MessageFilter.h"
 #include "platform/Files.h"
@@ -17,10 +18,13 @@
 #include <cstdio>
 #include <exception>
 #include <filesystem>
+#include <functional>
 #include <iostream>
 #include <optional>
 #include <stop_token>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace ostrel {
 namespace {
@@ -47,7 +51,10 @@ ExitStatus report(const ExportResult& result, std::size_t total, std::size_t unr
     for (const ExportResult::Failure& failure : result.failed) {
         std::cerr << filled(tr("Failed: %@: %@"), oneLine(failure.name), oneLine(failure.reason)) << '\n';
     }
+    for (const std::string& name : result.strange)
+        std::cerr << filled(tr("Not of this export, left alone: %@"), oneLine(name)) << '\n';
     std::cerr << filled(tr("Exported %lld of %lld messages."), result.exported, total) << '\n';
+    if (result.held > 0) std::cerr << trCount("Already in the export: %lld", result.held) << '\n';
     if (result.attachments > 0) std::cerr << trCount("%lld attachments saved", result.attachments) << '\n';
     if (!result.failed.empty()) std::cerr << trCount("Messages that failed: %lld", result.failed.size()) << '\n';
     if (unreadable > 0) std::cerr << trCount("Damaged files skipped: %lld", unreadable) << '\n';
@@ -56,36 +63,110 @@ ExitStatus report(const ExportResult& result, std::size_t total, std::size_t unr
     return result.failed.empty() && !result.cancelled ? everyMessageExported : someFailed;
 }
 
-ExitStatus exportFolder(const fs::path& mailFolder, const fs::path& destination, const std::stop_token& stop) {
-    const AppSettings settings = AppSettings::load(SettingsStore::forUser());
-    const Calendar calendar = Calendar::current();
-    const MailIndex index = scan(mailFolder, stop);
-    MessageFilter filter;
-    filter.skipDuplicates = settings.skipDuplicates;
-    const std::vector<const MessageSummary*> messages = filter.apply(index.messages, calendar);
+// What was asked for: a new folder in the destination, or the update of one.
+struct Command {
+    fs::path mailFolder, folder;
+    bool isUpdate = false;
+};
 
-    WebPDFRenderer renderer(settings.paper, stop);
-    std::optional<std::string> indexTrouble;
-    const ExportResult result = [&] {
-        ProgressLine progress;
-        try {
-            return Exporter::run(
-                messages, ExportPlan::mailboxNames(index), destination, ExportPlan::settings(settings, now(), calendar),
-                renderer,
-                [&](const ExportProgress& at) {
+// One run of the program, in two halves: to look at the mail and at the export needs no engine, which takes longer to
+// start than both when nothing is new.
+class Job {
+public:
+    Job(Command command, std::stop_token stop)
+        : command_(std::move(command)),
+          stop_(std::move(stop)),
+          settings_(AppSettings::load(SettingsStore::forUser())) {}
+
+    void prepare() {
+        index_ = scan(command_.mailFolder, stop_);
+        MessageFilter filter;
+        // An update prefers of duplicates the one that the export has.
+        filter.skipDuplicates = settings_.skipDuplicates && !command_.isUpdate;
+        messages_ = filter.apply(index_.messages, calendar_);
+        if (!command_.isUpdate) return;
+        update_.emplace(Update::Request{command_.folder, messages_, ExportPlan::mailboxNames(index_), plan(),
+                                        settings_.skipDuplicates},
+                        stop_);
+    }
+    bool needsEngine() const { return !update_ || update_->due() > 0; }
+
+    ExitStatus run() {
+        std::optional<WebPDFRenderer> renderer;
+        if (needsEngine()) renderer.emplace(settings_.paper, stop_);
+        std::optional<std::string> indexTrouble;
+        const ExportResult result = [&] {
+            ProgressLine progress;
+            try {
+                return exportMessages(renderer ? &*renderer : nullptr, [&](const ExportProgress& at) {
                     progress.show(filled(tr("%lld of %lld"), at.done, at.total) + "  " + at.current);
-                },
-                stop);
-        } catch (const IndexError& error) {
-            indexTrouble = error.what();
-            return error.result;
-        }
-    }();
-    std::cout << result.folder.native() << std::endl;
-    const ExitStatus status = report(result, messages.size(), index.unreadable);
-    if (!indexTrouble) return status;
-    std::cerr << "ostrel-export: " << oneLine(*indexTrouble) << '\n';
-    return couldNotRun;
+                });
+            } catch (const IndexError& error) {
+                indexTrouble = error.what();
+                return error.result;
+            }
+        }();
+        std::cout << result.folder.native() << std::endl;
+        const ExitStatus status = report(result, update_ ? update_->due() : messages_.size(), index_.unreadable);
+        if (!indexTrouble) return status;
+        std::cerr << "ostrel-export: " << oneLine(*indexTrouble) << '\n';
+        return couldNotRun;
+    }
+
+private:
+    ExportSettings plan() const {
+        ExportSettings plan = ExportPlan::settings(settings_, now(), calendar_);
+        plan.mailFolder = index_.root;
+        return plan;
+    }
+    ExportResult exportMessages(PDFRendering* renderer, const std::function<void(const ExportProgress&)>& progress) {
+        if (update_) return update_->run(renderer, progress, stop_);
+        return Exporter::run(messages_, ExportPlan::mailboxNames(index_), command_.folder, plan(), *renderer, progress,
+                             stop_);
+    }
+
+    const Command command_;
+    const std::stop_token stop_;
+    const AppSettings settings_;
+    const Calendar calendar_ = Calendar::current();
+    MailIndex index_;
+    std::vector<const MessageSummary*> messages_;
+    std::optional<Update> update_;
+};
+
+std::optional<Command> commandOf(int argc, char** argv) {
+    const std::vector<std::string> words(argv + 1, argv + argc);
+    const bool isUpdate = !words.empty() && words.front() == "--update";
+    if (words.size() != (isUpdate ? 3U : 2U)) return std::nullopt;
+    return Command{words[words.size() - 2], words.back(), isUpdate};
+}
+
+ExitStatus run(const Command& command, bool isWalledOff) {
+    if (const auto refused = MailScanner::checkAccess(command.mailFolder))
+        throw MailAccessError(*refused, command.mailFolder);
+    std::stop_source cancel;
+    mainLoop::onInterrupt([&cancel] { cancel.request_stop(); });
+    Job job(command, cancel.get_token());
+    ExitStatus status = couldNotRun;
+    // A new export starts its engine first: that may say that nothing can be printed.
+    if (command.isUpdate) mainLoop::runBeside([&] { job.prepare(); });
+    if (!job.needsEngine()) {
+        mainLoop::runBeside([&] { status = job.run(); });
+        return status;
+    }
+    const HeadlessEngine engine([&cancel] {
+        std::cerr << tr("The display was lost, and nothing can be printed without it.") << '\n';
+        cancel.request_stop();
+    });
+    if (!isWalledOff)
+        std::cerr << tr("This system cannot close the network to a program: only Ostrel’s own rules do.") << '\n';
+    if (!engine.isSandboxed())
+        std::cerr << tr("The web engine runs without its sandbox: this system does not allow one.") << '\n';
+    mainLoop::runBeside([&] {
+        if (!command.isUpdate) job.prepare();
+        status = job.run();
+    });
+    return status;
 }
 
 }   // namespace
@@ -95,25 +176,14 @@ int main(int argc, char** argv) {
     using namespace ostrel;
     const bool isWalledOff = networkWall::raise();
     i18n::start();
-    if (argc != 3) {
-        std::cerr << tr("usage: ostrel-export MAILFOLDER DESTINATION") << '\n';
+    const auto command = commandOf(argc, argv);
+    if (!command) {
+        std::cerr << tr("usage: ostrel-export MAILFOLDER DESTINATION, or ostrel-export --update MAILFOLDER EXPORT")
+                  << '\n';
         return couldNotRun;
     }
     try {
-        if (const auto refused = MailScanner::checkAccess(argv[1])) throw MailAccessError(*refused, argv[1]);
-        std::stop_source cancel;
-        mainLoop::onInterrupt([&cancel] { cancel.request_stop(); });
-        const HeadlessEngine engine([&cancel] {
-            std::cerr << tr("The display was lost, and nothing can be printed without it.") << '\n';
-            cancel.request_stop();
-        });
-        if (!isWalledOff)
-            std::cerr << tr("This system cannot close the network to a program: only Ostrel’s own rules do.") << '\n';
-        if (!engine.isSandboxed())
-            std::cerr << tr("The web engine runs without its sandbox: this system does not allow one.") << '\n';
-        ExitStatus status = couldNotRun;
-        mainLoop::runBeside([&] { status = exportFolder(argv[1], argv[2], cancel.get_token()); });
-        return status;
+        return run(*command, isWalledOff);
     } catch (const std::exception& error) {
         std::cerr << "ostrel-export: " << error.what() << '\n';
         return couldNotRun;

@@ -194,8 +194,12 @@ TEST_F(ExportProgramTest, AnEngineCrashCostsOneMessage) {
     EXPECT_GT(index.size(), 50U);
 }
 
-TEST_F(ExportProgramTest, WhatAKilledRunLeavesIsWholeAndTheNextRunWorksAtOnce) {
+TEST_F(ExportProgramTest, WhatAKilledRunLeavesIsWholeAndAnUpdateGoesOnWithIt) {
     makeStore({"60"});
+    Program undisturbed(exportCommand(), home_);
+    EXPECT_EQ(undisturbed.wait(), 0) << undisturbed.errors();
+    const fs::path whole = folderOf(undisturbed);
+    fs::rename(whole, home_ / "whole");
     for (const std::size_t written : {1, 7, 20}) {
         Program program(exportCommand(), home_);
         waitForPDFs(home_ / "out", written);
@@ -204,13 +208,40 @@ TEST_F(ExportProgramTest, WhatAKilledRunLeavesIsWholeAndTheNextRunWorksAtOnce) {
         for (const auto& entry : fs::recursive_directory_iterator(home_ / "out")) {
             if (entry.path().extension() == ".pdf") expectWholePDF(entry.path());
         }
-        fs::remove_all(home_ / "out");
-        fs::create_directory(home_ / "out");
+        const fs::path folder = fs::directory_iterator(home_ / "out")->path();
+        EXPECT_EQ(Program({VERIFY_PROGRAM, folder}, home_).wait(), 1) << "unfinished";
+        for (int time = 0; time < 2; ++time) {
+            Program update({EXPORT_PROGRAM, "--update", path("Mail"), folder}, home_);
+            EXPECT_EQ(update.wait(), 0) << update.errors();
+            EXPECT_EQ(update.output(), folder.native() + "\n");
+        }
+        EXPECT_EQ(Program({"/usr/bin/diff", "-r", path("whole"), folder}, home_).wait(), 0);
+        fs::remove_all(folder);
     }
-    Program next(exportCommand(), home_);
-    EXPECT_EQ(next.wait(), 0) << next.errors();
-    const fs::path folder = folderOf(next);
-    expectTrueIndex(folder, readCSV(folder / "index.csv"));
+}
+
+TEST_F(ExportProgramTest, AnArchiveProvesThatItIsWholeWithAndWithoutUs) {
+    makeStore();
+    Program program(exportCommand(), home_);
+    ASSERT_EQ(program.wait(), 0) << program.errors();
+    const fs::path folder = folderOf(program);
+    const auto sumsCheck = [&] {
+        return Program({"/bin/sh", "-c", "cd \"$0\" && sha256sum --check --quiet SHA256SUMS", folder}, home_).wait();
+    };
+    EXPECT_EQ(sumsCheck(), 0);
+    Program whole({VERIFY_PROGRAM, folder}, home_);
+    EXPECT_EQ(whole.wait(), 0) << whole.errors();
+    EXPECT_EQ(whole.output(), "");
+
+    files::writeAtomically(folder / "index.csv", bytesOf("changed"));
+    files::writeAtomically(folder / "note\n.txt", bytesOf("somebody's"));
+    EXPECT_NE(sumsCheck(), 0);
+    Program damaged({VERIFY_PROGRAM, folder}, home_);
+    EXPECT_EQ(damaged.wait(), 1);
+    EXPECT_EQ(damaged.output(), "changed: index.csv\nstrange: note .txt\n");
+    Program none({VERIFY_PROGRAM, path("Mail")}, home_);
+    EXPECT_EQ(none.wait(), 2);
+    EXPECT_EQ(std::ranges::count(none.errors(), '\n'), 1) << none.errors();
 }
 
 TEST_F(ExportProgramTest, TheLossOfItsDisplayEndsTheRunWithAnIndex) {
@@ -237,6 +268,8 @@ TEST_F(ExportProgramTest, WhatCannotRunSaysWhyInOneSentence) {
         std::string expected;
     } rows[] = {
         {"no arguments", {EXPORT_PROGRAM}, "usage: "},
+        {"no export to update", {EXPORT_PROGRAM, "--update", path("Mail"), path("none")}, path("none")},
+        {"not an export", {EXPORT_PROGRAM, "--update", path("Mail"), path("Mail")}, path("Mail")},
         {"one argument too many", {EXPORT_PROGRAM, path("Mail"), path("out"), "x"}, "usage: "},
         {"no such mail folder", {EXPORT_PROGRAM, path("none"), path("out")}, path("none")},
         {"the mail folder is a file", {EXPORT_PROGRAM, path("file"), path("out")}, path("file")},
