@@ -43,6 +43,15 @@ std::vector<Topic> helpTopics() {
              "used twice."),
           tr("Cancel stops after the current message; what’s done stays, with its index. Your Mac "
              "won’t go to sleep during a long export.")}},
+        {"archive",
+         tr("Keeping an export"),
+         "checkmark.circle.fill",
+         {tr("Every export has a file SHA256SUMS with the digests of all its files. On any computer, “sha256sum -c "
+             "SHA256SUMS” in its folder tells whether they are as they were written; ostrel-verify also looks for "
+             "every row of the index and for files that others put there."),
+          tr("“ostrel-export --update”, with the mail folder and the folder of an export, adds only what is new, "
+             "makes again what is missing or damaged, and goes on with an export that was cut short. Messages that "
+             "were moved to another mailbox are not exported twice, and what was deleted in Mail stays.")}},
         {"attachments",
          tr("Attachments and images"),
          "paperclip",
