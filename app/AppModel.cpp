@@ -153,6 +153,11 @@ void AppModel::refuse(MailAccessError::Kind why) {
         {why == MailAccessError::Kind::noPermission ? MailState::Kind::needsAccess : MailState::Kind::noMail});
 }
 
+std::optional<SummaryCache::Place> AppModel::summaryPlace() const {
+    if (!surroundings_.summaries) return std::nullopt;
+    return SummaryCache::Place{*surroundings_.summaries, surroundings_.now()};
+}
+
 void AppModel::scan(const std::stop_token& stop, const std::filesystem::path& root) {
     own_.state.set({MailState::Kind::scanning, 0});
     const auto progress = reporting<std::size_t>(stop, [](AppModel& model, std::size_t found) {
@@ -161,10 +166,11 @@ void AppModel::scan(const std::stop_token& stop, const std::filesystem::path& ro
     });
     inBackground(
         stop,
-        [stop, root, progress, label = ExportPlan::localAccountLabel(), before = prepared_]() -> ScanOutcome {
+        [stop, root, progress, label = ExportPlan::localAccountLabel(), before = prepared_,
+         cache = summaryPlace()]() -> ScanOutcome {
             try {
-                auto found = std::make_shared<MailIndex>(
-                    MailScanner::scan(root, label, progress, [&] { return stop.stop_requested(); }));
+                auto found = std::make_shared<MailIndex>(MailScanner::scan(
+                    root, label, progress, [&] { return stop.stop_requested(); }, cache));
                 // A folder that has not changed keeps its index, and the windows what they show of it.
                 if (stop.stop_requested() || (before && *before->index() == *found)) return before;
                 memory::returnUnused();   // what the scan has left: to prepare the index takes as much again

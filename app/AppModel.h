@@ -52,6 +52,8 @@ public:
         std::function<std::unique_ptr<PDFRendering>(Paper, std::stop_token cancel)> makeRenderer;
         std::function<Instant()> now;
         std::function<Calendar()> calendar = Calendar::current;
+        // Where scans keep what they have read; nullopt: nowhere.
+        std::optional<std::filesystem::path> summaries{};
     };
     explicit AppModel(Surroundings surroundings);
     AppModel(const AppModel&) = delete;
@@ -116,6 +118,7 @@ private:
     template <class Report, class Apply>
     std::function<void(const Report&)> reporting(const std::stop_token& stop, Apply apply);
 
+    std::optional<SummaryCache::Place> summaryPlace() const;
     void scan(const std::stop_token& stop, const std::filesystem::path& root);
     void refuse(MailAccessError::Kind why);
     void adopt(std::shared_ptr<const PreparedIndex> prepared);

@@ -51,7 +51,7 @@ void Application::on_startup() {
     model_ = std::make_unique<AppModel>(AppModel::Surroundings{
         SettingsStore::forUser(), *tasks_, *desktop_,
         [](Paper paper, std::stop_token cancel) { return std::make_unique<WebPDFRenderer>(paper, std::move(cancel)); },
-        now});
+        now, Calendar::current, SummaryCache::usersFolder()});
     commands_ = std::make_unique<Commands>(*this, *model_, *this);
     main_ = std::make_unique<MainWindow>(*model_, *desktop_, &DesktopServices::openLink, get_menubar());
     set_accel_for_action("win.mailboxes", "F9");

@@ -1,5 +1,7 @@
 #include "core/mailstore/SummaryCache.h"
 
+#include "platform/UserFolders.h"
+
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
@@ -169,6 +171,8 @@ void removeOldest(const fs::path& folder) {
 }
 
 }   // namespace
+
+fs::path SummaryCache::usersFolder() { return cacheFolder() / "ostrel" / "mail"; }
 
 SummaryCache::SummaryCache(const Place& place, const fs::path& root)
     : file_(fileFor(place.folder, root)), head_(headFor(root)), newest_(nanoseconds(place.now - longestStep)) {

@@ -25,6 +25,8 @@ namespace ostrel {
 // Two threads may use one object: one finds entries while the other reads and keeps them.
 class SummaryCache {
 public:
+    // "ostrel/mail" in the user's cache folder.
+    static std::filesystem::path usersFolder();
     struct Place {
         std::filesystem::path folder;
         Instant now;   // a file that has changed just before is not kept: it may change again unnoticed
