@@ -96,22 +96,22 @@ std::optional<Widths> widthsOf(QPDFObjectHandle descendant, const CodeSet& glyph
     if (!w.isArray()) return std::nullopt;
     const auto items = w.getArrayAsVector();
     Widths widths;
-    const auto put = [&](long long glyph, QPDFObjectHandle width) {
-        if (glyph >= 0 && glyph < 0x10000 && glyphs.test(static_cast<std::size_t>(glyph)))
-            widths.insert_or_assign(static_cast<int>(glyph), width);
+    const auto put = [&](std::size_t glyph, QPDFObjectHandle width) {
+        if (glyph < glyphs.size() && glyphs.test(glyph)) widths.insert_or_assign(static_cast<int>(glyph), width);
     };
+    std::size_t inRanges = 0;
     for (std::size_t i = 0; i < items.size();) {
         auto first = items[i];
-        if (!first.isInteger() || i + 1 >= items.size()) return std::nullopt;
+        if (!first.isInteger() || first.getIntValue() < 0 || i + 1 >= items.size()) return std::nullopt;
+        auto glyph = static_cast<std::size_t>(first.getIntValue());
         if (auto second = items[i + 1]; second.isArray()) {
-            long long glyph = first.getIntValue();
             for (auto& width : second.getArrayAsVector()) put(glyph++, width);
             i += 2;
         } else {
-            if (!second.isInteger() || i + 2 >= items.size()) return std::nullopt;
-            const auto last = std::min<long long>(second.getIntValue(), 0xFFFF);
-            for (auto glyph = std::max<long long>(first.getIntValue(), 0); glyph <= last; ++glyph)
-                put(glyph, items[i + 2]);
+            if (!second.isInteger() || second.getIntValue() < 0 || i + 2 >= items.size()) return std::nullopt;
+            const auto end = std::min(static_cast<std::size_t>(second.getIntValue()) + 1, glyphs.size());
+            if (glyph < end && (inRanges += end - glyph) > glyphs.size()) return std::nullopt;   // some are said twice
+            for (; glyph < end; ++glyph) put(glyph, items[i + 2]);
             i += 3;
         }
     }

@@ -63,7 +63,7 @@ bool addRange(ToUnicode& map, std::string_view first, std::string_view last, std
 
 // "<00> <FF>" or "<0000> <FFFF>"
 bool takeCodeSpace(ToUnicode& map, const std::vector<std::string_view>& strings) {
-    if (strings.size() != 2 || strings[0].size() != strings[1].size()) return false;
+    if (strings.size() != 2 || strings[0].size() != strings[1].size() || !map.texts.empty()) return false;
     map.codeBytes = strings[0].size() / 2;
     return (strings[0] == "00" || strings[0] == "0000") && hexNumber(strings[1]).has_value();
 }
@@ -77,14 +77,16 @@ std::optional<ToUnicode> parseToUnicode(std::string_view cmap) {
         const auto line = cmap.substr(0, cmap.find('\n'));
         cmap.remove_prefix(std::min(line.size() + 1, cmap.size()));
         const auto has = [&](std::string_view word) { return line.find(word) != std::string_view::npos; };
-        if (has("usecmap")) return std::nullopt;
+        // A list that shares a line with its brackets is laid out in a way we do not follow.
+        const bool isBracket = has("begincodespacerange") || has("beginbf") || line.starts_with("end");
+        if (has("usecmap") || (isBracket && has("<"))) return std::nullopt;
         if (has("begincodespacerange")) {
             section = Section::codeSpace;
         } else if (has("beginbfchar")) {
             section = Section::characters;
         } else if (has("beginbfrange")) {
             section = Section::ranges;
-        } else if (line.substr(0, 3) == "end") {
+        } else if (isBracket) {
             section = Section::none;
         } else if (section != Section::none) {
             const auto strings = hexStrings(line);

@@ -77,8 +77,8 @@ std::optional<PictureFont> pictureFont(QPDFObjectHandle font, FontTexts& texts) 
     int code = 0;
     for (auto& item : differences.getArrayAsVector()) {
         if (item.isInteger())
-            code = static_cast<int>(item.getIntValue());
-        else if (item.isName())
+            code = item.getIntValueAsInt();
+        else if (item.isName() && code >= 0 && code <= 255)
             found.names[code++] = item.getName();
     }
     return found;

@@ -29,6 +29,10 @@ TEST(ToUnicode, ReadsPlainListsAndNothingElse) {
         {"a range that runs backwards", "1 beginbfrange\n<51> <50> <0041>\nendbfrange\n", std::nullopt},
         {"half a UTF-16 unit", "1 beginbfchar\n<41> <00>\nendbfchar\n", std::nullopt},
         {"a code without its text", "1 beginbfchar\n<41>\nendbfchar\n", std::nullopt},
+        {"all on one line", "1 beginbfchar <41> <0041> endbfchar\n", std::nullopt},
+        {"longer codes after shorter ones",
+         "1 beginbfchar\n<41> <0041>\nendbfchar\n1 begincodespacerange\n<0000> <FFFF>\nendcodespacerange\n",
+         std::nullopt},
         {"cut off", "1 beginbfchar\n<41> <00", std::nullopt},
         {"more is said elsewhere", "/Other usecmap\n", std::nullopt},
     };
