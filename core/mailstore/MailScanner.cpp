@@ -49,22 +49,24 @@ std::string joined(const std::vector<std::string_view>& pieces, std::size_t firs
     return out;
 }
 
+constexpr std::string_view mailboxEnding = ".mbox";
+
+bool isMailbox(std::string_view folderName) { return text::lowerASCII(folderName).ends_with(mailboxEnding); }
+
 // The mailbox of the files in a folder:
 //
 //   account/Projects.mbox/Kitchen.mbox/<store id>/Data/Messages
 //   the id runs to the last ".mbox", the name is "Projects/Kitchen"; without any ".mbox" the folder itself is the
 //   mailbox
 //
-// relativeFolder is the text of the path below the walked folder.
+// relativeFolder is the text of the path below the walked folder; where that is a mailbox itself, its name comes first.
 Mailbox mailboxOf(std::string_view relativeFolder) {
-    constexpr std::string_view ending = ".mbox";
     std::vector<std::string_view> pieces;   // without the file
     for (std::size_t start = 0; start < relativeFolder.size();) {
         const std::size_t end = std::min(relativeFolder.find('/', start), relativeFolder.size());
         if (end > start) pieces.push_back(relativeFolder.substr(start, end - start));
         start = end + 1;
     }
-    const auto isMailbox = [&](std::string_view piece) { return text::lowerASCII(piece).ends_with(ending); };
     const auto firstFound = std::ranges::find_if(pieces, isMailbox);
     Mailbox mailbox;
     if (firstFound == pieces.end()) {
@@ -83,7 +85,7 @@ Mailbox mailboxOf(std::string_view relativeFolder) {
     std::vector<std::string_view> names(pieces.begin() + static_cast<std::ptrdiff_t>(first),
                                         pieces.begin() + static_cast<std::ptrdiff_t>(end));
     std::erase_if(names, [&](std::string_view piece) { return !isMailbox(piece); });
-    mailbox.name = joined(names, 0, names.size(), ending.size());
+    mailbox.name = joined(names, 0, names.size(), mailboxEnding.size());
     return mailbox;
 }
 
@@ -161,7 +163,9 @@ void sortNewestFirst(std::vector<MessageSummary>& messages) {
 class Scan {
 public:
     // cache: null if there is none.
-    Scan(fs::path root, SummaryCache* cache) : root_(std::move(root)), cache_(cache) {}
+    Scan(fs::path root, SummaryCache* cache) : root_(std::move(root)), cache_(cache) {
+        if (isMailbox(root_.filename().native())) ownName_ = root_.filename().native();
+    }
 
     void add(const HeadsAhead::Head& head, ByteView headerBlock) {
         if (!head.isReadable) {
@@ -207,7 +211,7 @@ private:
         if (mailbox_ && folder == *folder_) return;
         std::string_view relative = folder.substr(0, folder.size() - 1);
         if (relative.starts_with(root_.native())) relative.remove_prefix(root_.native().size());
-        const Mailbox mailbox = mailboxOf(displayText(fs::path(relative)));
+        const Mailbox mailbox = mailboxOf(displayText(fs::path(ownName_ + std::string(relative))));
         mailbox_ = &mailboxes_.try_emplace(mailbox.id, mailbox).first->second;
         addressesOfFolder_ = &addresses_[mailbox.account];
         if (mailboxID_ != mailbox.id) mailboxID_ = mailbox.id;
@@ -255,6 +259,7 @@ private:
 
     const fs::path root_;
     SummaryCache* const cache_;
+    std::string ownName_;   // of the root, where that is a mailbox; else empty
     MailIndex index_;
     std::map<std::string, Mailbox> mailboxes_;   // by id; nodes stay where they are
     KnownAddresses knownAddresses_;

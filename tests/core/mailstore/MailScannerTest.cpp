@@ -29,7 +29,8 @@ public:
         return MailScanner::scan(
             folder, "On My Mac", [](std::size_t) {}, [] { return false; });
     }
-    MailIndex scan() const { return scan(root_.path()); }
+    MailIndex scan() const { return scan(path()); }
+    const fs::path& path() const { return root_.path(); }
 
 protected:
     ScratchFolder root_;
@@ -41,6 +42,7 @@ TEST_F(MailScannerTest, MailboxesFollowFromPaths) {
     const struct {
         const char* why;
         std::string path, account, id, name;
+        const char* chosen = "";   // the folder that is scanned, below the root
     } rows[] = {
         {"Mail's own layout", "A1/INBOX.mbox/X/Data/0/Messages/12.emlx", "A1", "A1/INBOX.mbox", "INBOX"},
         {"nested", "A1/Projects.mbox/Kitchen.MBOX/X/Data/Messages/3.emlx", "A1", "A1/Projects.mbox/Kitchen.MBOX",
@@ -52,11 +54,15 @@ TEST_F(MailScannerTest, MailboxesFollowFromPaths) {
         {"a folder without mailbox", "old/mail/7.emlx", "old", "old/mail", "mail"},
         {"its Messages folder", "old/mail/Messages/7.emlx", "old", "old/mail/Messages", "mail"},
         {"Messages alone", "Messages/7.emlx", "Messages", "Messages", "Messages"},
+        {"a mailbox chosen", "A1/INBOX.mbox/X/Data/0/Messages/12.emlx", "", "INBOX.mbox", "INBOX", "A1/INBOX.mbox"},
+        {"with a slash", "Work.MBOX/7.emlx", "", "Work.MBOX", "Work", "Work.MBOX/"},
+        {"with others in it", "P.mbox/K.mbox/Messages/3.emlx", "", "P.mbox/K.mbox", "P/K", "P.mbox"},
+        {"a folder in a mailbox", "P.mbox/Data/Messages/3.emlx", "Messages", "Messages", "Messages", "P.mbox/Data"},
     };
     for (const auto& row : rows) {
         const Store own;
         own.putMessage(row.path);
-        const MailIndex index = own.scan();
+        const MailIndex index = own.scan(own.path() / row.chosen);
         ASSERT_EQ(index.messages.size(), 1U) << row.why;
         const Mailbox* mailbox = index.mailbox(index.messages[0].mailboxID);
         ASSERT_NE(mailbox, nullptr) << row.why;
