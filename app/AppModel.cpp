@@ -350,6 +350,10 @@ void AppModel::chooseDestinationAndExport() {
 
 void AppModel::startExport(const std::filesystem::path& destination) {
     if (isExporting()) return;
+    if (auto refused = ExportPlan::refusal(destination, settings.get().mailFolderURL())) {
+        problem.set(std::move(refused));
+        return;
+    }
     export_ = std::stop_source();
     const auto cancel = export_.get_token();
     const MessageList list = messages.get();

@@ -1,15 +1,47 @@
 #include "app/ExportPlan.h"
 
+#include "platform/Files.h"
 #include "platform/LocaleFormat.h"
 #include "platform/Translation.h"
+
+#include <system_error>
 
 namespace ostrel::ExportPlan {
 
 using i18n::tr;
 using i18n::trCount;
 
+namespace {
+
+namespace fs = std::filesystem;
+
+// True for the folder itself too. Links are followed; what is not there yet counts as where it would be made. By
+// identity: a folder has other names where it is mounted twice or the disk ignores case.
+bool isWithin(const fs::path& path, const fs::path& folder) {
+    std::error_code error;
+    fs::path place = fs::weakly_canonical(fs::absolute(path), error);
+    if (error) place = fs::absolute(path);
+    while (!fs::equivalent(place, folder, error)) {
+        const fs::path parent = place.parent_path();
+        if (parent == place) return false;
+        place = parent;
+    }
+    return true;
+}
+
+}   // namespace
+
 std::string folderName(Instant now, const Calendar& calendar) {
     return "Ostrel Export " + locale::numericDateAndTime(now, calendar);
+}
+
+std::optional<std::string> refusal(const fs::path& destination, const fs::path& mailFolder) {
+    for (const fs::path& folder : {mailFolder, AppSettings().mailFolderURL()}) {
+        if (isWithin(destination, folder))
+            return i18n::filled(tr("The mail folder “%@” is only read: choose a place outside of it for the export."),
+                                displayText(folder));
+    }
+    return std::nullopt;
 }
 
 std::string dateText(Instant date, const Calendar& calendar) {

@@ -21,6 +21,7 @@
 #include <functional>
 #include <iostream>
 #include <optional>
+#include <stdexcept>
 #include <stop_token>
 #include <string>
 #include <utility>
@@ -144,6 +145,8 @@ std::optional<Command> commandOf(int argc, char** argv) {
 ExitStatus run(const Command& command, bool isWalledOff) {
     if (const auto refused = MailScanner::checkAccess(command.mailFolder))
         throw MailAccessError(*refused, command.mailFolder);
+    if (const auto refused = ExportPlan::refusal(command.folder, command.mailFolder))
+        throw std::runtime_error(*refused);
     std::stop_source cancel;
     mainLoop::onInterrupt([&cancel] { cancel.request_stop(); });
     Job job(command, cancel.get_token());

@@ -144,7 +144,7 @@ void MainWindow::showProblem() {
     alert_.reset();
     const auto& problem = model_.problem.get();
     if (!problem) return;
-    alert_ = std::make_unique<Alert>(this, tr("Something went wrong"), *problem);
+    alert_ = std::make_unique<Alert>(sheet_ ? sheet_.get() : this, tr("Something went wrong"), *problem);
     alert_->addAnswer(tr("OK"), Gtk::ResponseType::OK);
     alert_->signal_response().connect([this](int) {
         alert_->hide();

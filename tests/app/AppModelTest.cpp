@@ -1,4 +1,5 @@
 #include "app/AppModel.h"
+#include "app/ExportPlan.h"
 #include "tests/app/ModelSurroundings.h"
 
 #include <set>
@@ -363,7 +364,8 @@ TEST_F(AppModelTest, ACancelledExportFinishesWithWhatIsDone) {
 
 TEST_F(AppModelTest, AnExportThatCannotBeSavedSaysWhy) {
     load();
-    const fs::path file = second_;
+    const fs::path file = out_ / "file";
+    files::writeAtomically(file, bytesOf("not a folder"));
     beginExport(file);
     tasks_.all();
     EXPECT_EQ(model_->exportPhase.get(), ExportPhase());
@@ -371,6 +373,35 @@ TEST_F(AppModelTest, AnExportThatCannotBeSavedSaysWhy) {
     ASSERT_TRUE(model_->problem.get());
     EXPECT_TRUE(model_->problem.get()->starts_with("The export couldn’t be saved there: “" + file.native()));
     EXPECT_TRUE(desktop_.awake.expired());
+}
+
+TEST_F(AppModelTest, NothingIsExportedIntoTheMailFolder) {
+    load();
+    fs::create_directory_symlink(mail_.path() / "INBOX.mbox", out_ / "link");
+    const struct {
+        const char* why;
+        fs::path destination;
+        bool isRefused;
+    } rows[] = {
+        {"itself", mail_.path(), true},
+        {"with a slash", mail_.path() / "", true},
+        {"a folder in it", mail_.path() / "INBOX.mbox", true},
+        {"not made yet", mail_.path() / "new/newer", true},
+        {"by a link", out_ / "link", true},
+        {"through a link", out_ / "link/new", true},
+        {"by a detour", out_.path() / ".." / mail_.path().filename() / "INBOX.mbox", true},
+        {"a longer name", mail_.path().native() + "ing", false},
+        {"the folder around it", mail_.path().parent_path(), false},
+        {"out of it again", mail_.path() / ".." / "new", false},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(ExportPlan::refusal(row.destination, mail_.path()).has_value(), row.isRefused) << row.why;
+    EXPECT_FALSE(ExportPlan::refusal(out_.path(), out_ / "none")) << "nothing lies in what is not there";
+
+    beginExport(mail_.path() / "INBOX.mbox");
+    EXPECT_FALSE(model_->isExporting());
+    EXPECT_TRUE(model_->problem.get());
+    EXPECT_EQ(model_->sheet.get(), Sheet::export_) << "to choose another place";
 }
 
 TEST_F(AppModelTest, AnExportGoesOnWhileItsIndexIsReplaced) {

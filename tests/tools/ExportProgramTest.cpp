@@ -274,6 +274,7 @@ TEST_F(ExportProgramTest, WhatCannotRunSaysWhyInOneSentence) {
         {"no such mail folder", {EXPORT_PROGRAM, path("none"), path("out")}, path("none")},
         {"the mail folder is a file", {EXPORT_PROGRAM, path("file"), path("out")}, path("file")},
         {"the destination is a file", {EXPORT_PROGRAM, path("Mail"), path("file")}, path("file")},
+        {"the destination is the mail folder", {EXPORT_PROGRAM, path("Mail"), path("Mail/new")}, path("Mail”")},
     };
     for (const auto& row : rows) {
         Program program(row.command, home_);
