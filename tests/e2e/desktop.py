@@ -235,6 +235,18 @@ class Desktop:
         """All that can be read or heard on the display."""
         return {said for node in self.nodes() for said in (node.name, node.text, node.description) if said}
 
+    def rows(self):
+        """What the list shows, from top to bottom."""
+        found = [(self.extents(node), node) for node in self.nodes() if node.role == "row"]
+        return [node.name for place, node in sorted(found, key=lambda entry: entry[0][1]) if place[2] > 0]
+
+    def is_blank(self, x, y, width, height):
+        """Whether a part of the display has one colour only."""
+        shot = subprocess.run(["import", "-window", "root", "png:-"], env=self.environment, stdout=subprocess.PIPE, check=True)
+        colours = subprocess.run(["convert", "-", "-crop", f"{width}x{height}+{x}+{y}", "-format", "%k", "info:"],
+                                 input=shot.stdout, stdout=subprocess.PIPE, check=True)
+        return colours.stdout == b"1"
+
     def extents(self, node):
         """x, y, width, height on the display."""
         answer = self._call([(node, COMPONENT, "GetExtents", GLib.Variant("(u)", (1,)))])[0]

@@ -39,8 +39,9 @@ GtkSorter* newSorter(SortKey key) {
 }
 
 std::optional<SortKey> clickedLast(GtkColumnView* view) {
+    GtkSorter* const sorter = gtk_column_view_get_sorter(view);
     askedFirst.reset();
-    gtk_sorter_compare(gtk_column_view_get_sorter(view), view, view);   // any two objects
+    gtk_sorter_compare(sorter, view, sorter);   // any two objects; of one and the same the toolkit asks nobody
     return askedFirst;
 }
 
