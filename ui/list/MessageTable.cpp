@@ -67,7 +67,7 @@ MessageTable::MessageTable(AppModel& model)
     rows_.onRefresh = [this] { refresh(); };
     rows_.onSelect = [this](std::size_t row) { model_.selection.set(rows_.messages()[row].id()); };
     scroller_.set_child(view_);
-    scroller_.set_vexpand();
+    set_vexpand();   // also while the list is hidden, or what stands below it would move up
     add(scroller_);
     add(empty_);
     set_hhomogeneous(false);
