@@ -24,8 +24,9 @@ constexpr std::array keptMenuEntries = {WEBKIT_CONTEXT_MENU_ACTION_COPY, WEBKIT_
                                         WEBKIT_CONTEXT_MENU_ACTION_COPY_LINK_TO_CLIPBOARD,
                                         WEBKIT_CONTEXT_MENU_ACTION_COPY_IMAGE_TO_CLIPBOARD};
 
-// Paper knows no dark style, so the preview shows none either. Print leaves it out by itself.
-constexpr const char* lightStyle = "*{color-scheme:only light !important}";
+// Paper knows no dark style, so the preview shows none either. Print leaves it out by itself. The view is transparent:
+// a page that paints no ground of its own would be written over the one before.
+constexpr const char* lightStyle = "*{color-scheme:only light !important}html{background:#fff}";
 constexpr const char* lightScript = R"js(
 const groups = [...document.styleSheets];
 const lighten = media => {

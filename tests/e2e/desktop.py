@@ -248,7 +248,7 @@ class Desktop:
         return colours.stdout == b"1"
 
     def extents(self, node):
-        """x, y, width, height on the display."""
+        """x, y, width, height in its window."""
         answer = self._call([(node, COMPONENT, "GetExtents", GLib.Variant("(u)", (1,)))])[0]
         return answer[0] if answer else (0, 0, 0, 0)
 
@@ -264,10 +264,15 @@ class Desktop:
     def type(self, text):
         subprocess.run(["xdotool", "type", "--delay", "20", text], env=self.environment, check=True)
 
-    def click(self, node, button=1):
+    def place(self, node):
+        """x, y, width, height on the display."""
         x, y, width, height = self.extents(node)
         left, top = self._origin(node.window.name)
-        subprocess.run(["xdotool", "mousemove", str(left + x + width // 2), str(top + y + height // 2), "click", str(button)],
+        return left + x, top + y, width, height
+
+    def click(self, node, button=1):
+        x, y, width, height = self.place(node)
+        subprocess.run(["xdotool", "mousemove", str(x + width // 2), str(y + height // 2), "click", str(button)],
                        env=self.environment, check=True)
 
     def _origin(self, title):

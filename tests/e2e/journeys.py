@@ -54,6 +54,14 @@ class Journey:
             self.desktop.key("Return")
         self.desktop.gone(title)
 
+    def file_of(self, subject):
+        """The message's file in the store."""
+        for path in glob.glob(self.store + "/**/*.emlx", recursive=True):
+            with open(path, encoding="utf-8", errors="replace") as file:
+                if f"Subject: {subject}" in file.read():
+                    return path
+        raise AssertionError(f"no message {subject!r}")
+
     def count(self):
         return int(re.sub(r"\D", "", self.desktop.find(COUNT).name))
 
@@ -198,6 +206,36 @@ def staying():
 
 
 def translations():
+def vanished_message():
+    """A message whose file has gone shows nothing of the one before."""
+    with Journey.on_sample() as journey:
+        desktop = journey.desktop
+        desktop.click(desktop.find(re.compile("Spring papers"), "row"))
+        desktop.find("The preview is loaded")
+        x, y, width, height = desktop.place(desktop.find("Message preview"))
+        page = (x + 20, y + 60, width - 60, height // 2)   # below the one line that says what is wrong, without a scroll bar
+        wait(lambda: not desktop.is_blank(*page), "the message to be painted")
+        os.remove(journey.file_of("Tide tables"))
+        desktop.click(desktop.find(re.compile("Tide tables"), "row"))
+        wait(lambda: desktop.is_blank(*page), "the page before to go")
+        journey.leave()
+
+
+def help_beside_a_sheet():
+    """The help can be read while a sheet is open, and its keys are its own."""
+    with Journey.on_sample() as journey:
+        desktop = journey.desktop
+        desktop.key("ctrl+shift+e")
+        desktop.find("Choose Folder and Export…")
+        desktop.key("F1")
+        desktop.wait_active("Ostrel Help")
+        desktop.key("Escape")
+        desktop.click(desktop.find("Your data and privacy"))
+        desktop.find(re.compile("^Your mail stays on this"))
+        desktop.find("Choose Folder and Export…")
+        journey.leave()
+
+
     """English text to German, of those that differ."""
     with open(os.path.join(os.path.dirname(os.path.abspath(__file__)), "../../data/po/de.po"), encoding="utf-8") as file:
         entries = re.sub(r'"\n"', "", file.read())
