@@ -10,6 +10,7 @@
 #include "ui/sheets/SheetWindow.h"
 #include "ui/widgets/Symbols.h"
 
+#include "ui/widgets/WidgetTree.h"
 #include <chrono>
 #include <utility>
 
@@ -75,20 +76,14 @@ void Application::addStyle() {
 
 // ---- Windows ----
 
-// A window that was closed has left the application, and its actions.
-void Application::bring(Gtk::Window& window) {
-    if (!window.get_application()) add_window(window);
-    window.present();
-}
-
-void Application::showMain() { bring(*main_); }
+void Application::showMain() { widgets::bring(*main_, *this); }
 
 void Application::showHelp() {
     if (!help_) {
         help_ = std::make_unique<HelpWindow>();
         help_->set_hide_on_close();
     }
-    bring(*help_);
+    widgets::bring(*help_, *this);
 }
 
 void Application::showSettings() {
@@ -96,12 +91,12 @@ void Application::showSettings() {
         settings_ = std::make_unique<SettingsWindow>(*model_);
         settings_->set_hide_on_close();
     }
-    bring(*settings_);
+    widgets::bring(*settings_, *this);
 }
 
 void Application::showShortcuts() {
     shortcuts_ = makeShortcutsWindow();
-    if (Gtk::Window* active = get_active_window()) shortcuts_->set_transient_for(*active);
+    if (Gtk::Window* window = get_active_window()) shortcuts_->set_transient_for(*window);
     shortcuts_->present();
 }
 

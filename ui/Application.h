@@ -44,7 +44,6 @@ private:
     void closeActive() override;
     void quit() override;
 
-    void bring(Gtk::Window& window);
     void addStyle();
     void followActivation();
     void exportChanged();

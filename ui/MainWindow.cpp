@@ -6,6 +6,7 @@
 #include "ui/widgets/Accessible.h"
 #include "ui/widgets/Symbols.h"
 #include "ui/widgets/TextScale.h"
+#include "ui/widgets/WidgetTree.h"
 
 #include <utility>
 
@@ -61,6 +62,7 @@ MainWindow::MainWindow(AppModel& model, Desktop& desktop, WebPreview::LinkOpener
     set_title(tr("Ostrel"));
     set_default_size(textScale::scaled(defaultWidth), textScale::scaled(defaultHeight));
     set_hide_on_close();
+    group_->add_window(*this);
     addToolbar(menuBar);
 
     mailboxes_.append(sidebar_);
@@ -155,7 +157,7 @@ void MainWindow::showProblem() {
 
 void MainWindow::on_show() {
     Gtk::ApplicationWindow::on_show();
-    if (sheet_) sheet_->present();
+    if (sheet_) widgets::bring(*sheet_, *get_application());
 }
 
 void MainWindow::on_hide() {

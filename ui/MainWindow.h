@@ -21,6 +21,7 @@
 #include <gtkmm/headerbar.h>
 #include <gtkmm/popovermenubar.h>
 #include <gtkmm/togglebutton.h>
+#include <gtkmm/windowgroup.h>
 
 namespace ostrel {
 
@@ -45,6 +46,8 @@ private:
 
     AppModel& model_;
     Desktop& desktop_;
+    // Of this window and what stands in front of it: sheets and alerts keep the keys from the others of their group.
+    Glib::RefPtr<Gtk::WindowGroup> group_ = Gtk::WindowGroup::create();
     Mnemonics mnemonics_;
     Gtk::HeaderBar header_;
     Gtk::PopoverMenuBar menuBar_;

@@ -23,7 +23,7 @@ SheetWindow::SheetWindow(AppModel& model, Gtk::Window& parent, const std::string
     set_title(title);
     set_transient_for(parent);
     set_modal();
-    if (const auto application = parent.get_application()) application->add_window(*this);   // its actions
+    set_application(parent.get_application());   // its actions
     header_.add_css_class("flat");
     set_titlebar(header_);
 

@@ -1,6 +1,8 @@
 #pragma once
 
-#include <gtkmm/widget.h>
+#include <gtkmm/application.h>
+#include <gtkmm/headerbar.h>
+#include <gtkmm/window.h>
 
 // Parts of the toolkit's own widgets.
 namespace ostrel::widgets {
@@ -15,6 +17,19 @@ inline Gtk::Widget* childNamed(Gtk::Widget& parent, const char* cssName) {
 // Itself or something in it.
 inline bool hasFocus(const Gtk::Widget& widget) {
     return (widget.get_state_flags() & Gtk::StateFlags::FOCUS_WITHIN) != Gtk::StateFlags();
+}
+
+// Shows a window of the application, also one that was hidden: it has left the application then, and when it comes back
+// its title buttons stay dead unless they are made anew.
+inline void bring(Gtk::Window& window, Gtk::Application& application) {
+    if (!window.get_application()) {
+        application.add_window(window);
+        if (auto* bar = dynamic_cast<Gtk::HeaderBar*>(window.get_titlebar())) {
+            bar->set_show_title_buttons(false);
+            bar->set_show_title_buttons(true);
+        }
+    }
+    window.present();
 }
 
 }   // namespace ostrel::widgets
