@@ -5,7 +5,10 @@
 #include "ui/widgets/Accessible.h"
 #include "ui/widgets/Symbols.h"
 
-#include <gtkmm/image.h>
+#include <algorithm>
+#include <cstdint>
+#include <utility>
+
 #include <gtkmm/label.h>
 
 namespace ostrel {
@@ -54,6 +57,7 @@ MailboxSidebar::MailboxSidebar(AppModel& model)
     scroller_.set_policy(Gtk::PolicyType::NEVER, Gtk::PolicyType::AUTOMATIC);
     scroller_.set_expand();
     append(scroller_);
+    focus_.onSideways = [this](Gtk::Widget& stop, bool toEnd) { moveSideways(stop, toEnd); };
 
     subscriptions_.push_back(model_.index.observe([this] { showMailboxes(); }));
     subscriptions_.push_back(model_.filter.observe([this] { showChecks(); }));
@@ -67,10 +71,33 @@ void MailboxSidebar::showMailboxes() {
     if (accounts != shown_) {
         shown_ = accounts;
         rows_.clear();
-        while (Gtk::Widget* section = accounts_.get_first_child()) accounts_.remove(*section);
+        sections_.clear();
+        collectStops();
+        while (Gtk::Widget* part = accounts_.get_first_child()) accounts_.remove(*part);
         for (const MailAccount& account : accounts) addAccount(account);
     }
+    collectStops();
     showChecks();
+}
+
+void MailboxSidebar::collectStops() {
+    std::vector<Gtk::Widget*> stops{&all_};
+    for (std::size_t i = 0; i < sections_.size(); ++i) {
+        stops.push_back(sections_[i].header);
+        if (!sections_[i].mailboxes->get_visible()) continue;
+        for (const Row& row : rows_)
+            if (row.section == i) stops.push_back(row.check);
+    }
+    focus_.setStops(std::move(stops));
+}
+
+// As in a tree: towards the end an account opens, towards the beginning it closes, from its mailboxes after a stop at
+// its name.
+void MailboxSidebar::moveSideways(Gtk::Widget& stop, bool toEnd) {
+    const auto section = std::ranges::find(sections_, &stop, &Section::header);
+    if (section != sections_.end()) return expand(*section, toEnd);
+    const auto row = std::ranges::find(rows_, &stop, &Row::check);
+    if (row != rows_.end() && !toEnd) focus_.moveTo(*sections_[row->section].header);
 }
 
 void MailboxSidebar::addAccount(const MailAccount& account) {
@@ -85,20 +112,35 @@ void MailboxSidebar::addAccount(const MailAccount& account) {
             if (!isShowing_) model_.setMailbox(id, check->get_active());
         });
         mailboxes->append(*check);
-        rows_.push_back({mailbox.id, check});
+        rows_.push_back({mailbox.id, check, sections_.size()});
     }
-    auto* heading = Gtk::make_managed<Gtk::Label>(account.label, Gtk::Align::START);
-    heading->set_ellipsize(Pango::EllipsizeMode::END);
-    heading->set_tooltip_text(account.label);
-    heading->add_css_class("heading");
-    auto* section = Gtk::make_managed<Gtk::Expander>();
-    section->set_label_widget(*heading);
-    section->set_child(*mailboxes);
-    accessible::setLabel(*section, account.label);
-    section->set_expanded(!isCollapsed_[account.id]);
-    section->property_expanded().signal_changed().connect(
-        [this, section, id = account.id] { isCollapsed_[id] = !section->get_expanded(); });
-    accounts_.append(*section);
+    auto* name = Gtk::make_managed<Gtk::Label>(account.label, Gtk::Align::START);
+    name->set_ellipsize(Pango::EllipsizeMode::END);
+    name->add_css_class("heading");
+    auto* arrow = Gtk::make_managed<Gtk::Image>();
+    accessible::hide(*arrow);
+    auto* content = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, spacing);
+    content->append(*arrow);
+    content->append(*name);
+    auto* header = Gtk::make_managed<Gtk::Button>();
+    header->set_child(*content);
+    header->set_has_frame(false);
+    header->set_tooltip_text(account.label);
+    accessible::setLabel(*header, account.label);
+    const Section section{account.id, header, arrow, mailboxes};
+    header->signal_clicked().connect([this, section] { expand(section, !section.mailboxes->get_visible()); });
+    accounts_.append(*header);
+    accounts_.append(*mailboxes);
+    sections_.push_back(section);
+    expand(section, !isCollapsed_[account.id]);
+}
+
+void MailboxSidebar::expand(const Section& section, bool isExpanded) {
+    isCollapsed_[section.accountID] = !isExpanded;
+    section.mailboxes->set_visible(isExpanded);
+    section.arrow->set_from_icon_name(isExpanded ? "pan-down-symbolic" : "pan-end-symbolic");
+    gtk_accessible_update_state(GTK_ACCESSIBLE(section.header->gobj()), GTK_ACCESSIBLE_STATE_EXPANDED, isExpanded, -1);
+    collectStops();
 }
 
 void MailboxSidebar::showChecks() {

@@ -6,6 +6,7 @@
 #include <chrono>
 
 #include <glibmm/datetime.h>
+#include <gtkmm/eventcontrollerkey.h>
 
 namespace ostrel {
 namespace {
@@ -13,6 +14,21 @@ namespace {
 Day today() {
     const auto now = std::chrono::time_point_cast<Instant::duration>(std::chrono::system_clock::now());
     return Calendar::current().components(now).date;
+}
+
+// The toolkit ticks a check box when an arrow key is pressed on it: they move on instead, as the Tab key does.
+void keepFromArrows(Gtk::CheckButton& check) {
+    const auto keys = Gtk::EventControllerKey::create();
+    keys->signal_key_pressed().connect(
+        [&check](guint key, guint, Gdk::ModifierType) {
+            const bool isOn = key == GDK_KEY_Down || key == GDK_KEY_Right;
+            if (!isOn && key != GDK_KEY_Up && key != GDK_KEY_Left) return false;
+            gtk_widget_child_focus(GTK_WIDGET(gtk_widget_get_root(GTK_WIDGET(check.gobj()))),
+                                   isOn ? GTK_DIR_TAB_FORWARD : GTK_DIR_TAB_BACKWARD);
+            return true;
+        },
+        false);
+    check.add_controller(keys);
 }
 
 }   // namespace
@@ -23,6 +39,7 @@ DateToggle::DateToggle(const std::string& title, const std::string& label)
       check_(title, true),
       box_(Gtk::Orientation::VERTICAL, 6) {
     accessible::setLabel(check_, label_);
+    keepFromArrows(check_);
     check_.signal_toggled().connect([this] {
         if (!isShowing_) change(check_.get_active() ? std::optional(today()) : std::nullopt);
     });
@@ -37,7 +54,9 @@ DateToggle::DateToggle(const std::string& title, const std::string& label)
         } else {
             typed_.add_css_class("error");
         }
-        if (!isShowing_ && day) change(day);
+        if (isShowing_ || !day) return;
+        change(day);
+        showInCalendar(*day);
     });
     typed_.signal_activate().connect([this] { popover_.popdown(); });
     accessible::setLabel(calendar_, label_);
@@ -87,6 +106,12 @@ void DateToggle::showInPopover() {
     const Day day = date_.value_or(today());
     isShowing_ = true;
     typed_.set_text(locale::numericDate(day));
+    isShowing_ = false;
+    showInCalendar(day);
+}
+
+void DateToggle::showInCalendar(Day day) {
+    isShowing_ = true;
     calendar_.select_day(Glib::DateTime::create_local(day.year, day.month, day.day, 12, 0, 0));
     isShowing_ = false;
 }

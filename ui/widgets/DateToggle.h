@@ -29,6 +29,7 @@ private:
     void change(std::optional<Day> date);
     void show();
     void showInPopover();
+    void showInCalendar(Day day);
 
     std::optional<Day> date_;
     bool isShowing_ = false;
