@@ -1,5 +1,6 @@
 // ostrel: the window.
 
+#include "platform/Environment.h"
 #include "platform/Translation.h"
 #include "render/engine/DesktopEngine.h"
 #include "render/loop/MainLoop.h"
@@ -12,9 +13,22 @@
 #include <glibmm/miscutils.h>
 #include <gtk/gtk.h>
 
+namespace {
+
+// The toolkit's renderer for GL takes seconds to start where GL is done by software, and more memory than the rest of
+// the window; the other one draws a window of text as fast as anybody scrolls. The engine hands its pages over through
+// GL too unless told not to, and where the display has none that ends the program.
+void drawWithoutGL() {
+    ostrel::environment::setIfAbsent("GSK_RENDERER", "cairo");
+    ostrel::environment::set("WEBKIT_DISABLE_DMABUF_RENDERER", "1");
+}
+
+}   // namespace
+
 int main() {
     using namespace ostrel;
     i18n::start();
+    drawWithoutGL();
     // The locale is set as far as it may be; the toolkit would set a decimal comma too, for everybody.
     gtk_disable_setlocale();
     Glib::set_init_to_users_preferred_locale(false);

@@ -55,12 +55,12 @@ class Node:
 
 
 class Desktop:
-    def __init__(self, environment=None, size="1400x1000"):
+    def __init__(self, environment=None, size="1400x1000", has_gl=True):
         self.folder = tempfile.mkdtemp(prefix="ostrel-e2e-")
         self.home = os.path.join(self.folder, "home")
         self.servers, self.programs = [], []
         try:
-            self._start(environment or {}, size)
+            self._start(environment or {}, size, has_gl)
         except BaseException:
             self.stop()
             raise
@@ -73,12 +73,12 @@ class Desktop:
 
     # ---- Beginning and end
 
-    def _start(self, environment, size):
+    def _start(self, environment, size, has_gl):
         run = os.path.join(self.folder, "run")
         self.environment = {"PATH": os.environ["PATH"], "HOME": self.home, "XDG_RUNTIME_DIR": run, "TZ": "UTC",
                             "XDG_CONFIG_HOME": self.home + "/.config", "XDG_CACHE_HOME": self.home + "/.cache",
                             "XDG_DATA_HOME": self.home + "/.local/share", "TMPDIR": self.folder + "/tmp", "LC_ALL": "C.UTF-8",
-                            "GDK_BACKEND": "x11", "GSK_RENDERER": "cairo", "GTK_A11Y": "atspi", "GTK_USE_PORTAL": "0",
+                            "GDK_BACKEND": "x11", "GTK_A11Y": "atspi", "GTK_USE_PORTAL": "0",
                             "GTK_IM_MODULE": "gtk-im-context-simple", "GIO_USE_VFS": "local", "GSETTINGS_BACKEND": "memory"}
         for name in ("LSAN_OPTIONS", "ASAN_OPTIONS"):
             if name in os.environ:
@@ -88,7 +88,8 @@ class Desktop:
         self._write(self.home + "/.config/gtk-4.0/settings.ini", TOOLKIT)
 
         shown, number = os.pipe()
-        self._serve("Xvfb", "-displayfd", str(number), "-screen", "0", size + "x24", "-nolisten", "tcp", passing=number)
+        self._serve("Xvfb", "-displayfd", str(number), "-screen", "0", size + "x24", "-nolisten", "tcp", "+extension" if has_gl else "-extension", "GLX",
+                    passing=number)
         self.environment["DISPLAY"] = ":" + self._line(shown)
         launcher = next(path for path in LAUNCHERS if os.path.exists(path))
         self._write(run + "/services/org.a11y.Bus.service", f"[D-BUS Service]\nName=org.a11y.Bus\nExec={launcher}\n")

@@ -19,8 +19,8 @@ COUNT = re.compile(r"^[\d,.]+ messages$")
 class Journey:
     """The application on a desktop of its own."""
 
-    def __init__(self, settings=None, environment=None):
-        self.desktop = Desktop(environment)
+    def __init__(self, settings=None, environment=None, has_gl=True):
+        self.desktop = Desktop(environment, has_gl=has_gl)
         self.store = self.desktop.home + "/Letters"
         subprocess.run([SAMPLE, self.store], check=True, stdout=subprocess.DEVNULL)
         if settings is not None:
@@ -30,9 +30,9 @@ class Journey:
         self.program = self.desktop.launch(PROGRAM)
 
     @classmethod
-    def on_sample(cls, environment=None):
+    def on_sample(cls, environment=None, has_gl=True):
         """Past the welcome, with the sample in the list."""
-        journey = cls({"onboardingDone": True, "paper": "a4"}, environment)
+        journey = cls({"onboardingDone": True, "paper": "a4"}, environment, has_gl)
         journey.desktop.find("The Paper Lantern")
         return journey
 
@@ -105,6 +105,13 @@ def finding():
     with Journey.on_sample() as journey:
         desktop = journey.desktop
         everything = journey.count()
+        newest = desktop.rows()
+        desktop.click(desktop.find("Subject", "column header"))
+        wait(lambda: desktop.rows() != newest, "the list to be sorted by subject")
+        subjects = desktop.rows()
+        desktop.click(desktop.find("Subject", "column header"))
+        wait(lambda: desktop.rows() not in (newest, subjects), "the list to be sorted the other way round")
+        bar = desktop.place(desktop.find("Export to PDF…", "button"))
         desktop.click(desktop.find("Filter by subject", "text box"))
         desktop.type("papers")
         wait(lambda: 0 < journey.count() < everything, "a narrower list")
@@ -166,6 +173,7 @@ def by_keyboard():
             raise AssertionError(f"{name!r} cannot be reached; the focus is at {desktop.focused()!r}")
 
         tab_to("Message preview", 3)
+        everything = journey.count()
         tab_to("All Mailboxes", 15)
         for _ in range(3):
             before = desktop.focused()
@@ -198,23 +206,9 @@ def vanished_folder():
         journey.leave()
 
 
-def staying():
-    """Closing the window keeps the application; starting it again brings the window back."""
-    with Journey.on_sample() as journey:
-        desktop = journey.desktop
-        desktop.key("ctrl+w")
-        desktop.gone(COUNT)
-        assert journey.program.poll() is None
-        second = desktop.launch(PROGRAM)
-        wait(lambda: second.poll() is not None, "the second to leave")
-        desktop.wait_active("Ostrel")
-        journey.leave()
-
-
-def translations():
 def vanished_message():
-    """A message whose file has gone shows nothing of the one before."""
-    with Journey.on_sample() as journey:
+    """A message whose file has gone shows nothing of the one before; on a display without GL, as many remote ones are."""
+    with Journey.on_sample(has_gl=False) as journey:
         desktop = journey.desktop
         desktop.click(desktop.find(re.compile("Spring papers"), "row"))
         desktop.find("The preview is loaded")
@@ -242,6 +236,22 @@ def help_beside_a_sheet():
         journey.leave()
 
 
+def staying():
+    """Closing a window keeps the application; shown again, the window is as good as new."""
+    with Journey.on_sample() as journey:
+        desktop = journey.desktop
+        for close in (lambda: desktop.key("ctrl+w"), lambda: desktop.click(desktop.find("Close", "button"))):
+            close()
+            desktop.gone(COUNT)
+            assert journey.program.poll() is None
+            second = desktop.launch(PROGRAM)
+            wait(lambda: second.poll() is not None, "the second to leave")
+            desktop.wait_active("Ostrel")
+            desktop.find(COUNT)
+        journey.leave()
+
+
+def translations():
     """English text to German, of those that differ."""
     with open(os.path.join(os.path.dirname(os.path.abspath(__file__)), "../../data/po/de.po"), encoding="utf-8") as file:
         entries = re.sub(r'"\n"', "", file.read())
@@ -286,7 +296,8 @@ def in_german():
 
 
 JOURNEYS = {journey.__name__: journey
-            for journey in (first_start, finding, exporting, by_keyboard, vanished_folder, staying, in_german)}
+            for journey in (first_start, finding, exporting, by_keyboard, vanished_folder, vanished_message, help_beside_a_sheet,
+                            staying, in_german)}
 
 if __name__ == "__main__":
     for name in sys.argv[3:] or JOURNEYS:
