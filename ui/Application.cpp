@@ -7,13 +7,15 @@
 #include "ui/About.h"
 #include "ui/ApplicationID.h"
 #include "ui/ShortcutsWindow.h"
+#include "ui/sheets/Alert.h"
 #include "ui/sheets/SheetWindow.h"
 #include "ui/widgets/Symbols.h"
-
 #include "ui/widgets/WidgetTree.h"
+
 #include <chrono>
 #include <utility>
 
+#include <adwaita.h>
 #include <gtkmm/cssprovider.h>
 #include <gtkmm/settings.h>
 
@@ -33,7 +35,6 @@ Application::Application() : Gtk::Application(applicationID) {}
 
 Application::~Application() {
     subscriptions_.clear();
-    question_.reset();
     shortcuts_.reset();
     settings_.reset();
     help_.reset();
@@ -44,9 +45,9 @@ Application::~Application() {
 
 void Application::on_startup() {
     Gtk::Application::on_startup();
-    hold();   // without a window too
+    adw_init();   // the desktop's style, light or dark as its user likes it
+    hold();       // without a window too
     addStyle();
-    colors_ = std::make_unique<ColorScheme>();
     tasks_ = std::make_unique<MainLoopTasks>();
     desktop_ = std::make_unique<DesktopServices>(*this, [this] { return get_active_window(); });
     model_ = std::make_unique<AppModel>(AppModel::Surroundings{
@@ -54,8 +55,9 @@ void Application::on_startup() {
         [](Paper paper, std::stop_token cancel) { return std::make_unique<WebPDFRenderer>(paper, std::move(cancel)); },
         now, Calendar::current, SummaryCache::usersFolder()});
     commands_ = std::make_unique<Commands>(*this, *model_, *this);
-    main_ = std::make_unique<MainWindow>(*model_, *desktop_, &DesktopServices::openLink, get_menubar());
+    main_ = std::make_unique<MainWindow>(*model_, *desktop_, &DesktopServices::openLink, commands_->menu());
     set_accel_for_action("win.mailboxes", "F9");
+    set_accel_for_action("win.find", "<Primary>f");
     subscriptions_.push_back(model_->exportPhase.observe([this] { exportChanged(); }));
 }
 
@@ -115,17 +117,11 @@ void Application::quit() {
         return;
     }
     showMain();
-    question_ = std::make_unique<Alert>(
-        main_.get(), tr("An export is running"),
-        tr("If you quit now, the export stops after the current message. What’s done stays, with its index."));
-    question_->addAnswer(tr("Keep Exporting"), Gtk::ResponseType::CANCEL);
-    question_->addAnswer(tr("Stop and Quit"), Gtk::ResponseType::ACCEPT).add_css_class("destructive-action");
-    question_->set_default_response(Gtk::ResponseType::CANCEL);
-    question_->signal_response().connect([this](int response) {
-        question_->hide();
-        if (response == Gtk::ResponseType::ACCEPT) end();
-    });
-    question_->present();
+    if (std::exchange(isAsking_, true)) return;
+    showAlert(main_.get(), tr("An export is running"),
+              tr("If you quit now, the export stops after the current message. What’s done stays, with its index."),
+              {{tr("Keep Exporting"), [this] { isAsking_ = false; }},
+               {tr("Stop and Quit"), [this] { end(); }, Answer::Kind::destructive}});
 }
 
 void Application::end() {

@@ -3,13 +3,11 @@
 #include "app/AppModel.h"
 #include "render/loop/MainLoop.h"
 #include "render/loop/MainLoopTasks.h"
-#include "ui/ColorScheme.h"
 #include "ui/Commands.h"
 #include "ui/DesktopServices.h"
 #include "ui/HelpWindow.h"
 #include "ui/MainWindow.h"
 #include "ui/SettingsWindow.h"
-#include "ui/sheets/Alert.h"
 
 #include <memory>
 #include <vector>
@@ -48,7 +46,6 @@ private:
     void followActivation();
     void exportChanged();
 
-    std::unique_ptr<ColorScheme> colors_;
     std::unique_ptr<MainLoopTasks> tasks_;
     std::unique_ptr<DesktopServices> desktop_;
     std::unique_ptr<AppModel> model_;
@@ -57,8 +54,7 @@ private:
     std::unique_ptr<HelpWindow> help_;
     std::unique_ptr<SettingsWindow> settings_;
     std::unique_ptr<Gtk::ShortcutsWindow> shortcuts_;
-    std::unique_ptr<Alert> question_;
-    bool hasStarted_ = false, isActive_ = false, isEnding_ = false, wasExporting_ = false;
+    bool hasStarted_ = false, isActive_ = false, isAsking_ = false, isEnding_ = false, wasExporting_ = false;
     mainLoop::Timer inactive_;
     std::vector<Subscription> subscriptions_;
 };

@@ -7,7 +7,6 @@
 #include <utility>
 #include <vector>
 
-#include <giomm/menu.h>
 #include <giomm/simpleaction.h>
 
 namespace ostrel {
@@ -51,9 +50,9 @@ std::vector<Command> commands(AppModel& model, Windows& windows) {
          {"<Primary><Shift>l"},
          [&model] { model.clearFilters(); },
          [&model] { return model.filter.get().hasCriteria(); }},
-        // "?" stands behind Shift on many keyboards and alone on some; F1 is where the desktop's users look first.
-        {"help", {"<Primary>question", "<Primary><Shift>question", "F1"}, [&windows] { windows.showHelp(); }},
-        {"shortcuts", {"<Primary>F1"}, [&windows] { windows.showShortcuts(); }},
+        // The keys of every program on this desktop. "?" stands behind Shift on many keyboards and alone on some.
+        {"help", {"F1"}, [&windows] { windows.showHelp(); }},
+        {"shortcuts", {"<Primary>question", "<Primary><Shift>question"}, [&windows] { windows.showShortcuts(); }},
         {"show-welcome",
          {},
          [&model, &windows] {
@@ -67,40 +66,39 @@ struct Item {
     std::string text;
     const char* action;
 };
-using Section = std::vector<Item>;
+struct Section {
+    std::string title;   // may be empty
+    std::vector<Item> items;
+};
 
-Glib::RefPtr<Gio::Menu> menu(const std::vector<Section>& sections) {
-    const auto made = Gio::Menu::create();
+Glib::RefPtr<Gio::Menu> makeMenu() {
+    const Section sections[] = {
+        {tr("File"),
+         {{tr("Choose Mail Folder…"), "choose-folder"},
+          {tr("Use Apple Mail’s Folder"), "use-default-folder"},
+          {tr("Reload Mailboxes"), "reload"},
+          {tr("Export to PDF…"), "export"}}},
+        {tr("Message"), {{tr("Show Mail’s File in Finder"), "show-file"}, {tr("Clear Filters"), "clear-filters"}}},
+        {"",
+         {{tr("Settings…"), "settings"},
+          {tr("Keyboard Shortcuts"), "shortcuts"},
+          {tr("Ostrel Help"), "help"},
+          {tr("About Ostrel"), "about"}}},
+        {"", {{tr("Close Window"), "close-window"}, {tr("Quit Ostrel"), "quit"}}},
+    };
+    const auto menu = Gio::Menu::create();
     Mnemonics mnemonics;
-    for (const Section& items : sections) {
+    for (const auto& [title, items] : sections) {
         const auto section = Gio::Menu::create();
         for (const auto& [text, action] : items) section->append(mnemonics.mark(text), Glib::ustring("app.") + action);
-        made->append_section(section);
+        menu->append_section(title, section);
     }
-    return made;
-}
-
-Glib::RefPtr<Gio::Menu> menuBar() {
-    const auto bar = Gio::Menu::create();
-    Mnemonics mnemonics;
-    bar->append_submenu(
-        mnemonics.mark(tr("Ostrel")),
-        menu({{{tr("About Ostrel"), "about"}}, {{tr("Settings…"), "settings"}}, {{tr("Quit Ostrel"), "quit"}}}));
-    bar->append_submenu(mnemonics.mark(tr("File")), menu({{{tr("Choose Mail Folder…"), "choose-folder"},
-                                                           {tr("Use Apple Mail’s Folder"), "use-default-folder"},
-                                                           {tr("Reload Mailboxes"), "reload"}},
-                                                          {{tr("Export to PDF…"), "export"}},
-                                                          {{tr("Close Window"), "close-window"}}}));
-    bar->append_submenu(mnemonics.mark(tr("Message")), menu({{{tr("Show Mail’s File in Finder"), "show-file"}},
-                                                             {{tr("Clear Filters"), "clear-filters"}}}));
-    bar->append_submenu(mnemonics.mark(tr("Help")),
-                        menu({{{tr("Ostrel Help"), "help"}, {tr("Keyboard Shortcuts"), "shortcuts"}}}));
-    return bar;
+    return menu;
 }
 
 }   // namespace
 
-Commands::Commands(Gtk::Application& application, AppModel& model, Windows& windows) {
+Commands::Commands(Gtk::Application& application, AppModel& model, Windows& windows) : menu_(makeMenu()) {
     for (Command& command : commands(model, windows)) {
         const auto action = application.add_action(command.action, std::move(command.run));
         application.set_accels_for_action(Glib::ustring("app.") + command.action, command.keys);
@@ -114,7 +112,6 @@ Commands::Commands(Gtk::Application& application, AppModel& model, Windows& wind
         subscriptions_.push_back(model.selection.observe(update));
         subscriptions_.push_back(model.filter.observe(update));
     }
-    application.set_menubar(menuBar());
 }
 
 }   // namespace ostrel

@@ -2,6 +2,7 @@
 
 #include "app/AppModel.h"
 
+#include <giomm/menu.h>
 #include <gtkmm/application.h>
 
 // What the menus, the shortcuts and the buttons do, in one table: an action of the application each, enabled as the
@@ -22,12 +23,15 @@ public:
 };
 
 // Actions: about, settings, quit, choose-folder, use-default-folder, reload, export, show-file, clear-filters,
-// close-window, help, shortcuts, show-welcome. Keys and the menu bar come with them.
+// close-window, help, shortcuts, show-welcome. Keys and the menu come with them.
 class Commands {
 public:
     Commands(Gtk::Application& application, AppModel& model, Windows& windows);
+    // All of them, for the main window's one menu.
+    const Glib::RefPtr<Gio::Menu>& menu() const { return menu_; }
 
 private:
+    Glib::RefPtr<Gio::Menu> menu_;
     std::vector<Subscription> subscriptions_;
 };
 

@@ -17,6 +17,7 @@
 #include <giomm/notification.h>
 #include <glibmm/main.h>
 #include <glibmm/variant.h>
+#include <gtkmm/dialog.h>
 
 namespace ostrel {
 namespace {
@@ -30,15 +31,7 @@ std::function<Gtk::Window*()>& frontWindow() {
     return ask;
 }
 
-void alert(const std::string& title, const std::string& text) {
-    auto* dialog = new Alert(frontWindow()(), title, text);
-    dialog->addAnswer(tr("OK"), Gtk::ResponseType::OK);
-    dialog->signal_response().connect([dialog](int) {
-        dialog->hide();
-        Glib::signal_idle().connect_once([dialog] { delete dialog; });
-    });
-    dialog->present();
-}
+void alert(const std::string& title, const std::string& text) { showAlert(frontWindow()(), title, text, {{tr("OK")}}); }
 
 // For programs that are not ours: the environment as the user has it, without what is meant for the engine.
 Glib::RefPtr<Gio::AppLaunchContext> launchContext() {

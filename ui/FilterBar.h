@@ -20,6 +20,8 @@ class FilterBar : public Gtk::Box {
 public:
     // mnemonics: those of the window that the bar stands in.
     FilterBar(AppModel& model, Mnemonics& mnemonics);
+    // Moves the focus to the first text.
+    void find() { person_.grab_focus(); }
 
 private:
     void change(const std::function<void(MessageFilter&)>& edit);

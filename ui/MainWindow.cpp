@@ -1,6 +1,7 @@
 #include "ui/MainWindow.h"
 
 #include "platform/Translation.h"
+#include "ui/sheets/Alert.h"
 #include "ui/sheets/ExportSheet.h"
 #include "ui/sheets/WelcomeSheet.h"
 #include "ui/widgets/Accessible.h"
@@ -19,18 +20,6 @@ using i18n::tr;
 
 constexpr int defaultWidth = 1240, defaultHeight = 760;
 
-// The menus are in reach everywhere in the window.
-Mnemonics lettersOf(const Glib::RefPtr<Gio::MenuModel>& menuBar) {
-    Mnemonics letters;
-    for (int i = 0; i < menuBar->get_n_items(); ++i) {
-        char* label = nullptr;
-        if (!g_menu_model_get_item_attribute(menuBar->gobj(), i, G_MENU_ATTRIBUTE_LABEL, "s", &label)) continue;
-        letters.take(label);
-        g_free(label);
-    }
-    return letters;
-}
-
 // An icon alone: the tooltip says more than its name.
 void prepare(Gtk::Button& button, const char* symbol, const std::string& name, const std::string& tooltip,
              const char* action) {
@@ -43,11 +32,9 @@ void prepare(Gtk::Button& button, const char* symbol, const std::string& name, c
 }   // namespace
 
 MainWindow::MainWindow(AppModel& model, Desktop& desktop, WebPreview::LinkOpener opener,
-                       const Glib::RefPtr<Gio::MenuModel>& menuBar)
+                       const Glib::RefPtr<Gio::MenuModel>& menu)
     : model_(model),
       desktop_(desktop),
-      mnemonics_(lettersOf(menuBar)),
-      menuBar_(menuBar),
       access_(model, desktop, mnemonics_),
       noMail_(model, mnemonics_),
       sidebar_(model),
@@ -63,7 +50,7 @@ MainWindow::MainWindow(AppModel& model, Desktop& desktop, WebPreview::LinkOpener
     set_default_size(textScale::scaled(defaultWidth), textScale::scaled(defaultHeight));
     set_hide_on_close();
     group_->add_window(*this);
-    addToolbar(menuBar);
+    addToolbar(menu);
 
     mailboxes_.append(sidebar_);
     mailboxes_.append(footer_);
@@ -73,7 +60,8 @@ MainWindow::MainWindow(AppModel& model, Desktop& desktop, WebPreview::LinkOpener
         content_.add(*page);
     content_.set_hhomogeneous(false);
     content_.set_vhomogeneous(false);
-    set_child(content_);
+    toasts_.setChild(content_);
+    set_child(toasts_);
 
     subscriptions_.push_back(model_.state.observe([this] { showState(); }));
     subscriptions_.push_back(model_.sheet.observe([this] { showSheet(); }));
@@ -85,7 +73,7 @@ MainWindow::MainWindow(AppModel& model, Desktop& desktop, WebPreview::LinkOpener
 
 MainWindow::~MainWindow() = default;
 
-void MainWindow::addToolbar(const Glib::RefPtr<Gio::MenuModel>& menuBar) {
+void MainWindow::addToolbar(const Glib::RefPtr<Gio::MenuModel>& menu) {
     const auto toggle = add_action_bool(
         "mailboxes", [this] { columns_.toggleMailboxes(); }, true);
     columns_.signalMailboxes.connect(
@@ -95,11 +83,16 @@ void MainWindow::addToolbar(const Glib::RefPtr<Gio::MenuModel>& menuBar) {
     prepare(reload_, "arrow.clockwise", tr("Reload"), tr("Read the mail folder again (⌘R)"), "app.reload");
     prepare(export_, "square.and.arrow.up", tr("Export"), tr("Export the messages in the list to PDFs (⇧⌘E)"),
             "app.export");
-    menuBar_.set_menu_model(menuBar);
+    add_action("find", [this] { filter_.find(); });
+    menu_.set_menu_model(menu);
+    menu_.set_icon_name("open-menu-symbolic");
+    menu_.set_primary();   // F10 opens it
+    menu_.set_tooltip_text(tr("Main menu"));
+    accessible::setLabel(menu_, tr("Main menu"));
     header_.pack_start(showMailboxes_);
-    header_.pack_start(menuBar_);
+    header_.pack_start(reload_);
+    header_.pack_end(menu_);
     header_.pack_end(export_);
-    header_.pack_end(reload_);
     set_titlebar(header_);
 }
 
@@ -131,6 +124,9 @@ void MainWindow::showSheet() {
     if (auto old = std::exchange(sheet_, nullptr)) {
         old->hide();
         Glib::signal_idle().connect_once([old] {});
+        const auto* result = std::get_if<ExportResult>(&model_.exportPhase.get());
+        if (result != nullptr && result->exported > 0 && dynamic_cast<ExportSheet*>(old.get()) != nullptr)
+            showToast(*result);
     }
     const auto& sheet = model_.sheet.get();
     if (!sheet) return;
@@ -142,17 +138,16 @@ void MainWindow::showSheet() {
     if (get_visible()) sheet_->present();
 }
 
+void MainWindow::showToast(const ExportResult& result) {
+    toasts_.show(i18n::trCount("%lld messages saved", result.exported), tr("Open"),
+                 [this, folder = result.folder] { desktop_.reveal(folder); });
+}
+
 void MainWindow::showProblem() {
-    alert_.reset();
     const auto& problem = model_.problem.get();
     if (!problem) return;
-    alert_ = std::make_unique<Alert>(sheet_ ? sheet_.get() : this, tr("Something went wrong"), *problem);
-    alert_->addAnswer(tr("OK"), Gtk::ResponseType::OK);
-    alert_->signal_response().connect([this](int) {
-        alert_->hide();
-        Glib::signal_idle().connect_once([this] { model_.problem.set(std::nullopt); });
-    });
-    alert_->present();
+    showAlert(sheet_ ? sheet_.get() : this, tr("Something went wrong"), *problem,
+              {{tr("OK"), [this] { model_.problem.set(std::nullopt); }}});
 }
 
 void MainWindow::on_show() {

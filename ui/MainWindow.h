@@ -10,16 +10,17 @@
 #include "ui/SidebarFooter.h"
 #include "ui/list/MessageTable.h"
 #include "ui/list/ReadingView.h"
-#include "ui/sheets/Alert.h"
 #include "ui/widgets/Mnemonics.h"
 #include "ui/widgets/ThreeColumns.h"
+#include "ui/widgets/ToastArea.h"
 
 #include <memory>
 #include <vector>
 
 #include <gtkmm/applicationwindow.h>
 #include <gtkmm/headerbar.h>
-#include <gtkmm/popovermenubar.h>
+#include <gtkmm/menubutton.h>
+#include <gtkmm/stack.h>
 #include <gtkmm/togglebutton.h>
 #include <gtkmm/windowgroup.h>
 
@@ -28,9 +29,9 @@ namespace ostrel {
 // The one main window: what it contains follows the state of the mail folder; sheets and alerts stand in front of it.
 class MainWindow : public Gtk::ApplicationWindow {
 public:
-    // menuBar: that of the application.
+    // menu: of all commands.
     MainWindow(AppModel& model, Desktop& desktop, WebPreview::LinkOpener opener,
-               const Glib::RefPtr<Gio::MenuModel>& menuBar);
+               const Glib::RefPtr<Gio::MenuModel>& menu);
     ~MainWindow() override;
 
 protected:
@@ -39,9 +40,10 @@ protected:
     void on_hide() override;
 
 private:
-    void addToolbar(const Glib::RefPtr<Gio::MenuModel>& menuBar);
+    void addToolbar(const Glib::RefPtr<Gio::MenuModel>& menu);
     void showState();
     void showSheet();
+    void showToast(const ExportResult& result);
     void showProblem();
 
     AppModel& model_;
@@ -50,9 +52,10 @@ private:
     Glib::RefPtr<Gtk::WindowGroup> group_ = Gtk::WindowGroup::create();
     Mnemonics mnemonics_;
     Gtk::HeaderBar header_;
-    Gtk::PopoverMenuBar menuBar_;
+    Gtk::MenuButton menu_;
     Gtk::ToggleButton showMailboxes_;
     Gtk::Button reload_, export_;
+    ToastArea toasts_;
     Gtk::Stack content_;
     ReadingView reading_;
     AccessView access_;
@@ -66,7 +69,6 @@ private:
     Gtk::Box mailboxes_, messages_;
     ThreeColumns columns_;
     std::shared_ptr<Gtk::Window> sheet_;
-    std::unique_ptr<Alert> alert_;
     std::vector<Subscription> subscriptions_;
 };
 

@@ -1,18 +1,15 @@
 #pragma once
 
 #include "app/AppModel.h"
+#include "ui/widgets/EmptyState.h"
 #include "ui/widgets/Mnemonics.h"
 
-#include <gtkmm/box.h>
 #include <gtkmm/button.h>
-#include <gtkmm/image.h>
-#include <gtkmm/label.h>
-#include <gtkmm/scrolledwindow.h>
 
 namespace ostrel {
 
-// The main window where there is no mail folder.
-class NoMailView : public Gtk::ScrolledWindow {
+// The main window where there is no mail folder: what to do about it.
+class NoMailView : public EmptyState {
 public:
     NoMailView(AppModel& model, Mnemonics mnemonics);
 
@@ -20,9 +17,6 @@ private:
     void show();
 
     AppModel& model_;
-    Gtk::Box content_, buttons_;
-    Gtk::Image image_;
-    Gtk::Label title_, text_;
     Gtk::Button choose_, standard_, again_;
     Subscription subscription_;
 };

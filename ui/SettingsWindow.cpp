@@ -3,10 +3,11 @@
 #include "platform/Text.h"
 #include "platform/Translation.h"
 #include "ui/sheets/OptionRows.h"
-#include "ui/widgets/Accessible.h"
 #include "ui/widgets/Headline.h"
 #include "ui/widgets/Labels.h"
+#include "ui/widgets/Preferences.h"
 #include "ui/widgets/TextScale.h"
+#include "ui/widgets/WrapBox.h"
 
 #include <gtkmm/headerbar.h>
 
@@ -15,22 +16,14 @@ namespace {
 
 using i18n::tr;
 
-constexpr int width = 560, height = 560, margin = 24, spacing = 12;
+constexpr int width = 600, height = 680, spacing = 12, pathCharacters = 32;
 
 }   // namespace
 
-SettingsWindow::SettingsWindow(AppModel& model) : model_(model), form_(Gtk::Orientation::VERTICAL, 2 * spacing) {
+SettingsWindow::SettingsWindow(AppModel& model)
+    : model_(model), folder_(*Gtk::make_managed<Gtk::Label>()), choose_(*Gtk::make_managed<Gtk::Button>()) {
     set_title(tr("Settings"));
     set_default_size(textScale::scaled(width), textScale::scaled(height));
-
-    addMailFolder(addSection(tr("Mail folder")));
-    addExports(addSection(tr("Exports")));
-    auto& welcome = *Gtk::make_managed<Gtk::Button>();
-    mnemonics_.write(welcome, tr("Show the Welcome Screen Again"));
-    welcome.set_action_name("app.show-welcome");
-    welcome.set_halign(Gtk::Align::START);
-    addSection(tr("Getting started")).append(welcome);
-
     // One page today, named all the same: the help sends people to "Settings › General".
     auto& general = *Gtk::make_managed<Headline>("gearshape", tr("General"));
     general.add_css_class("heading");
@@ -39,57 +32,47 @@ SettingsWindow::SettingsWindow(AppModel& model) : model_(model), form_(Gtk::Orie
     auto& bar = *Gtk::make_managed<Gtk::HeaderBar>();
     bar.set_title_widget(general);
     set_titlebar(bar);
-    form_.set_margin(margin);
-    scroller_.set_child(form_);
-    scroller_.set_policy(Gtk::PolicyType::NEVER, Gtk::PolicyType::AUTOMATIC);
-    set_child(scroller_);
+    set_child(preferences::makePage({&mailFolder(), &exports(), &gettingStarted()}));
     subscription_ = model_.settings.observe([this] { showFolder(); });
     showFolder();
 }
 
-Gtk::Box& SettingsWindow::addSection(const std::string& title) {
-    auto& section = *Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL, spacing);
-    auto& heading = *Gtk::make_managed<Gtk::Label>(title);
-    heading.add_css_class("heading");
-    wrapFromLeft(heading);
-    section.append(heading);
-    form_.append(section);
-    return section;
-}
-
-void SettingsWindow::addMailFolder(Gtk::Box& section) {
-    auto& row = *Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, spacing);
-    auto& name = *Gtk::make_managed<Gtk::Label>(tr("Reading from"));
-    name.set_yalign(0);
+Gtk::Widget& SettingsWindow::mailFolder() {
     wrapFromLeft(folder_);
     folder_.set_wrap_mode(Pango::WrapMode::CHAR);
+    folder_.set_max_width_chars(pathCharacters);
     folder_.set_selectable();
-    folder_.set_hexpand();
-    row.append(name);
-    row.append(folder_);
-    auto& note = *Gtk::make_managed<Gtk::Label>(
-        tr("Ostrel only reads Mail’s files. It never changes, moves or deletes your mail."));
-    wrapFromLeft(note);
-    note.add_css_class("caption");
-    note.add_css_class("dim-label");
-    auto& buttons = *Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, spacing);
+    auto& row = preferences::makeRow(tr("Reading from"), folder_, preferences::Click::doesNothing);
+    auto& standard = *Gtk::make_managed<Gtk::Button>();
     mnemonics_.write(choose_, tr("Choose a Folder…"));
     choose_.set_action_name("app.choose-folder");
-    auto& standard = *Gtk::make_managed<Gtk::Button>();
     mnemonics_.write(standard, tr("Use Apple Mail’s Folder"));
     standard.set_action_name("app.use-default-folder");
+    auto& buttons = *Gtk::make_managed<WrapBox>(spacing, spacing / 2);
     buttons.append(choose_);
     buttons.append(standard);
-    for (Gtk::Widget* each : std::initializer_list<Gtk::Widget*>{&row, &note, &buttons}) section.append(*each);
+    buttons.set_margin_top(spacing);
+    return preferences::makeGroup(tr("Mail folder"),
+                                  tr("Ostrel only reads Mail’s files. It never changes, moves or deletes your mail."),
+                                  {&row, &buttons});
 }
 
-void SettingsWindow::addExports(Gtk::Box& section) {
-    section.append(*Gtk::make_managed<SwitchRow>(model_, tr("Save attachments beside each PDF"),
-                                                 &AppSettings::includeAttachments));
-    section.append(*Gtk::make_managed<SwitchRow>(model_, tr("Write an index (index.csv)"), &AppSettings::includeIndex));
-    section.append(*Gtk::make_managed<SwitchRow>(
-        model_, tr("Skip duplicate messages (the same Message-ID in two mailboxes)"), &AppSettings::skipDuplicates));
-    section.append(*Gtk::make_managed<PaperRow>(model_));
+Gtk::Widget& SettingsWindow::exports() {
+    return preferences::makeGroup(
+        tr("Exports"), "",
+        {&makeSwitchRow(model_, tr("Save attachments beside each PDF"), &AppSettings::includeAttachments),
+         &makeSwitchRow(model_, tr("Write an index (index.csv)"), &AppSettings::includeIndex),
+         &makeSwitchRow(model_, tr("Skip duplicate messages (the same Message-ID in two mailboxes)"),
+                        &AppSettings::skipDuplicates),
+         &makePaperRow(model_)});
+}
+
+Gtk::Widget& SettingsWindow::gettingStarted() {
+    auto& welcome = *Gtk::make_managed<Gtk::Button>();
+    mnemonics_.write(welcome, tr("Show the Welcome Screen Again"));
+    welcome.set_action_name("app.show-welcome");
+    welcome.set_halign(Gtk::Align::START);
+    return preferences::makeGroup(tr("Getting started"), "", {&welcome});
 }
 
 // Else the folder's text would take the focus, and select itself. Before, the button has no action to be active for.

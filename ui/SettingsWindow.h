@@ -3,12 +3,8 @@
 #include "app/AppModel.h"
 #include "ui/widgets/Mnemonics.h"
 
-#include <string>
-
-#include <gtkmm/box.h>
 #include <gtkmm/button.h>
 #include <gtkmm/label.h>
-#include <gtkmm/scrolledwindow.h>
 #include <gtkmm/window.h>
 
 namespace ostrel {
@@ -22,17 +18,15 @@ protected:
     void on_show() override;
 
 private:
-    Gtk::Box& addSection(const std::string& title);
-    void addMailFolder(Gtk::Box& section);
-    void addExports(Gtk::Box& section);
+    Gtk::Widget& mailFolder();
+    Gtk::Widget& exports();
+    Gtk::Widget& gettingStarted();
     void showFolder();
 
     AppModel& model_;
     Mnemonics mnemonics_;
-    Gtk::ScrolledWindow scroller_;
-    Gtk::Box form_;
-    Gtk::Label folder_;
-    Gtk::Button choose_;
+    Gtk::Label& folder_;
+    Gtk::Button& choose_;
     Subscription subscription_;
 };
 

@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 
+#include <adwaita.h>
 #include <gtest/gtest.h>
 #include <gtkmm/application.h>
 
@@ -31,6 +32,7 @@ int main(int argc, char** argv) {
     const ostrel::PrivateDisplay display;
     g_log_set_writer_func(countComplaints, nullptr, nullptr);
     const auto application = Gtk::Application::create();   // starts the toolkit
+    adw_init();
     const int result = RUN_ALL_TESTS();
     return result != 0 ? result : complaints;
 }

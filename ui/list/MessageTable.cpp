@@ -69,6 +69,9 @@ MessageTable::MessageTable(AppModel& model)
     scroller_.set_child(view_);
     set_vexpand();   // also while the list is hidden, or what stands below it would move up
     add(scroller_);
+    clear_.set_label(tr("Clear Filters"));
+    clear_.set_action_name("app.clear-filters");
+    empty_.addButton(clear_);
     add(empty_);
     set_hhomogeneous(false);
     set_vhomogeneous(false);
@@ -220,13 +223,7 @@ void MessageTable::showAllLater() {
     });
 }
 
-void MessageTable::showWhyEmpty() {
-    if (model_.filter.get().hasCriteria()) {
-        empty_.setButton(tr("Clear Filters"), "app.clear-filters");
-    } else {
-        empty_.hideButton();
-    }
-}
+void MessageTable::showWhyEmpty() { clear_.set_visible(model_.filter.get().hasCriteria()); }
 
 // ---- Moving about ----
 

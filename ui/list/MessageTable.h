@@ -77,6 +77,7 @@ private:
     Gtk::Widget* list_;   // the part of the view that scrolls
     Gtk::PopoverMenu menu_;
     EmptyState empty_;
+    Gtk::Button clear_;
     TypeAhead typeAhead_;
     sigc::connection focusing_;
     std::vector<Subscription> subscriptions_;

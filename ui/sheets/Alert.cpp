@@ -1,29 +1,34 @@
 #include "ui/sheets/Alert.h"
 
-#include "ui/widgets/Accessible.h"
-#include "ui/widgets/Labels.h"
+#include <cstddef>
+#include <utility>
+
+#include <adwaita.h>
 
 namespace ostrel {
-namespace {
 
-constexpr int lineCharacters = 60;
-
-}   // namespace
-
-Alert::Alert(Gtk::Window* parent, const std::string& title, const std::string& text)
-    : Gtk::MessageDialog(title, false, Gtk::MessageType::OTHER, Gtk::ButtonsType::NONE, true) {
-    set_title(title);
-    set_secondary_text(text);
-    set_titlebar(edge_);   // the title is in the text
-    for (Gtk::Widget* line = get_message_area()->get_first_child(); line != nullptr; line = line->get_next_sibling())
-        if (auto* label = dynamic_cast<Gtk::Label*>(line)) wrapCentered(*label, lineCharacters);
-    if (parent != nullptr) set_transient_for(*parent);
-}
-
-Gtk::Button& Alert::addAnswer(const std::string& text, int response) {
-    Gtk::Button& answer = *add_button(text, response);
-    accessible::setLabel(answer, text);
-    return answer;
+void showAlert(Gtk::Window* parent, const std::string& title, const std::string& text, std::vector<Answer> answers) {
+    GtkWidget* const widget =
+        adw_message_dialog_new(parent != nullptr ? parent->gobj() : nullptr, title.c_str(), text.c_str());
+    auto* const dialog = ADW_MESSAGE_DIALOG(widget);
+    gtk_window_set_title(GTK_WINDOW(dialog), title.c_str());
+    for (std::size_t i = 0; i < answers.size(); ++i) {
+        const std::string name = std::to_string(i);
+        adw_message_dialog_add_response(dialog, name.c_str(), answers[i].text.c_str());
+        if (answers[i].kind == Answer::Kind::destructive)
+            adw_message_dialog_set_response_appearance(dialog, name.c_str(), ADW_RESPONSE_DESTRUCTIVE);
+    }
+    adw_message_dialog_set_default_response(dialog, "0");
+    adw_message_dialog_set_close_response(dialog, "0");
+    g_signal_connect_data(
+        dialog, "response", G_CALLBACK(+[](AdwMessageDialog*, const char* name, gpointer data) {
+            const auto& kept = *static_cast<std::vector<Answer>*>(data);
+            const Answer& answer = kept[static_cast<std::size_t>(g_ascii_strtoull(name, nullptr, 10))];
+            if (answer.chosen) answer.chosen();
+        }),
+        new std::vector<Answer>(std::move(answers)),
+        [](gpointer data, GClosure*) { delete static_cast<std::vector<Answer>*>(data); }, GConnectFlags{});
+    gtk_window_present(GTK_WINDOW(dialog));
 }
 
 }   // namespace ostrel

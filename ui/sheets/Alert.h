@@ -1,22 +1,22 @@
 #pragma once
 
+#include <functional>
 #include <string>
+#include <vector>
 
-#include <gtkmm/box.h>
-#include <gtkmm/messagedialog.h>
+#include <gtkmm/window.h>
 
 namespace ostrel {
 
-// A few words in front of a window, to be answered before that goes on; of the whole application where there is none.
-// Its buttons are the caller's.
-class Alert : public Gtk::MessageDialog {
-public:
-    Alert(Gtk::Window* parent, const std::string& title, const std::string& text);
-    // A screen reader reads the text once.
-    Gtk::Button& addAnswer(const std::string& text, int response);
-
-private:
-    Gtk::Box edge_;
+struct Answer {
+    enum class Kind { plain, destructive };
+    std::string text;
+    std::function<void()> chosen = {};
+    Kind kind = Kind::plain;
 };
+
+// Asks or tells something in front of a window, to be answered before that goes on; of the whole application where
+// there is none. Return and Escape choose the first answer.
+void showAlert(Gtk::Window* parent, const std::string& title, const std::string& text, std::vector<Answer> answers);
 
 }   // namespace ostrel

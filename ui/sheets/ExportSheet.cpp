@@ -2,8 +2,10 @@
 
 #include "platform/Files.h"
 #include "platform/Translation.h"
+#include "ui/sheets/OptionRows.h"
 #include "ui/widgets/Accessible.h"
 #include "ui/widgets/Labels.h"
+#include "ui/widgets/Preferences.h"
 
 #include <algorithm>
 
@@ -29,10 +31,6 @@ ExportSheet::ExportSheet(AppModel& model, Desktop& desktop, Gtk::Window& parent)
       progress_(Gtk::Orientation::VERTICAL, spacing),
       summary_(Gtk::Orientation::VERTICAL, spacing),
       optionsTitle_("doc.richtext", "", titleSymbolSize),
-      attachments_(model, tr("Save each message’s attachments in a folder beside its PDF"),
-                   &AppSettings::includeAttachments),
-      index_(model, tr("Write an index (index.csv: date, from, to, subject, file)"), &AppSettings::includeIndex),
-      paper_(model),
       progressTitle_("square.and.arrow.up", tr("Exporting…"), titleSymbolSize),
       summaryTitle_("checkmark.circle.fill", "", titleSymbolSize) {
     buildOptions();
@@ -60,10 +58,16 @@ void ExportSheet::buildOptions() {
     auto& promise = *Gtk::make_managed<Gtk::Label>(
         tr("Mail’s own files are only read, never changed. Remote images are not loaded."));
     secondary(promise);
-    auto& always = *Gtk::make_managed<Headline>(
-        "doc.text", tr("One searchable PDF per message: header, text and the list of attachments"));
-    for (Gtk::Widget* each :
-         std::initializer_list<Gtk::Widget*>{&optionsTitle_, &promise, &always, &attachments_, &index_, &paper_})
+    auto& rows = preferences::makeGroup(
+        "", "",
+        {&preferences::makeLine("doc.text",
+                                tr("One searchable PDF per message: header, text and the list of attachments")),
+         &makeSwitchRow(model(), tr("Save each message’s attachments in a folder beside its PDF"),
+                        &AppSettings::includeAttachments),
+         &makeSwitchRow(model(), tr("Write an index (index.csv: date, from, to, subject, file)"),
+                        &AppSettings::includeIndex),
+         &makePaperRow(model())});
+    for (Gtk::Widget* each : std::initializer_list<Gtk::Widget*>{&optionsTitle_, &promise, &rows})
         options_.append(*each);
     close_.signal_clicked().connect([this] { cancel(); });
     choose_.signal_clicked().connect([this] { model().chooseDestinationAndExport(); });

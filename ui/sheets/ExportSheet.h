@@ -1,7 +1,6 @@
 #pragma once
 
 #include "app/Desktop.h"
-#include "ui/sheets/OptionRows.h"
 #include "ui/sheets/SheetWindow.h"
 #include "ui/widgets/Headline.h"
 
@@ -38,8 +37,6 @@ private:
     Gtk::Box options_, progress_, summary_;
 
     Headline optionsTitle_;
-    SwitchRow attachments_, index_;
-    PaperRow paper_;
     Gtk::Button close_, choose_;
 
     Headline progressTitle_;

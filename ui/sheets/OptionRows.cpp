@@ -2,18 +2,18 @@
 
 #include "platform/Translation.h"
 #include "ui/widgets/Accessible.h"
-#include "ui/widgets/Labels.h"
+#include "ui/widgets/Preferences.h"
 
 #include <utility>
 
-#include <gtkmm/gestureclick.h>
+#include <gtkmm/box.h>
+#include <gtkmm/switch.h>
+#include <gtkmm/togglebutton.h>
 
 namespace ostrel {
 namespace {
 
 using i18n::tr;
-
-constexpr int spacing = 12;
 
 template <class Field>
 void change(AppModel& model, Field AppSettings::*field, Field value) {
@@ -22,53 +22,61 @@ void change(AppModel& model, Field AppSettings::*field, Field value) {
     model.settings.set(std::move(settings));
 }
 
+class BoundSwitch : public Gtk::Switch {
+public:
+    BoundSwitch(AppModel& model, bool AppSettings::*field) : model_(model), field_(field) {
+        set_valign(Gtk::Align::CENTER);
+        property_active().signal_changed().connect([this] { change(model_, field_, get_active()); });
+        subscription_ = model_.settings.observe([this] { show(); });
+        show();
+    }
+
+private:
+    void show() { set_active(model_.settings.get().*field_); }
+
+    AppModel& model_;
+    bool AppSettings::*field_;
+    Subscription subscription_;
+};
+
+class PaperPicker : public Gtk::Box {
+public:
+    explicit PaperPicker(AppModel& model)
+        : Gtk::Box(Gtk::Orientation::HORIZONTAL), model_(model), letter_(tr("US Letter")), a4_(tr("A4")) {
+        add_css_class("linked");
+        set_valign(Gtk::Align::CENTER);
+        accessible::setLabel(*this, tr("Paper size"));
+        a4_.set_group(letter_);
+        for (const auto& [button, paper] : {std::pair(&letter_, Paper::letter), std::pair(&a4_, Paper::a4)}) {
+            append(*button);
+            button->set_focus_on_click(false);   // Return stays with the window's own button
+            button->signal_toggled().connect([this, button = button, paper = paper] {
+                if (button->get_active()) change(model_, &AppSettings::paper, paper);
+            });
+        }
+        subscription_ = model_.settings.observe([this] { show(); });
+        show();
+    }
+
+private:
+    void show() { (model_.settings.get().paper == Paper::letter ? letter_ : a4_).set_active(); }
+
+    AppModel& model_;
+    Gtk::ToggleButton letter_, a4_;
+    Subscription subscription_;
+};
+
 }   // namespace
 
-SwitchRow::SwitchRow(AppModel& model, const std::string& text, bool AppSettings::*field)
-    : Gtk::Box(Gtk::Orientation::HORIZONTAL, spacing), model_(model), field_(field), label_(text) {
-    wrapFromLeft(label_);
-    label_.set_hexpand();
-    switch_.set_valign(Gtk::Align::CENTER);
-    accessible::setLabel(switch_, text);
-    append(label_);
-    append(switch_);
-    switch_.property_active().signal_changed().connect([this] { change(model_, field_, switch_.get_active()); });
-    // The text is as good a target as the switch.
-    const auto click = Gtk::GestureClick::create();
-    click->signal_released().connect([this](int, double, double) { switch_.set_active(!switch_.get_active()); });
-    label_.add_controller(click);
-    subscription_ = model_.settings.observe([this] { show(); });
-    show();
+Gtk::Widget& makeSwitchRow(AppModel& model, const std::string& text, bool AppSettings::*field) {
+    auto& control = *Gtk::make_managed<BoundSwitch>(model, field);
+    accessible::setLabel(control, text);
+    return preferences::makeRow(text, control, preferences::Click::activatesControl);
 }
 
-void SwitchRow::show() { switch_.set_active(model_.settings.get().*field_); }
-
-PaperRow::PaperRow(AppModel& model)
-    : Gtk::Box(Gtk::Orientation::HORIZONTAL, spacing),
-      model_(model),
-      label_(tr("Paper size")),
-      segments_(Gtk::Orientation::HORIZONTAL),
-      letter_(tr("US Letter")),
-      a4_(tr("A4")) {
-    wrapFromLeft(label_);
-    label_.set_hexpand();
-    segments_.add_css_class("linked");
-    segments_.set_valign(Gtk::Align::CENTER);
-    accessible::setLabel(segments_, tr("Paper size"));
-    a4_.set_group(letter_);
-    for (const auto& [button, paper] : {std::pair(&letter_, Paper::letter), std::pair(&a4_, Paper::a4)}) {
-        segments_.append(*button);
-        button->set_focus_on_click(false);   // Return stays with the window's own button
-        button->signal_toggled().connect([this, button = button, paper = paper] {
-            if (button->get_active()) change(model_, &AppSettings::paper, paper);
-        });
-    }
-    append(label_);
-    append(segments_);
-    subscription_ = model_.settings.observe([this] { show(); });
-    show();
+Gtk::Widget& makePaperRow(AppModel& model) {
+    return preferences::makeRow(tr("Paper size"), *Gtk::make_managed<PaperPicker>(model),
+                                preferences::Click::doesNothing);
 }
-
-void PaperRow::show() { (model_.settings.get().paper == Paper::letter ? letter_ : a4_).set_active(); }
 
 }   // namespace ostrel

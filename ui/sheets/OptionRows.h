@@ -3,44 +3,15 @@
 #include "app/AppModel.h"
 
 #include <string>
-#include <vector>
 
-#include <gtkmm/box.h>
-#include <gtkmm/label.h>
-#include <gtkmm/switch.h>
-#include <gtkmm/togglebutton.h>
+#include <gtkmm/widget.h>
 
-// Controls bound to one field of the model's settings each: they show it, and set it when the user does.
+// Rows of preferences bound to one field of the model's settings each: they show it, and set it when the user does.
+// They belong to the group that they are added to; the model outlives them.
 namespace ostrel {
 
-class SwitchRow : public Gtk::Box {
-public:
-    SwitchRow(AppModel& model, const std::string& text, bool AppSettings::*field);
-    Gtk::Switch& control() { return switch_; }
-
-private:
-    void show();
-
-    AppModel& model_;
-    bool AppSettings::*field_;
-    Gtk::Label label_;
-    Gtk::Switch switch_;
-    Subscription subscription_;
-};
-
+Gtk::Widget& makeSwitchRow(AppModel& model, const std::string& text, bool AppSettings::*field);
 // "Paper size", one segment for each paper.
-class PaperRow : public Gtk::Box {
-public:
-    explicit PaperRow(AppModel& model);
-
-private:
-    void show();
-
-    AppModel& model_;
-    Gtk::Label label_;
-    Gtk::Box segments_;
-    Gtk::ToggleButton letter_, a4_;
-    Subscription subscription_;
-};
+Gtk::Widget& makePaperRow(AppModel& model);
 
 }   // namespace ostrel

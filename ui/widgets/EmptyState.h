@@ -4,24 +4,23 @@
 
 #include <gtkmm/box.h>
 #include <gtkmm/button.h>
-#include <gtkmm/image.h>
-#include <gtkmm/label.h>
+
+typedef struct _AdwStatusPage AdwStatusPage;
 
 namespace ostrel {
 
-// What stands where there is nothing to show: a symbol, a title, what to do about it, and a button for that if any.
+// What stands where there is nothing to show: a symbol, a title, what to do about it, and buttons for that if any.
 class EmptyState : public Gtk::Box {
 public:
     EmptyState(const char* symbol, const std::string& title, const std::string& description);
 
     void setDescription(const std::string& description);
-    void setButton(const std::string& label, const char* actionName);
-    void hideButton();
+    // Below the description and the buttons before it. The button stays the caller's.
+    void addButton(Gtk::Button& button);
 
 private:
-    Gtk::Image image_;
-    Gtk::Label title_, description_;
-    Gtk::Button button_;
+    AdwStatusPage* page_;   // owned by the box
+    Gtk::Box buttons_;
 };
 
 }   // namespace ostrel
