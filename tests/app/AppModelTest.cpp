@@ -337,7 +337,8 @@ TEST_F(AppModelTest, ExportsWhatIsShown) {
     EXPECT_EQ(result()->folder, out_.path() / "Ostrel Export 03 05 2024 07 00");
     EXPECT_EQ(result()->exported, 2U);
     EXPECT_TRUE(desktop_.awake.expired());
-    EXPECT_EQ(files::list(result()->folder).size(), 2U) << "two PDFs, no index";
+    EXPECT_EQ(files::list(result()->folder).size(), 4U) << "two PDFs, their sums and what was exported";
+    EXPECT_FALSE(files::exists(result()->folder / "index.csv"));
     EXPECT_EQ(model_->sheet.get(), Sheet::export_);
 }
 
