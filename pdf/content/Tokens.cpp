@@ -85,7 +85,11 @@ std::optional<Token> Tokens::next() {
             skipRegular();
             return Token{Token::Kind::name, from(start + 1), start, at_};
         case '<':
-            if (at_ < in_.size() && in_[at_] != '<') return hex();
+            if (at_ >= in_.size() || in_[at_] != '<') return hex();
+            ++at_;
+            break;
+        case '>':
+            if (at_ < in_.size() && in_[at_] == '>') ++at_;
             break;
         default: {
             if (!isRegular(c)) break;
@@ -94,7 +98,7 @@ std::optional<Token> Tokens::next() {
             return Token{isNumber ? Token::Kind::number : Token::Kind::word, from(start), start, at_};
         }
     }
-    return Token{Token::Kind::bracket, in_.substr(start, 1), start, at_};
+    return Token{Token::Kind::bracket, from(start), start, at_};
 }
 
 void Tokens::skipSpace() {
