@@ -12,6 +12,10 @@
 #include <fontconfig/fontconfig.h>
 #include <gtest/gtest.h>
 
+// Fontconfig keeps what it has read of its configuration until the program ends.
+extern "C" const char* __lsan_default_suppressions();
+extern "C" const char* __lsan_default_suppressions() { return "leak:libfontconfig"; }
+
 namespace ostrel::fonts {
 namespace {
 

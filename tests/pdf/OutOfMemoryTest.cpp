@@ -17,6 +17,9 @@ void* operator new(std::size_t size) {
     void* const memory = size <= largestAllocation ? std::malloc(size) : nullptr;
     return memory ? memory : throw std::bad_alloc();
 }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return size <= largestAllocation ? std::malloc(size) : nullptr;
+}
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
