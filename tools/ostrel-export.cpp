@@ -59,6 +59,8 @@ ExitStatus report(const ExportResult& result, std::size_t total, std::size_t unr
     if (result.attachments > 0) std::cerr << trCount("%lld attachments saved", result.attachments) << '\n';
     if (!result.failed.empty()) std::cerr << trCount("Messages that failed: %lld", result.failed.size()) << '\n';
     if (unreadable > 0) std::cerr << trCount("Damaged files skipped: %lld", unreadable) << '\n';
+    if (!result.stopped.empty())
+        std::cerr << result.stopped << ' ' << trCount("%lld messages were not tried.", result.notTried) << '\n';
     if (result.cancelled)
         std::cerr << tr("Cancelled: the messages above are complete, the rest was not begun.") << '\n';
     return result.failed.empty() && !result.cancelled ? everyMessageExported : someFailed;

@@ -165,7 +165,7 @@ void Application::exportChanged() {
         Gtk::Application::quit();
     } else if (const auto* result = std::get_if<ExportResult>(&model_->exportPhase.get());
                result != nullptr && !isActive_) {
-        desktop_->notify(result->cancelled ? tr("Export stopped") : tr("Export finished"),
+        desktop_->notify(result->cancelled || !result->stopped.empty() ? tr("Export stopped") : tr("Export finished"),
                          i18n::trCount("%lld messages saved as PDFs", result->exported));
     }
 }

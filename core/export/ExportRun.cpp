@@ -30,6 +30,11 @@ const ArchivedFile* fileOf(const FiledMessage& message, const std::string& name)
     return found == message.files.end() ? nullptr : &*found;
 }
 
+// The same words for every file that it happens to.
+std::string causeOf(const FileError& error) {
+    return error.kind == FileError::Kind::diskFull ? i18n::tr("the disk is full") : error.cause.message();
+}
+
 // The digest of a file just written; one that cannot be read again is none.
 Digest digestOfWritten(const fs::path& file) {
     try {
@@ -64,11 +69,15 @@ ExportResult ExportRun::run(PDFRendering* renderer, const std::function<void(con
         std::size_t done = 0;
         for (Item& item : items_) {
             if (!item.isDue) continue;
+            if (!canGoOn()) {
+                ++result_.notTried;
+                continue;
+            }
             if (cancel.stop_requested()) throw RenderCancelled();
             progress({done++, due, item.summary->subject});
             exportItem(item);
         }
-        progress({due, due, ""});
+        if (result_.stopped.empty()) progress({due, due, ""});
     } catch (const RenderCancelled&) {
         result_.cancelled = true;
     }
@@ -82,6 +91,17 @@ ExportResult ExportRun::run(PDFRendering* renderer, const std::function<void(con
 
 // ---- One message ----
 
+// One message may be too large for what is left of the disk; after two the next will not fit either.
+bool ExportRun::canGoOn() {
+    if (!result_.stopped.empty() || result_.failed.empty()) return result_.stopped.empty();
+    if (fullInARow_ >= 2) {
+        result_.stopped = i18n::tr("The disk is full.");
+    } else if (!files::isFolder(folder_.path)) {
+        result_.stopped = i18n::tr("The export folder is gone.");
+    }
+    return result_.stopped.empty();
+}
+
 // Throws RenderCancelled when the renderer was cancelled; any other trouble of the message is noted.
 void ExportRun::exportItem(Item& item) {
     const MessageSummary& summary = *item.summary;
@@ -92,6 +112,7 @@ void ExportRun::exportItem(Item& item) {
     filed.state = State::unread;
     const fs::path file = summary.url;
     filed.path = displayText(settings_.mailFolder.empty() ? file : file.lexically_relative(settings_.mailFolder));
+    bool isFull = false;
     try {
         exportParts(item, filed);
         ++result_.exported;
@@ -99,9 +120,13 @@ void ExportRun::exportItem(Item& item) {
         throw;
     } catch (const std::bad_alloc&) {
         noteFailure(summary, i18n::tr("There is not enough memory for this message."));
+    } catch (const FileError& error) {
+        isFull = error.kind == FileError::Kind::diskFull;
+        noteFailure(summary, error.what(), causeOf(error));
     } catch (const std::exception& error) {
         noteFailure(summary, error.what());
     }
+    fullInARow_ = isFull ? fullInARow_ + 1 : 0;
     // What could not be made again is still what the archive ought to hold.
     const bool wasWhole = !item.filed.name.empty() && item.filed.state == State::whole;
     if (filed.state == State::whole) item.damaged.clear();
@@ -190,8 +215,9 @@ void ExportRun::print(const Item& item, const MailMessage& message, FiledMessage
     filed.files.insert(filed.files.begin(), {name, digestOfWritten(target)});
 }
 
-void ExportRun::noteFailure(const MessageSummary& summary, const std::string& reason) {
-    result_.failed.push_back({summary.subject.empty() ? displayText(summary.url.filename()) : summary.subject, reason});
+void ExportRun::noteFailure(const MessageSummary& summary, const std::string& reason, const std::string& cause) {
+    const std::string name = summary.subject.empty() ? displayText(summary.url.filename()) : summary.subject;
+    result_.failed.push_back({name, reason, cause});
 }
 
 // ---- Names ----
@@ -292,7 +318,8 @@ std::unordered_set<std::string> ExportRun::ownNames() const {
 }
 
 // The sums come last, when everything they speak of is on the disk: they are what says that the archive is whole. The
-// journal stays until then, so that nothing is lost wherever this ends.
+// journal stays until then, so that nothing is lost wherever this ends, and after a run that gave up: a later one is to
+// go on with it.
 void ExportRun::writeArchiveFiles() {
     std::string sums;
     const auto write = [&](const char* name, const std::string& content) {
@@ -311,7 +338,7 @@ void ExportRun::writeArchiveFiles() {
     if (!std::ranges::all_of(items_, [](const Item& item) { return item.damaged.empty(); }))
         files::setModificationDate(path, Instant());
     files::settle(folder_.path);
-    journal_->remove();
+    if (result_.stopped.empty()) journal_->remove();
 }
 
 }   // namespace ostrel

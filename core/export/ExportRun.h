@@ -53,12 +53,13 @@ public:
     std::unordered_set<std::string> ownNames() const;
 
 private:
+    bool canGoOn();
     void exportItem(Item& item);
     void exportParts(const Item& item, FiledMessage& filed);
     void saveAttachments(const Item& item, const MailMessage& message, FiledMessage& filed);
     ArchivedFile save(const Item& item, const MailAttachment& attachment, const std::string& name);
     void print(const Item& item, const MailMessage& message, FiledMessage& filed);
-    void noteFailure(const MessageSummary& summary, const std::string& reason);
+    void noteFailure(const MessageSummary& summary, const std::string& reason, const std::string& cause = {});
 
     std::string wishedName(const MessageSummary& summary) const;
     std::string freeName(const std::string& wished, bool needsFolder);
@@ -78,6 +79,7 @@ private:
     std::unordered_set<std::string> claims_;   // what may be written over: names that are this export's own
     std::optional<files::LineLog> journal_;
     PDFRendering* renderer_ = nullptr;
+    std::size_t fullInARow_ = 0;   // messages that found the disk full
     ExportResult result_;
 };
 

@@ -6,6 +6,7 @@
 #include "platform/LocaleFormat.h"
 
 #include <algorithm>
+#include <functional>
 #include <utility>
 
 namespace ostrel {
@@ -39,6 +40,15 @@ ExportSettings::ExportSettings(std::string folderName_) : folderName(std::move(f
     const Calendar zone = calendar;
     dateText = [zone](Instant date) { return locale::dateAndTime(date, locale::DateStyle::abbreviated, zone); };
     csvDate = [zone](Instant date) { return isoDateTime(date, zone); };
+}
+
+std::vector<ExportResult::Cause> ExportResult::causes() const {
+    std::map<std::string, std::size_t> counts;
+    for (const Failure& failure : failed) ++counts[failure.cause.empty() ? failure.reason : failure.cause];
+    std::vector<Cause> causes;
+    for (const auto& [text, messages] : counts) causes.push_back({text, messages});
+    std::ranges::stable_sort(causes, std::ranges::greater(), &Cause::messages);
+    return causes;
 }
 
 ExportResult Exporter::run(std::vector<const MessageSummary*> messages,

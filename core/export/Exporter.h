@@ -44,19 +44,30 @@ struct ExportProgress {
 
 struct ExportResult {
     struct Failure {
-        std::string name;   // the subject, or the file's name
-        std::string reason;
+        std::string name;         // the subject, or the file's name
+        std::string reason;       // a sentence
+        std::string cause = {};   // the reason without the path in it; empty: the reason has none
         bool operator==(const Failure&) const = default;
+    };
+    struct Cause {
+        std::string text;
+        std::size_t messages;
+        bool operator==(const Cause&) const = default;
     };
     std::filesystem::path folder;
     std::size_t exported = 0;      // messages processed to their end
     std::size_t attachments = 0;   // files saved
     std::vector<Failure> failed;
     bool cancelled = false;
+    std::string stopped = {};   // why the run gave up before its last message, a sentence; empty: it did not
+    std::size_t notTried = 0;   // messages left when it gave up
     // Of an update only:
     std::size_t held = 0;                    // messages that the archive had, whole
     std::vector<std::string> strange = {};   // files in its folder that are no export's; they were left alone
     bool operator==(const ExportResult&) const = default;
+
+    // Why messages failed, the most frequent cause first.
+    std::vector<Cause> causes() const;
 };
 
 // The index could not be written; what was exported stays.
@@ -70,8 +81,9 @@ namespace Exporter {
 
 // Exports the messages, which outlive the run, oldest first, into a new folder inside the destination: a PDF each,
 // attachments in a folder of the same name; at the end, also when cancelled, index.csv and what an Archive keeps. One
-// bad message is noted and the run goes on. cancel is asked before each message. progress is called on the calling
-// thread. Throws FileError when the folder cannot be created, IndexError when the index cannot be written.
+// bad message is noted and the run goes on, unless no further one can be saved: the disk is full or the folder gone.
+// cancel is asked before each message. progress is called on the calling thread. Throws FileError when the folder
+// cannot be created, IndexError when the index cannot be written.
 ExportResult run(std::vector<const MessageSummary*> messages, const std::map<std::string, std::string>& mailboxNames,
                  const std::filesystem::path& into, const ExportSettings& settings, PDFRendering& renderer,
                  const std::function<void(const ExportProgress&)>& progress, std::stop_token cancel);

@@ -36,8 +36,8 @@ class PDFRendering {
 public:
     virtual ~PDFRendering() = default;
     // Prints the page to a file, in the place of one that is there. Blocks until the PDF is whole at the destination,
-    // or throws RenderError or RenderCancelled and leaves what was there. One call at a time; called from the run's
-    // thread.
+    // or throws RenderError, FileError or RenderCancelled and leaves what was there. One call at a time; called from
+    // the run's thread.
     virtual void renderPDF(const Page& page, const std::filesystem::path& destination, const DocumentInfo& info) = 0;
 };
 

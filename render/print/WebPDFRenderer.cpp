@@ -148,8 +148,6 @@ void WebPDFRenderer::renderPDF(const Page& asBuilt, const std::filesystem::path&
         // Short-lived objects of all sizes leave holes, which would add up to three times what is in use.
         constexpr unsigned long pagesBetweenTrims = 64;
         if (state.pages % pagesBetweenTrims == 0) memory::returnUnused();
-    } catch (const FileError& error) {
-        throw RenderError(RenderError::Kind::writeFailed, error.what());
     } catch (const pdf::Error& error) {
         throw RenderError(RenderError::Kind::writeFailed, error.what());
     }

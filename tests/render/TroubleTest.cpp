@@ -61,7 +61,7 @@ TEST_F(Printing, GivesUpAPageThatTakesTooLong) {
 TEST_F(Printing, LeavesNothingWhereItCannotWrite) {
     files::createFolders(folder.path() / "taken.pdf");
     for (const char* name : {"no such folder/page.pdf", "taken.pdf"}) {
-        EXPECT_EQ(failure(renderer, "<p>text", folder.path() / name), Kind::writeFailed) << name;
+        EXPECT_THROW(renderer.renderPDF(makePage("<p>text"), folder.path() / name, {}), FileError) << name;
     }
     EXPECT_EQ(files::list(folder.path()).size(), 1u);
     EXPECT_EQ(readText(print("<p>next")), "next\n\n\f");

@@ -70,7 +70,7 @@ TEST_F(ExportSheetTest, tellsWhatWentWrong) {
         {"a message is gone",
          [this] { std::filesystem::remove(first_); },
          {"Export finished", "2 messages saved as PDFs", "1 messages couldn’t be read (listed in the index)",
-          "Show in Finder", "Done"}},
+          "1 messages: No such file or directory", "Show in Finder", "Done"}},
     };
     load();
     ExportSheet sheet(*model_, desktop_, window_);

@@ -22,6 +22,19 @@ void secondary(Gtk::Label& label) {
     label.add_css_class("dim-label");
 }
 
+// A line for each cause, and why the run gave up if it did.
+std::string reasons(const ExportResult& result) {
+    constexpr std::size_t most = 5;
+    std::string lines;
+    const auto add = [&](const std::string& line) { lines += (lines.empty() ? "" : "\n") + line; };
+    const auto causes = result.causes();
+    for (std::size_t i = 0; i < std::min(causes.size(), most); ++i)
+        add(i18n::filled(trCount("%lld messages: %@", causes[i].messages), causes[i].text));
+    if (causes.size() > most) add(trCount("and %lld other reasons", causes.size() - most));
+    if (!result.stopped.empty()) add(result.stopped + " " + trCount("%lld messages were not tried.", result.notTried));
+    return lines;
+}
+
 }   // namespace
 
 ExportSheet::ExportSheet(AppModel& model, Desktop& desktop, Gtk::Window& parent)
@@ -89,14 +102,15 @@ void ExportSheet::buildProgress() {
 }
 
 void ExportSheet::buildSummary() {
-    for (Gtk::Label* label : {&saved_, &savedAttachments_, &failed_, &folder_}) wrapFromLeft(*label);
+    for (Gtk::Label* label : {&saved_, &savedAttachments_, &failed_, &why_, &folder_}) wrapFromLeft(*label);
     failed_.add_css_class("attention");
+    why_.set_selectable();
     folder_.add_css_class("caption");
     folder_.add_css_class("dim-label");
     folder_.set_wrap_mode(Pango::WrapMode::CHAR);
     folder_.set_selectable();
     for (Gtk::Widget* each :
-         std::initializer_list<Gtk::Widget*>{&summaryTitle_, &saved_, &savedAttachments_, &failed_, &folder_})
+         std::initializer_list<Gtk::Widget*>{&summaryTitle_, &saved_, &savedAttachments_, &failed_, &why_, &folder_})
         summary_.append(*each);
     reveal_.signal_clicked().connect([this] {
         if (const auto* result = std::get_if<ExportResult>(&model().exportPhase.get())) desktop_.reveal(result->folder);
@@ -132,14 +146,20 @@ void ExportSheet::show(const ExportProgress& progress) {
 }
 
 void ExportSheet::show(const ExportResult& result) {
-    summaryTitle_.set(result.cancelled ? "stop.circle" : "checkmark.circle.fill",
-                      result.cancelled ? tr("Export stopped") : tr("Export finished"));
-    summaryTitle_.image().set_css_classes({result.cancelled ? "attention" : "success"});
+    const bool isStopped = result.cancelled || !result.stopped.empty();
+    const bool isInVain = result.exported == 0 && !result.failed.empty();
+    summaryTitle_.set(isStopped  ? "stop.circle"
+                      : isInVain ? "exclamationmark.triangle"
+                                 : "checkmark.circle.fill",
+                      isStopped ? tr("Export stopped") : tr("Export finished"));
+    summaryTitle_.image().set_css_classes({isStopped || isInVain ? "attention" : "success"});
     saved_.set_text(trCount("%lld messages saved as PDFs", result.exported));
     savedAttachments_.set_text(trCount("%lld attachments saved", result.attachments));
     savedAttachments_.set_visible(result.attachments > 0);
     failed_.set_text(trCount("%lld messages couldn’t be read (listed in the index)", result.failed.size()));
     failed_.set_visible(!result.failed.empty());
+    why_.set_text(reasons(result));
+    why_.set_visible(!why_.get_text().empty());
     folder_.set_text(displayText(result.folder));
 }
 

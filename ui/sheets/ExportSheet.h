@@ -45,7 +45,7 @@ private:
     Gtk::Button stop_;
 
     Headline summaryTitle_;
-    Gtk::Label saved_, savedAttachments_, failed_, folder_;
+    Gtk::Label saved_, savedAttachments_, failed_, why_, folder_;
     Gtk::Button reveal_, finish_;
     std::vector<Subscription> subscriptions_;
 };

@@ -171,10 +171,32 @@ TEST_F(ExporterTest, ADestinationThatVanishesIsReported) {
         run({first, second});
         FAIL() << "the index cannot be written";
     } catch (const IndexError& error) {
-        EXPECT_EQ(error.result.exported + error.result.failed.size(), 2U) << "what was done is known all the same";
+        EXPECT_EQ(error.result.failed.size(), 1U) << "what was done is known all the same";
+        EXPECT_EQ(error.result.notTried, 1U);
+        EXPECT_EQ(error.result.stopped, "The export folder is gone.");
     }
-    EXPECT_EQ(progress_.back().done, 2U) << "every message was tried";
     EXPECT_FALSE(fs::exists(out_ / "Export")) << "another disk is there now, on which nobody wants a part of an export";
+}
+
+TEST_F(ExporterTest, AFullDiskEndsTheRunButNotAMessageTooLargeForIt) {
+    const auto full = [] {
+        throw FileError::writing("/out/a.pdf", std::make_error_code(std::errc::no_space_on_device));
+    };
+    std::vector<MessageSummary> messages;
+    for (int i = 1; i <= 6; ++i) messages.push_back(put("M" + std::to_string(i), i));
+    settings_.csv = false;
+    renderer_.instead = [&](std::size_t call) {
+        if (call == 1) throw RenderError(RenderError::Kind::tooSlow, "Too slow.");
+        if (call == 2 || call >= 4) full();
+    };
+    const ExportResult result = run(messages);
+    EXPECT_EQ(result.exported, 1U);
+    EXPECT_EQ(result.stopped, "The disk is full.");
+    EXPECT_EQ(result.notTried, 1U);
+    EXPECT_FALSE(result.cancelled);
+    EXPECT_EQ(result.causes(), (std::vector<ExportResult::Cause>{{"the disk is full", 3}, {"Too slow.", 1}}));
+    EXPECT_NE(result.failed[1].reason.find("a.pdf"), std::string::npos);
+    EXPECT_EQ(progress_.back().done, 4U) << "no report of an end";
 }
 
 }   // namespace
