@@ -1,8 +1,8 @@
 #pragma once
 
 #include "core/page/Page.h"
-#include "pdf/Links.h"
 #include "pdf/Printed.h"
+#include "pdf/pages/Links.h"
 #include "platform/Time.h"
 
 #include <chrono>

@@ -1,9 +1,9 @@
 #include "ui/About.h"
 
 #include "platform/Translation.h"
-#include "ui/ApplicationID.h"
 #include "ui/Contact.h"
 #include "ui/DesktopServices.h"
+#include "ui/widgets/ApplicationID.h"
 
 #include <string>
 

@@ -5,10 +5,10 @@
 #include "platform/Translation.h"
 #include "render/print/WebPDFRenderer.h"
 #include "ui/About.h"
-#include "ui/ApplicationID.h"
 #include "ui/ShortcutsWindow.h"
 #include "ui/sheets/Alert.h"
 #include "ui/sheets/SheetWindow.h"
+#include "ui/widgets/ApplicationID.h"
 #include "ui/widgets/Symbols.h"
 #include "ui/widgets/WidgetTree.h"
 

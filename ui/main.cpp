@@ -5,7 +5,7 @@
 #include "render/engine/DesktopEngine.h"
 #include "render/loop/MainLoop.h"
 #include "ui/Application.h"
-#include "ui/ApplicationID.h"
+#include "ui/widgets/ApplicationID.h"
 
 #include <iostream>
 

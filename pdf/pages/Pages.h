@@ -1,7 +1,7 @@
 #pragma once
 
-#include "pdf/Links.h"
 #include "pdf/content/Contents.h"
+#include "pdf/pages/Links.h"
 
 #include <cstddef>
 #include <string>

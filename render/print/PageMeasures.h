@@ -1,6 +1,6 @@
 #pragma once
 
-#include "pdf/Links.h"
+#include "pdf/pages/Links.h"
 
 #include <optional>
 #include <string_view>

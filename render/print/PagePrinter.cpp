@@ -107,11 +107,7 @@ void PagePrinter::loadChanged(WebKitWebView*, WebKitLoadEvent event, gpointer da
 
 gboolean PagePrinter::loadFailed(WebKitWebView*, WebKitLoadEvent, const char*, GError* error, gpointer data) noexcept {
     auto& self = *static_cast<PagePrinter*>(data);
-    // Places that the page wants to go to and may not are refused, and say so here.
-    const bool isRefusal =
-        g_error_matches(error, WEBKIT_POLICY_ERROR, WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE) ||
-        g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED);
-    if (self.phase_ == Phase::loading && !isRefusal) {
+    if (self.phase_ == Phase::loading && !EngineView::isRefusal(error)) {
         self.fail(RenderError::Kind::loadFailed,
                   i18n::filled(tr("The web engine could not load the message: %@."), error->message));
     }

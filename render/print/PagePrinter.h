@@ -2,7 +2,7 @@
 
 #include "core/export/PDFRendering.h"
 #include "core/export/Paper.h"
-#include "pdf/Links.h"
+#include "pdf/pages/Links.h"
 #include "render/engine/PrintLimits.h"
 #include "render/loop/MainLoop.h"
 #include "render/print/PrintReport.h"

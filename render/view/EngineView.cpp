@@ -166,6 +166,11 @@ void EngineView::load(std::string html) {
     webkit_web_view_load_bytes(view_.get(), bytes.get(), "text/html", "UTF-8", nullptr);
 }
 
+bool EngineView::isRefusal(const GError* error) {
+    return g_error_matches(error, WEBKIT_POLICY_ERROR, WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE) ||
+           g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED);
+}
+
 gboolean EngineView::decidePolicy(WebKitWebView*, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type,
                                   gpointer data) noexcept {
     if (type == WEBKIT_POLICY_DECISION_TYPE_RESPONSE) return FALSE;

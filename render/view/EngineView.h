@@ -36,6 +36,8 @@ public:
     // Loads a page from its text, of any size and content. Relative addresses lead nowhere. One load at a time: the
     // next one waits until this one is committed or has failed.
     void load(std::string html);
+    // Whether a load "failed" only because it was not to go on: the page wanted to be elsewhere, or was replaced.
+    static bool isRefusal(const GError* error);
 
 private:
     static gboolean decidePolicy(WebKitWebView*, WebKitPolicyDecision*, WebKitPolicyDecisionType, gpointer) noexcept;

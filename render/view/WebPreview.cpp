@@ -77,11 +77,6 @@ void keepFocusOut(GListModel* children, guint position, guint, guint added, gpoi
     }
 }
 
-bool isRefusal(const GError* error) {
-    return g_error_matches(error, WEBKIT_POLICY_ERROR, WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE) ||
-           g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED);
-}
-
 }   // namespace
 
 // One load at a time, so that the engine's reports are always about the one we think of:
@@ -177,9 +172,7 @@ private:
 
     static gboolean loadFailed(WebKitWebView*, WebKitLoadEvent, const char*, GError* error, gpointer data) noexcept {
         auto& self = *static_cast<View*>(data);
-        // Places that the page wants to go to and may not are refused, and say so here; so does a page that was
-        // replaced by the next.
-        if (self.phase_ != Phase::idle && !isRefusal(error)) self.finish();
+        if (self.phase_ != Phase::idle && !EngineView::isRefusal(error)) self.finish();
         return TRUE;   // no error page
     }
 

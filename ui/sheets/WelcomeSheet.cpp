@@ -1,8 +1,8 @@
 #include "ui/sheets/WelcomeSheet.h"
 
 #include "platform/Translation.h"
-#include "ui/ApplicationID.h"
 #include "ui/widgets/Accessible.h"
+#include "ui/widgets/ApplicationID.h"
 #include "ui/widgets/Labels.h"
 #include "ui/widgets/Symbols.h"
 
