@@ -1,5 +1,6 @@
-"""measure.py BUILD_FOLDER [PAGES_FOLDER] [--quick]: every figure beside its peer, in alternating rounds, as a table on
-standard output and as JSON in bench.json beside the build folder. scripts/bench prepares and runs it."""
+"""measure.py BUILD_FOLDER [PAGES_FOLDER] [--quick]: every figure beside its peer, in alternating rounds, and beside the
+last one measured here, as a table on standard output and as JSON in bench.json beside the build folder. scripts/bench
+prepares and runs it."""
 import argparse
 import json
 import os
@@ -204,33 +205,54 @@ def package_version(name):
     return output_of("dpkg-query", "-W", "-f=${Version}", name)
 
 
+def overrides(build, store):
+    """What became of each thing that stands in the place of others' functions, files and settings, by its name."""
+    message = next(iter(sorted(store.rglob("*.emlx"))))
+    said = json.loads(output_of(build / "tools/ostrel-inspect", "print", message))
+    return {override["name"]: override["effect"] for override in said["overrides"]}
+
+
 def machine():
     cpu = next((line.split(":")[1].strip() for line in open("/proc/cpuinfo") if line.startswith("model name")), "?")
     memory = int(open("/proc/meminfo").readline().split()[1]) / 1e6
-    versions = {"g++": "g++-12", "WebKitGTK": "libwebkitgtk-6.0-4", "Chromium": "chromium",
+    versions = {"WebKitGTK": "libwebkitgtk-6.0-4", "Chromium": "chromium",
                 "GMime": "libgmime-3.0-0", "PCRE2": "libpcre2-8-0"}
     return {"cores": os.cpu_count(), "processor": cpu, "memoryGB": round(memory, 1),
             "debian": pathlib.Path("/etc/debian_version").read_text().strip(), "kernel": os.uname().release,
-            "loadBefore": os.getloadavg()[0], "versions": {name: package_version(p) for name, p in versions.items()}}
+            "loadBefore": os.getloadavg()[0], "versions": {"g++": output_of("g++", "-dumpfullversion")} |
+            {name: package_version(p) for name, p in versions.items()}}
 
 
 def shown(value):
     return f"{value:,.0f}" if value >= 1000 else f"{value:.3g}"
 
 
-def print_table(about, results):
+def last_figures(file):
+    """The values of the last run by topic, case and unit; none without one."""
+    try:
+        return {(r["topic"], r["case"], r["unit"]): r["ostrel"] for r in json.loads(file.read_text())["results"]}
+    except (OSError, ValueError, KeyError, TypeError):
+        return {}
+
+
+def print_table(about, results, last):
     versions = ", ".join(f"{name} {version}" for name, version in about["versions"].items())
     print(f"{about['cores']} cores {about['processor']}, {about['memoryGB']} GB, Debian {about['debian']}; {versions}\n")
-    lines = [["", "unit", "Ostrel", "peer", "ratio", "the peer is"]]
+    for effect in dict.fromkeys(about["overrides"].values()):
+        print(f"{effect}: {', '.join(name for name, its in about['overrides'].items() if its == effect)}")
+    print()
+    lines = [["", "unit", "Ostrel", "last time", "peer", "ratio", "the peer is"]]
     for r in results:
+        before = last.get((r["topic"], r["case"], r["unit"]))
         has_peer = "peerValue" in r
         lines.append([f"{r['topic']}: {r['case']}", r["unit"], shown(r["ostrel"]),
-                      shown(r["peerValue"]) if has_peer else "", f"{r['ratio']:.2f} {'ahead' if r['ahead'] else 'behind'}" if "ratio" in r else "",
+                      "" if before is None else shown(before), shown(r["peerValue"]) if has_peer else "",
+                      f"{r['ratio']:.2f} {'ahead' if r['ahead'] else 'behind'}" if "ratio" in r else "",
                       r["peer"] if has_peer else ""])
-    lines.insert(1, ["---", "---", "---:", "---:", "---:", "---"])
+    lines.insert(1, ["---", "---", "---:", "---:", "---:", "---:", "---"])
     widths = [max(len(line[i]) for line in lines) for i in range(len(lines[0]))]
     for line in lines:
-        print("| " + " | ".join(cell.rjust(width) if 2 <= i <= 4 else cell.ljust(width)
+        print("| " + " | ".join(cell.rjust(width) if 2 <= i <= 5 else cell.ljust(width)
                                 for i, (cell, width) in enumerate(zip(line, widths))) + " |")
 
 
@@ -247,6 +269,7 @@ def main():
 
     about = machine()
     small, thousand = sample_store(build, scratch), sample_store(build, scratch, 1000)
+    about["overrides"] = overrides(build, small)
     results = measure_print(build, scratch, "the sample messages", sample_pages(build, small, scratch / "pages"), rounds)
     if arguments.pages:
         results += measure_print(build, scratch, arguments.pages.name, arguments.pages, rounds)
@@ -255,8 +278,8 @@ def main():
         results += measure_in_process(build, thousand, topic, rounds)
     results += measure_export(build, scratch, [1000] if arguments.quick else [1000, 5000])
 
-    print_table(about, results)
     file = build.parent / "bench.json"
+    print_table(about, results, last_figures(file))
     file.write_text(json.dumps({"machine": about, "rounds": rounds, "results": results}, indent=1) + "\n")
     say(f"\nThe same for machines: {file}")
 
