@@ -54,23 +54,6 @@ std::set<std::string> mailboxIDs(const MailIndex& index) {
 // What came of a scan: an index, or why there is none.
 using ScanOutcome = std::variant<MailAccessError::Kind, std::shared_ptr<const PreparedIndex>>;
 
-// What came of an export: its result, or a sentence about why it ended.
-using ExportOutcome = std::variant<ExportResult, std::string>;
-
-ExportOutcome runExport(const MessageList& list, const std::map<std::string, std::string>& mailboxNames,
-                        const std::filesystem::path& destination, const ExportSettings& settings,
-                        PDFRendering& renderer, const std::function<void(const ExportProgress&)>& progress,
-                        const std::stop_token& cancel) {
-    try {
-        std::vector<const MessageSummary*> messages;   // the list keeps them
-        messages.reserve(list.size());
-        for (std::size_t row = 0; row < list.size(); ++row) messages.push_back(&list[row]);
-        return Exporter::run(std::move(messages), mailboxNames, destination, settings, renderer, progress, cancel);
-    } catch (const std::exception& error) {
-        return error.what();
-    }
-}
-
 }   // namespace
 
 AppModel::AppModel(Surroundings surroundings)
@@ -88,7 +71,7 @@ AppModel::AppModel(Surroundings surroundings)
 
 AppModel::~AppModel() {
     self_.reset();
-    for (std::stop_source* task : {&scan_, &preview_, &export_}) task->request_stop();
+    for (std::stop_source* task : {&scan_, &preview_, &export_, &verification_}) task->request_stop();
 }
 
 template <class Work, class Done>
@@ -348,43 +331,137 @@ void AppModel::chooseDestinationAndExport() {
         });
 }
 
-void AppModel::startExport(const std::filesystem::path& destination) {
-    if (isExporting()) return;
-    if (auto refused = ExportPlan::refusal(destination, settings.get().mailFolderURL())) {
+void AppModel::startExport(const std::filesystem::path& destination) { begin(ExportJob::Kind::ask, destination); }
+
+void AppModel::answerUnfinished(Unfinished answer) {
+    const auto folder = unfinished.get();
+    own_.unfinished.set(std::nullopt);
+    if (folder && answer == Unfinished::goOn) begin(ExportJob::Kind::update, *folder);
+    if (folder && answer == Unfinished::exportAnew) begin(ExportJob::Kind::anew, destination_);
+}
+
+void AppModel::openUpdate() {
+    if (!canExport()) return;
+    own_.exportPhase.set({});
+    sheet.set(Sheet::update);
+}
+
+void AppModel::askForExport(std::string message, std::string prompt,
+                            void (AppModel::*chosen)(const std::filesystem::path&)) {
+    surroundings_.desktop.chooseFolder(
+        {.message = std::move(message), .prompt = std::move(prompt)},
+        [model = std::weak_ptr(self_), chosen](const std::optional<std::filesystem::path>& folder) {
+            if (const auto alive = model.lock(); alive && folder) ((*alive)->*chosen)(*folder);
+        });
+}
+
+void AppModel::chooseExportAndUpdate() {
+    askForExport(tr("Choose the folder of the export to bring up to date."), tr("Update This Export"),
+                 &AppModel::updateExport);
+}
+
+void AppModel::updateExport(const std::filesystem::path& folder) {
+    if (!canExport()) return;
+    sheet.set(Sheet::update);
+    begin(ExportJob::Kind::update, folder);
+}
+
+void AppModel::begin(ExportJob::Kind kind, const std::filesystem::path& folder) {
+    if (isExporting() || !messages.get().index()) return;
+    if (auto refused = ExportPlan::refusal(folder, settings.get().mailFolderURL())) {
         problem.set(std::move(refused));
         return;
     }
     export_ = std::stop_source();
     const auto cancel = export_.get_token();
-    const MessageList list = messages.get();
-    const std::shared_ptr<PDFRendering> renderer = surroundings_.makeRenderer(settings.get().paper, cancel);
+    ExportJob job{kind,
+                  folder,
+                  messages.get(),
+                  settings.get().skipDuplicates,
+                  ExportPlan::settings(settings.get(), surroundings_.now(), surroundings_.calendar()),
+                  surroundings_.makeRenderer(settings.get().paper, cancel)};
+    if (prepared_ && kind == ExportJob::Kind::update) {
+        // Of duplicates the one that the export has is preferred, not the one that is shown.
+        MessageFilter all = filter.get();
+        all.skipDuplicates = false;
+        job.messages = prepared_->filtered(all, surroundings_.calendar(), order_);
+    }
+    if (index.get()) job.settings.mailFolder = index.get()->root;
     awake_ = surroundings_.desktop.keepAwake(tr("Exporting mail to PDF"));
-    own_.exportPhase.set(ExportProgress{0, list.size(), ""});
+    // How much an update has to do shows when both sides have been looked at.
+    const std::size_t total = kind == ExportJob::Kind::update ? 0 : job.messages.size();
+    own_.exportPhase.set(ExportProgress{0, total, ""});
     const auto progress = reporting<ExportProgress>({}, [](AppModel& model, const ExportProgress& at) {
         if (model.isExporting()) model.own_.exportPhase.set(at);
     });
-    const auto names = index.get() ? ExportPlan::mailboxNames(*index.get()) : std::map<std::string, std::string>();
-    auto plan = ExportPlan::settings(settings.get(), surroundings_.now(), surroundings_.calendar());
-    if (index.get()) plan.mailFolder = index.get()->root;
     // Cancelled runs come back too, with what they did: hence no stop token for the way.
     inBackground(
-        {},
-        [list, names, destination, plan, renderer, progress, cancel] {
-            return runExport(list, names, destination, plan, *renderer, progress, cancel);
-        },
-        [](AppModel& model, ExportOutcome outcome) {
-            if (auto* result = std::get_if<ExportResult>(&outcome)) {
-                model.own_.exportPhase.set(std::move(*result));
-            } else {
-                model.own_.exportPhase.set({});
-                model.sheet.set(std::nullopt);
-                model.problem.set(
-                    i18n::filled(tr("The export couldn’t be saved there: %@"), std::get<std::string>(outcome)));
-            }
-            model.awake_.reset();
-        });
+        {}, [job = std::move(job), progress, cancel] { return job.run(progress, cancel); },
+        [folder](AppModel& model, ExportOutcome outcome) { model.finishExport(std::move(outcome), folder); });
+}
+
+void AppModel::finishExport(ExportOutcome outcome, const std::filesystem::path& folder) {
+    if (auto* result = std::get_if<ExportResult>(&outcome)) {
+        own_.exportPhase.set(std::move(*result));
+    } else if (auto* found = std::get_if<UnfinishedExport>(&outcome)) {
+        destination_ = folder;
+        own_.exportPhase.set({});
+        own_.unfinished.set(std::move(found->folder));
+    } else {
+        own_.exportPhase.set({});
+        sheet.set(std::nullopt);
+        problem.set(std::get<std::string>(std::move(outcome)));
+    }
+    awake_.reset();
 }
 
 void AppModel::cancelExport() { export_.request_stop(); }
+
+// ---- Verification ----
+
+void AppModel::chooseExportAndVerify() {
+    askForExport(tr("Choose the folder of the export to verify."), tr("Verify This Export"), &AppModel::verifyExport);
+}
+
+void AppModel::verifyExport(const std::filesystem::path& folder) {
+    if (isExporting()) return;
+    verification_.request_stop();
+    verification_ = std::stop_source();
+    const auto stop = verification_.get_token();
+    own_.verification.set(VerificationProgress());
+    sheet.set(Sheet::verification);
+    const auto progress = reporting<VerificationProgress>(stop, [](AppModel& model, const VerificationProgress& at) {
+        if (std::holds_alternative<VerificationProgress>(model.verification.get())) model.own_.verification.set(at);
+    });
+    inBackground(
+        stop,
+        [folder, progress, stop]() -> std::variant<Verification::Result, std::string> {
+            try {
+                return Verification::verify(
+                    folder,
+                    [&](std::size_t done, std::size_t total) {
+                        progress({done, total});
+                    },
+                    stop);
+            } catch (const std::exception& error) {
+                return error.what();
+            }
+        },
+        [folder](AppModel& model, std::variant<Verification::Result, std::string> outcome) {
+            if (auto* result = std::get_if<Verification::Result>(&outcome)) {
+                model.own_.verification.set(VerifiedExport{folder, std::move(*result)});
+            } else {
+                model.own_.verification.set({});
+                model.sheet.set(std::nullopt);
+                model.problem.set(std::get<std::string>(std::move(outcome)));
+            }
+        });
+}
+
+void AppModel::cancelVerification() {
+    verification_.request_stop();
+    own_.verification.set({});
+    sheet.set(std::nullopt);
+}
 
 }   // namespace ostrel

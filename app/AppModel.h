@@ -2,10 +2,12 @@
 
 #include "app/AppSettings.h"
 #include "app/Desktop.h"
+#include "app/ExportJob.h"
 #include "app/MessageList.h"
 #include "app/Property.h"
 #include "core/export/Exporter.h"
 #include "core/export/PDFRendering.h"
+#include "core/export/Verification.h"
 #include "core/mailstore/MailScanner.h"
 #include "core/selection/MessageFilter.h"
 #include "core/selection/MessageOrder.h"
@@ -34,10 +36,22 @@ struct MailState {
     bool operator==(const MailState&) const = default;
 };
 
-enum class Sheet { welcome, export_ };   // what covers the main window
+enum class Sheet { welcome, export_, update, verification };   // what covers the main window
 
 // What the export sheet shows: its options, the progress of the run, or what came of it.
 using ExportPhase = std::variant<std::monostate, ExportProgress, ExportResult>;
+
+// What the verification sheet shows: how many files were read, or what was found.
+struct VerificationProgress {
+    std::size_t done = 0, total = 0;   // total 0: not known yet
+    bool operator==(const VerificationProgress&) const = default;
+};
+struct VerifiedExport {
+    std::filesystem::path folder;
+    Verification::Result result;
+    bool operator==(const VerifiedExport&) const = default;
+};
+using VerificationPhase = std::variant<std::monostate, VerificationProgress, VerifiedExport>;
 
 // What every window shows and does, without a window. One for the application, on the main thread; work goes to the
 // background and comes back as one finished value, which is dropped when it is no longer wanted. Views set the
@@ -78,6 +92,8 @@ private:
         Property<std::optional<std::string>> previewHTML;
         Property<bool> isBuildingPreview;
         Property<ExportPhase> exportPhase;
+        Property<std::optional<std::filesystem::path>> unfinished;
+        Property<VerificationPhase> verification;
     } own_;
 
 public:
@@ -88,6 +104,9 @@ public:
     const Property<std::optional<std::string>>& previewHTML = own_.previewHTML;
     const Property<bool>& isBuildingPreview = own_.isBuildingPreview;   // previewHTML is still the selection's before
     const Property<ExportPhase>& exportPhase = own_.exportPhase;
+    // An export in the chosen destination that was cut short; answerUnfinished goes on.
+    const Property<std::optional<std::filesystem::path>>& unfinished = own_.unfinished;
+    const Property<VerificationPhase>& verification = own_.verification;
 
     const MessageSummary* selectedSummary() const;   // null without; lives as long as this list
     std::string mailboxName(const std::string& mailboxID) const;
@@ -105,8 +124,17 @@ public:
     bool canExport() const;
     void openExport();
     void chooseDestinationAndExport();
+    enum class Unfinished { goOn, exportAnew, leave };
+    void answerUnfinished(Unfinished answer);
+    void openUpdate();
+    void chooseExportAndUpdate();
+    // Brings that export up to date with the list, duplicates apart.
+    void updateExport(const std::filesystem::path& folder);
     void cancelExport();
     bool isExporting() const;
+    void chooseExportAndVerify();
+    void verifyExport(const std::filesystem::path& folder);
+    void cancelVerification();
     void showInFinder();
 
 private:
@@ -127,12 +155,16 @@ private:
     void recomputeMessages();
     void resortMessages();
     void loadPreview();
+    void askForExport(std::string message, std::string prompt, void (AppModel::*chosen)(const std::filesystem::path&));
     void startExport(const std::filesystem::path& destination);
+    void begin(ExportJob::Kind kind, const std::filesystem::path& folder);
+    void finishExport(ExportOutcome outcome, const std::filesystem::path& folder);
 
     Surroundings surroundings_;
     std::shared_ptr<const PreparedIndex> prepared_;   // of the index
     std::vector<std::uint32_t> order_;                // its messages, all of them, by sortOrder
-    std::stop_source scan_, preview_, export_;
+    std::stop_source scan_, preview_, export_, verification_;
+    std::filesystem::path destination_;   // of the export that was not begun because of an unfinished one
     const std::shared_ptr<ForeignPictures> foreignPictures_;   // of previews; a worker may hold it longer
     std::shared_ptr<void> awake_;                              // while an export runs
     std::shared_ptr<AppModel*> self_;                          // expires with the model, for work that comes back later

@@ -22,6 +22,8 @@ public:
                               std::function<void(std::optional<std::filesystem::path>)> chosen) = 0;
     // Shows the file or folder, selected, in the file manager.
     virtual void reveal(const std::filesystem::path& path) = 0;
+    // Opens the file with the program that its user has for such.
+    virtual void open(const std::filesystem::path& file) = 0;
     // Keeps the machine from falling asleep by itself as long as the result is kept.
     virtual std::shared_ptr<void> keepAwake(const std::string& reason) = 0;
 };

@@ -44,6 +44,20 @@ std::vector<Command> commands(AppModel& model, Windows& windows) {
              model.openExport();
          },
          [&model] { return model.canExport(); }},
+        {"update",
+         {},
+         [&model, &windows] {
+             windows.showMain();
+             model.openUpdate();
+         },
+         [&model] { return model.canExport(); }},
+        {"verify",
+         {},
+         [&model, &windows] {
+             windows.showMain();
+             model.chooseExportAndVerify();
+         },
+         [&model] { return !model.isExporting(); }},
         {"close-window", {"<Primary>w"}, [&windows] { windows.closeActive(); }},
         {"show-file", {}, [&model] { model.showInFinder(); }, [&model] { return model.selection.get().has_value(); }},
         {"clear-filters",
@@ -77,7 +91,9 @@ Glib::RefPtr<Gio::Menu> makeMenu() {
          {{tr("Choose Mail Folder…"), "choose-folder"},
           {tr("Use Apple Mail’s Folder"), "use-default-folder"},
           {tr("Reload Mailboxes"), "reload"},
-          {tr("Export to PDF…"), "export"}}},
+          {tr("Export to PDF…"), "export"},
+          {tr("Update an Export…"), "update"},
+          {tr("Verify an Export…"), "verify"}}},
         {tr("Message"), {{tr("Show Mail’s File in Finder"), "show-file"}, {tr("Clear Filters"), "clear-filters"}}},
         {"",
          {{tr("Settings…"), "settings"},

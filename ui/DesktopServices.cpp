@@ -132,6 +132,13 @@ void DesktopServices::reveal(const std::filesystem::path& path) {
         {}, Gio::DBus::ProxyFlags::DO_NOT_LOAD_PROPERTIES | Gio::DBus::ProxyFlags::DO_NOT_CONNECT_SIGNALS);
 }
 
+void DesktopServices::open(const std::filesystem::path& file) {
+    launch(Gio::File::create_for_path(file.native())->get_uri(), [file] {
+        alert(tr("The file could not be opened"),
+              i18n::filled(tr("This desktop has no program for it. The file is %@"), displayText(file)));
+    });
+}
+
 std::shared_ptr<void> DesktopServices::keepAwake(const std::string& reason) {
     const guint cookie = gtk_application_inhibit(
         application_.gobj(), nullptr,

@@ -25,6 +25,7 @@ public:
     void chooseFolder(const FolderRequest& request,
                       std::function<void(std::optional<std::filesystem::path>)> chosen) override;
     void reveal(const std::filesystem::path& path) override;
+    void open(const std::filesystem::path& file) override;
     std::shared_ptr<void> keepAwake(const std::string& reason) override;
 
     void notify(const std::string& title, const std::string& text);

@@ -49,9 +49,12 @@ std::vector<Topic> helpTopics() {
          {tr("Every export has a file SHA256SUMS with the digests of all its files. On any computer, “sha256sum -c "
              "SHA256SUMS” in its folder tells whether they are as they were written; ostrel-verify also looks for "
              "every row of the index and for files that others put there."),
-          tr("“ostrel-export --update”, with the mail folder and the folder of an export, adds only what is new, "
-             "makes again what is missing or damaged, and goes on with an export that was cut short. Messages that "
-             "were moved to another mailbox are not exported twice, and what was deleted in Mail stays.")}},
+          tr("File › Verify an Export… does the same in a window, and so does a button at the end of an export."),
+          tr("File › Update an Export… adds to an export only what is new, makes again what is missing or damaged, and "
+             "goes on with an export that was cut short; “ostrel-export --update” does it without a window. Messages "
+             "that were moved to another mailbox are not exported twice, and what was deleted in Mail stays."),
+          tr("An update looks for new messages in the list as the filters and mailboxes leave it. Messages that the "
+             "export has already stay in it, whatever the list shows.")}},
         {"attachments",
          tr("Attachments and images"),
          "paperclip",

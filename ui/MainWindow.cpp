@@ -1,8 +1,10 @@
 #include "ui/MainWindow.h"
 
+#include "platform/Files.h"
 #include "platform/Translation.h"
 #include "ui/sheets/Alert.h"
 #include "ui/sheets/ExportSheet.h"
+#include "ui/sheets/VerificationSheet.h"
 #include "ui/sheets/WelcomeSheet.h"
 #include "ui/widgets/Accessible.h"
 #include "ui/widgets/Symbols.h"
@@ -66,6 +68,7 @@ MainWindow::MainWindow(AppModel& model, Desktop& desktop, WebPreview::LinkOpener
     subscriptions_.push_back(model_.state.observe([this] { showState(); }));
     subscriptions_.push_back(model_.sheet.observe([this] { showSheet(); }));
     subscriptions_.push_back(model_.problem.observe([this] { showProblem(); }));
+    subscriptions_.push_back(model_.unfinished.observe([this] { askAboutUnfinished(); }));
     showState();
     showSheet();
     showProblem();
@@ -132,8 +135,12 @@ void MainWindow::showSheet() {
     if (!sheet) return;
     if (*sheet == Sheet::welcome) {
         sheet_ = std::make_shared<WelcomeSheet>(model_, *this);
+    } else if (*sheet == Sheet::verification) {
+        sheet_ = std::make_shared<VerificationSheet>(model_, desktop_, *this);
     } else {
-        sheet_ = std::make_shared<ExportSheet>(model_, desktop_, *this);
+        const bool isUpdate = *sheet == Sheet::update;
+        sheet_ = std::make_shared<ExportSheet>(
+            model_, desktop_, *this, isUpdate ? ExportSheet::Purpose::update : ExportSheet::Purpose::newExport);
     }
     if (get_visible()) sheet_->present();
 }
@@ -148,6 +155,21 @@ void MainWindow::showProblem() {
     if (!problem) return;
     showAlert(sheet_ ? sheet_.get() : this, tr("Something went wrong"), *problem,
               {{tr("OK"), [this] { model_.problem.set(std::nullopt); }}});
+}
+
+void MainWindow::askAboutUnfinished() {
+    const auto& folder = model_.unfinished.get();
+    if (!folder) return;
+    using enum AppModel::Unfinished;
+    const auto answer = [this](AppModel::Unfinished given) {
+        return [this, given] { model_.answerUnfinished(given); };
+    };
+    showAlert(sheet_ ? sheet_.get() : this, tr("Go on with an unfinished export?"),
+              i18n::filled(tr("The export “%@” has not come to its end. To go on with it saves only what is missing."),
+                           displayText(folder->filename())),
+              {{tr("Cancel"), answer(leave)},
+               {tr("New Export"), answer(exportAnew)},
+               {tr("Go On"), answer(goOn), Answer::Kind::suggested}});
 }
 
 void MainWindow::on_show() {

@@ -45,6 +45,7 @@ private:
     void showSheet();
     void showToast(const ExportResult& result);
     void showProblem();
+    void askAboutUnfinished();
 
     AppModel& model_;
     Desktop& desktop_;

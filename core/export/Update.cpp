@@ -145,6 +145,7 @@ public:
     void eachWanted(bool wantsCopies, Take take) {
         for (Candidate& candidate : candidates_) {
             const bool isNew = !candidate.place;
+            if (isNew && request_.isWanted && !request_.isWanted(*candidate.summary)) continue;
             if (isNew && (isDuplicate(*candidate.summary) || (candidate.isCopy && !wantsCopies))) continue;
             if (isNew && candidate.summary->messageID) identifiers_.insert(*candidate.summary->messageID);
             take(candidate);
@@ -187,6 +188,27 @@ UpdateError::UpdateError(Kind kind_, const fs::path& folder)
                                                      : tr("“%@” is no export that can be brought up to date."),
                                 displayText(folder))),
       kind(kind_) {}
+
+std::optional<fs::path> Update::unfinishedIn(const fs::path& folder) {
+    std::optional<fs::path> found;
+    std::optional<Instant> begun;
+    const auto look = [&](const fs::path& candidate) {
+        const fs::path journal = candidate / Archive::journalName;
+        if (!files::isRegularFile(journal) || !files::FolderLock::take(candidate)) return;
+        const auto date = files::modificationDate(journal);
+        if (found && date <= begun) return;
+        found = candidate;
+        begun = date;
+    };
+    try {
+        look(folder);
+        if (found) return found;
+        for (const fs::path& name : files::list(folder)) look(folder / name);
+    } catch (const FileError&) {
+        // One that cannot be read is none to go on with.
+    }
+    return found;
+}
 
 Update::Update(Request request, const std::stop_token& cancel)
     : request_(std::move(request)), lock_(lockOf(request_.folder)) {

@@ -40,7 +40,13 @@ public:
         ExportSettings settings;
         // Of messages with one Message-ID one is enough: that which the archive has, else the first in the list.
         bool skipsDuplicates = false;
+        // Whether a message that the archive does not hold is to be exported; empty: all are.
+        std::function<bool(const MessageSummary&)> isWanted = {};
     };
+    // An export that was cut short and that nobody is writing to: the folder itself, else the last begun of those in
+    // it. nullopt when there is none, or nothing can be read there.
+    static std::optional<std::filesystem::path> unfinishedIn(const std::filesystem::path& folder);
+
     // Finds out what is to be done, and does nothing but to remove what a killed program was writing. Throws FileError,
     // UpdateError.
     explicit Update(Request request, const std::stop_token& cancel = {});

@@ -28,6 +28,7 @@ struct Result {
     std::size_t files = 0, whole = 0;   // that the archive ought to have, and of these
     std::vector<Finding> findings;      // sorted by kind and name; empty: the archive is whole
     bool isCancelled = false;
+    bool operator==(const Result&) const = default;
 };
 
 // Reads every file and changes nothing. progress is called on the calling thread. Throws FileError when the folder

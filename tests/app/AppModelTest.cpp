@@ -363,6 +363,95 @@ TEST_F(AppModelTest, ACancelledExportFinishesWithWhatIsDone) {
     EXPECT_FALSE(result()->cancelled) << "the next one starts afresh";
 }
 
+TEST_F(AppModelTest, AnUpdateAddsWhatTheListHasAndLosesNothing) {
+    load();
+    beginExport(out_.path());
+    tasks_.all();
+    const fs::path folder = result()->folder;
+    mail_.put("INBOX", 7, "seventh", 7);
+    mail_.put("Work", 8, "eighth", 8);
+    model_->reload();
+    tasks_.all();
+    change([](MessageFilter& filter) { filter.mailboxes = std::set<std::string>{"INBOX.mbox"}; });
+    files::remove(folder / "2024-03-05 0703 Kim - third.pdf");
+
+    model_->openUpdate();
+    EXPECT_EQ(model_->sheet.get(), Sheet::update);
+    model_->chooseExportAndUpdate();
+    desktop_.answer(folder);
+    EXPECT_TRUE(model_->isExporting());
+    tasks_.all();
+    ASSERT_NE(result(), nullptr);
+    EXPECT_EQ(result()->folder, folder);
+    EXPECT_EQ(result()->exported, 2U) << "what is new in the list, and what is missing though the list hides it";
+    EXPECT_EQ(result()->held, 2U);
+    EXPECT_TRUE(result()->failed.empty());
+    EXPECT_TRUE(files::exists(folder / "2024-03-05 0703 Kim - third.pdf"));
+    EXPECT_TRUE(files::exists(folder / "2024-03-05 0707 Kim - seventh.pdf"));
+
+    model_->updateExport(out_.path());
+    tasks_.all();
+    EXPECT_TRUE(model_->problem.get()) << "no export";
+    EXPECT_FALSE(model_->sheet.get());
+}
+
+TEST_F(AppModelTest, AnExportThatWasCutShortIsOfferedToGoOnWith) {
+    load();
+    beginExport(out_.path());
+    tasks_.all();
+    const fs::path folder = result()->folder;
+    fs::rename(folder / "messages.jsonl", folder / "messages.jsonl.unfinished");
+    files::remove(folder / "SHA256SUMS");
+    files::remove(folder / "2024-03-05 0703 Kim - third.pdf");
+
+    using enum AppModel::Unfinished;
+    for (const auto answer : {leave, exportAnew, goOn}) {
+        beginExport(answer == goOn ? folder : out_.path());
+        tasks_.all();
+        EXPECT_EQ(model_->unfinished.get(), folder);
+        EXPECT_FALSE(model_->isExporting());
+        EXPECT_EQ(model_->sheet.get(), Sheet::export_);
+        model_->answerUnfinished(answer);
+        EXPECT_FALSE(model_->unfinished.get());
+        tasks_.all();
+        EXPECT_EQ(result() == nullptr, answer == leave);
+        EXPECT_EQ(result() != nullptr && result()->folder == folder, answer == goOn);
+    }
+    ASSERT_NE(result(), nullptr);
+    EXPECT_EQ(result()->folder, folder);
+    EXPECT_EQ(result()->exported, 1U);
+    EXPECT_EQ(result()->held, 2U);
+    beginExport(out_.path());
+    tasks_.all();
+    EXPECT_FALSE(model_->unfinished.get());
+}
+
+TEST_F(AppModelTest, VerifiesAnExportUntilItIsToldToStop) {
+    load();
+    beginExport(out_.path());
+    tasks_.all();
+    const fs::path folder = result()->folder;
+    const auto verified = [&] { return std::get_if<VerifiedExport>(&model_->verification.get()); };
+    for (const bool isDamaged : {false, true}) {
+        if (isDamaged) files::writeAtomically(folder / "index.csv", bytesOf("changed"));
+        model_->chooseExportAndVerify();
+        desktop_.answer(folder);
+        EXPECT_EQ(model_->sheet.get(), Sheet::verification);
+        tasks_.all();
+        ASSERT_NE(verified(), nullptr);
+        EXPECT_EQ(verified()->folder, folder);
+        EXPECT_EQ(verified()->result.findings.empty(), !isDamaged);
+    }
+    model_->verifyExport(folder);
+    model_->cancelVerification();
+    tasks_.all();
+    EXPECT_EQ(verified(), nullptr);
+    EXPECT_FALSE(model_->sheet.get());
+    model_->verifyExport(settingsFolder_.path());
+    tasks_.all();
+    EXPECT_TRUE(model_->problem.get());
+}
+
 TEST_F(AppModelTest, AnExportThatCannotBeSavedSaysWhy) {
     load();
     const fs::path file = out_ / "file";

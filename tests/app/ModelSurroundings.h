@@ -56,6 +56,7 @@ public:
         answer = std::move(chosen);
     }
     void reveal(const std::filesystem::path& path) override { revealed.push_back(path); }
+    void open(const std::filesystem::path& file) override { opened.push_back(file); }
     std::shared_ptr<void> keepAwake(const std::string&) override {
         const auto kept = std::make_shared<int>();
         awake = kept;
@@ -64,7 +65,7 @@ public:
 
     std::vector<FolderRequest> asked;
     Chosen answer;
-    std::vector<std::filesystem::path> revealed;
+    std::vector<std::filesystem::path> revealed, opened;
     std::weak_ptr<void> awake;
 };
 

@@ -155,6 +155,69 @@ def exporting():
         journey.leave()
 
 
+def keeping_an_export():
+    """An export is verified, damaged, mended, cut short and gone on with."""
+    with Journey.on_sample() as journey:
+        desktop = journey.desktop
+        everything = journey.count()
+        out = desktop.home + "/out"
+        os.mkdir(out)
+        desktop.key("ctrl+shift+e")
+        desktop.find(f"Export {everything} messages")
+        desktop.key("Return")
+        journey.choose_folder(re.compile("^Choose where to put the export"), out)
+        desktop.find("Export finished")
+        folder = os.path.join(out, os.listdir(out)[0])
+        desktop.click(desktop.find("Verify This Export", "button"))
+        desktop.find("The export is whole")
+        desktop.key("Return")   # "Done"
+        desktop.gone("The export is whole")
+
+        def menu(command):
+            desktop.key("F10")
+            desktop.find(command, "menu item")
+            while desktop.focused() != command:
+                before = desktop.focused()
+                desktop.key("Down")
+                wait(lambda: desktop.focused() != before, f"the focus to leave {before!r}")
+            desktop.key("Return")
+
+        pdf = glob.glob(folder + "/*Spring papers*.pdf")[0]
+        with open(pdf, "ab") as file:
+            file.write(b"x")
+        menu("Verify an Export…")
+        journey.choose_folder(re.compile("^Choose the folder of the export to verify"), folder)
+        desktop.find("Found to be wrong: 1")
+        desktop.find(f"Changed: {os.path.basename(pdf)}")
+        desktop.click(desktop.find("Update This Export", "button"))
+        desktop.find("Update finished")
+        desktop.find("1 messages saved as PDFs")
+        desktop.key("Return")
+
+        menu("Update an Export…")
+        desktop.find("Choose Export and Update…", "button")
+        desktop.key("Return")
+        journey.choose_folder(re.compile("^Choose the folder of the export to bring"), folder)
+        desktop.find("0 messages saved as PDFs")
+        desktop.find(f"Already in the export: {everything}")
+        desktop.key("Return")
+        desktop.gone("Update finished")
+
+        os.rename(folder + "/messages.jsonl", folder + "/messages.jsonl.unfinished")
+        os.remove(pdf)
+        desktop.key("ctrl+shift+e")
+        desktop.find(f"Export {everything} messages")
+        desktop.key("Return")
+        journey.choose_folder(re.compile("^Choose where to put the export"), out)
+        desktop.find("Go on with an unfinished export?")
+        desktop.key("Return")   # "Go On"
+        desktop.find("1 messages saved as PDFs")
+        assert os.path.exists(pdf) and os.listdir(out) == [os.path.basename(folder)]
+        desktop.key("Return")
+        desktop.gone("Export finished")
+        journey.leave()
+
+
 def by_keyboard():
     """Around the window with the Tab key: neither the list nor the page is a trap."""
     with Journey.on_sample() as journey:
@@ -296,8 +359,8 @@ def in_german():
 
 
 JOURNEYS = {journey.__name__: journey
-            for journey in (first_start, finding, exporting, by_keyboard, vanished_folder, vanished_message, help_beside_a_sheet,
-                            staying, in_german)}
+            for journey in (first_start, finding, exporting, keeping_an_export, by_keyboard, vanished_folder,
+                            vanished_message, help_beside_a_sheet, staying, in_german)}
 
 if __name__ == "__main__":
     for name in sys.argv[3:] or JOURNEYS:

@@ -53,8 +53,8 @@ TEST_F(ExportSheetTest, showsTheFaceOfEachPhase) {
 
     tasks_.all();
     const auto folder = std::get<ExportResult>(model_->exportPhase.get()).folder;
-    EXPECT_EQ(read(sheet),
-              (Texts{"Export finished", "3 messages saved as PDFs", folder.native(), "Show in Finder", "Done"}));
+    EXPECT_EQ(read(sheet), (Texts{"Export finished", "3 messages saved as PDFs", folder.native(), "Open Index",
+                                  "Verify This Export", "Show in Finder", "Done"}));
 }
 
 TEST_F(ExportSheetTest, tellsWhatWentWrong) {
@@ -64,13 +64,11 @@ TEST_F(ExportSheetTest, tellsWhatWentWrong) {
         Texts expected;
     };
     const Row rows[] = {
-        {"stopped by the user",
-         [this] { model_->cancelExport(); },
-         {"Export stopped", "0 messages saved as PDFs", "Show in Finder", "Done"}},
+        {"stopped by the user", [this] { model_->cancelExport(); }, {"Export stopped", "0 messages saved as PDFs"}},
         {"a message is gone",
          [this] { std::filesystem::remove(first_); },
          {"Export finished", "2 messages saved as PDFs", "1 messages couldn’t be read (listed in the index)",
-          "1 messages: No such file or directory", "Show in Finder", "Done"}},
+          "1 messages: No such file or directory", "Copy List"}},
     };
     load();
     ExportSheet sheet(*model_, desktop_, window_);
@@ -80,6 +78,8 @@ TEST_F(ExportSheetTest, tellsWhatWentWrong) {
         tasks_.all();
         Texts texts = read(sheet);
         texts.erase(std::get<ExportResult>(model_->exportPhase.get()).folder.native());
+        for (const char* button : {"Open Index", "Verify This Export", "Show in Finder", "Done"})
+            EXPECT_EQ(texts.erase(button), 1U) << button;
         EXPECT_EQ(texts, expected) << why;
     }
 }

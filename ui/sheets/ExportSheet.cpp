@@ -1,5 +1,6 @@
 #include "ui/sheets/ExportSheet.h"
 
+#include "core/archive/Archive.h"
 #include "platform/Files.h"
 #include "platform/Translation.h"
 #include "ui/sheets/OptionRows.h"
@@ -8,6 +9,7 @@
 #include "ui/widgets/Preferences.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace ostrel {
 namespace {
@@ -37,15 +39,17 @@ std::string reasons(const ExportResult& result) {
 
 }   // namespace
 
-ExportSheet::ExportSheet(AppModel& model, Desktop& desktop, Gtk::Window& parent)
-    : SheetWindow(model, parent, tr("Export")),
+ExportSheet::ExportSheet(AppModel& model, Desktop& desktop, Gtk::Window& parent, Purpose purpose)
+    : SheetWindow(model, parent, purpose == Purpose::update ? tr("Update an Export") : tr("Export")),
       desktop_(desktop),
+      purpose_(purpose),
       options_(Gtk::Orientation::VERTICAL, spacing),
       progress_(Gtk::Orientation::VERTICAL, spacing),
       summary_(Gtk::Orientation::VERTICAL, spacing),
       optionsTitle_("doc.richtext", "", titleSymbolSize),
-      progressTitle_("square.and.arrow.up", tr("Exporting…"), titleSymbolSize),
-      summaryTitle_("checkmark.circle.fill", "", titleSymbolSize) {
+      progressTitle_("square.and.arrow.up", isUpdate() ? tr("Updating…") : tr("Exporting…"), titleSymbolSize),
+      summaryTitle_("checkmark.circle.fill", "", titleSymbolSize),
+      more_(Gtk::Orientation::HORIZONTAL, spacing) {
     buildOptions();
     buildProgress();
     buildSummary();
@@ -55,8 +59,8 @@ ExportSheet::ExportSheet(AppModel& model, Desktop& desktop, Gtk::Window& parent)
     faces_.set_hhomogeneous(false);
     content().append(faces_);
     addButton(close_, tr("Cancel"));
-    addButton(choose_, tr("Choose Folder and Export…"));
-    addButton(stop_, tr("Cancel Export"));
+    addButton(choose_, isUpdate() ? tr("Choose Export and Update…") : tr("Choose Folder and Export…"));
+    addButton(stop_, isUpdate() ? tr("Cancel Update") : tr("Cancel Export"));
     addButton(reveal_, tr("Show in Finder"));
     addButton(finish_, tr("Done"));
     for (Gtk::Button* button : {&choose_, &finish_}) button->add_css_class("suggested-action");
@@ -69,7 +73,9 @@ ExportSheet::ExportSheet(AppModel& model, Desktop& desktop, Gtk::Window& parent)
 
 void ExportSheet::buildOptions() {
     auto& promise = *Gtk::make_managed<Gtk::Label>(
-        tr("Mail’s own files are only read, never changed. Remote images are not loaded."));
+        isUpdate() ? tr("Adds what the export does not hold yet, and makes again what is missing or damaged in it. "
+                        "Everything else in its folder stays as it is.")
+                   : tr("Mail’s own files are only read, never changed. Remote images are not loaded."));
     secondary(promise);
     auto& rows = preferences::makeGroup(
         "", "",
@@ -83,7 +89,13 @@ void ExportSheet::buildOptions() {
     for (Gtk::Widget* each : std::initializer_list<Gtk::Widget*>{&optionsTitle_, &promise, &rows})
         options_.append(*each);
     close_.signal_clicked().connect([this] { cancel(); });
-    choose_.signal_clicked().connect([this] { model().chooseDestinationAndExport(); });
+    choose_.signal_clicked().connect([this] {
+        if (isUpdate()) {
+            this->model().chooseExportAndUpdate();
+        } else {
+            this->model().chooseDestinationAndExport();
+        }
+    });
 }
 
 void ExportSheet::buildProgress() {
@@ -102,7 +114,8 @@ void ExportSheet::buildProgress() {
 }
 
 void ExportSheet::buildSummary() {
-    for (Gtk::Label* label : {&saved_, &savedAttachments_, &failed_, &why_, &folder_}) wrapFromLeft(*label);
+    for (Gtk::Label* label : {&saved_, &savedAttachments_, &held_, &failed_, &why_, &strange_, &folder_})
+        wrapFromLeft(*label);
     failed_.add_css_class("attention");
     why_.set_selectable();
     folder_.add_css_class("caption");
@@ -110,38 +123,52 @@ void ExportSheet::buildSummary() {
     folder_.set_wrap_mode(Pango::WrapMode::CHAR);
     folder_.set_selectable();
     for (Gtk::Widget* each :
-         std::initializer_list<Gtk::Widget*>{&summaryTitle_, &saved_, &savedAttachments_, &failed_, &why_, &folder_})
+         std::initializer_list<Gtk::Widget*>{&summaryTitle_, &saved_, &savedAttachments_, &held_, &failed_, &why_,
+                                             &strange_, &details_, &folder_, &more_})
         summary_.append(*each);
+    for (const auto& [button, text] :
+         {std::pair(&openIndex_, tr("Open Index")), std::pair(&verify_, tr("Verify This Export"))}) {
+        button->set_label(text);
+        more_.append(*button);
+    }
+    openIndex_.signal_clicked().connect([this] {
+        if (result()) desktop_.open(result()->folder / Archive::indexName);
+    });
+    verify_.signal_clicked().connect([this] {
+        if (result()) model().verifyExport(std::filesystem::path(result()->folder));
+    });
     reveal_.signal_clicked().connect([this] {
-        if (const auto* result = std::get_if<ExportResult>(&model().exportPhase.get())) desktop_.reveal(result->folder);
+        if (result()) desktop_.reveal(result()->folder);
     });
     finish_.signal_clicked().connect([this] { cancel(); });
 }
 
 void ExportSheet::showCount() {
     const std::string title = trCount("Export %lld messages", model().messages.get().size());
-    optionsTitle_.set("doc.richtext", title);
+    optionsTitle_.set("doc.richtext", isUpdate() ? tr("Update an Export") : title);
 }
 
 void ExportSheet::showPhase() {
     const ExportPhase& phase = model().exportPhase.get();
     if (const auto* progress = std::get_if<ExportProgress>(&phase)) {
         show(*progress);
-        face(progress_, tr("Exporting…"), {&stop_}, nullptr);
+        face(progress_, progressTitle_.label().get_text(), {&stop_}, nullptr);
     } else if (const auto* result = std::get_if<ExportResult>(&phase)) {
         show(*result);
         face(summary_, summaryTitle_.label().get_text(), {&reveal_, &finish_}, &finish_);
     } else {
-        face(options_, tr("Export"), {&close_, &choose_}, &choose_);
+        face(options_, isUpdate() ? tr("Update an Export") : tr("Export"), {&close_, &choose_}, &choose_);
     }
 }
 
 void ExportSheet::show(const ExportProgress& progress) {
     const double total = static_cast<double>(std::max<std::size_t>(progress.total, 1));
+    const bool isLooking = progress.total == 0 && progress.current.empty();
     bar_.set_fraction(static_cast<double>(progress.done) / total);
     gtk_accessible_update_property(GTK_ACCESSIBLE(bar_.gobj()), GTK_ACCESSIBLE_PROPERTY_VALUE_TEXT,
                                    i18n::filled(tr("%lld of %lld"), progress.done, progress.total).c_str(), -1);
-    done_.set_text(i18n::filled(tr("%lld of %lld messages"), progress.done, progress.total));
+    done_.set_text(isLooking ? tr("Comparing the export with the mail…")
+                             : i18n::filled(tr("%lld of %lld messages"), progress.done, progress.total));
     current_.set_text(progress.current);
 }
 
@@ -151,17 +178,30 @@ void ExportSheet::show(const ExportResult& result) {
     summaryTitle_.set(isStopped  ? "stop.circle"
                       : isInVain ? "exclamationmark.triangle"
                                  : "checkmark.circle.fill",
-                      isStopped ? tr("Export stopped") : tr("Export finished"));
+                      isUpdate() ? (isStopped ? tr("Update stopped") : tr("Update finished"))
+                                 : (isStopped ? tr("Export stopped") : tr("Export finished")));
     summaryTitle_.image().set_css_classes({isStopped || isInVain ? "attention" : "success"});
     saved_.set_text(trCount("%lld messages saved as PDFs", result.exported));
     savedAttachments_.set_text(trCount("%lld attachments saved", result.attachments));
     savedAttachments_.set_visible(result.attachments > 0);
+    held_.set_text(trCount("Already in the export: %lld", result.held));
+    held_.set_visible(result.held > 0);
     failed_.set_text(trCount("%lld messages couldn’t be read (listed in the index)", result.failed.size()));
     failed_.set_visible(!result.failed.empty());
     why_.set_text(reasons(result));
     why_.set_visible(!why_.get_text().empty());
+    strange_.set_text(
+        trCount("%lld files in the folder are not of this export. They were left alone.", result.strange.size()));
+    strange_.set_visible(!result.strange.empty());
+    std::vector<std::string> lines;
+    for (const ExportResult::Failure& failure : result.failed) lines.push_back(failure.name + ": " + failure.reason);
+    lines.insert(lines.end(), result.strange.begin(), result.strange.end());
+    details_.set(lines);
     folder_.set_text(displayText(result.folder));
+    openIndex_.set_visible(files::isRegularFile(result.folder / Archive::indexName));
 }
+
+const ExportResult* ExportSheet::result() const { return std::get_if<ExportResult>(&model().exportPhase.get()); }
 
 void ExportSheet::face(Gtk::Widget& shown, const std::string& title, const std::vector<Gtk::Button*>& visible,
                        Gtk::Button* standard) {

@@ -2,6 +2,7 @@
 
 #include "app/Desktop.h"
 #include "ui/sheets/SheetWindow.h"
+#include "ui/widgets/DetailList.h"
 #include "ui/widgets/Headline.h"
 
 #include <vector>
@@ -11,10 +12,11 @@
 
 namespace ostrel {
 
-// The export: its options, its progress, or what came of it, as the model's phase says.
+// An export or an update: its options, its progress, or what came of it, as the model's phase says.
 class ExportSheet : public SheetWindow {
 public:
-    ExportSheet(AppModel& model, Desktop& desktop, Gtk::Window& parent);
+    enum class Purpose { newExport, update };
+    ExportSheet(AppModel& model, Desktop& desktop, Gtk::Window& parent, Purpose purpose = Purpose::newExport);
 
 protected:
     // Escape closes the options and the summary, and cancels a run, which cannot be closed.
@@ -29,10 +31,13 @@ private:
     void showCount();
     void show(const ExportProgress& progress);
     void show(const ExportResult& result);
+    bool isUpdate() const { return purpose_ == Purpose::update; }
+    const ExportResult* result() const;   // null while there is none
     void face(Gtk::Widget& shown, const std::string& title, const std::vector<Gtk::Button*>& buttons,
               Gtk::Button* standard);
 
     Desktop& desktop_;
+    const Purpose purpose_;
     Gtk::Stack faces_;
     Gtk::Box options_, progress_, summary_;
 
@@ -45,8 +50,10 @@ private:
     Gtk::Button stop_;
 
     Headline summaryTitle_;
-    Gtk::Label saved_, savedAttachments_, failed_, why_, folder_;
-    Gtk::Button reveal_, finish_;
+    Gtk::Label saved_, savedAttachments_, held_, failed_, why_, strange_, folder_;
+    DetailList details_;
+    Gtk::Box more_;
+    Gtk::Button openIndex_, verify_, reveal_, finish_;
     std::vector<Subscription> subscriptions_;
 };
 

@@ -21,7 +21,7 @@ public:
     SheetWindow(AppModel& model, Gtk::Window& parent, const std::string& title);
 
 protected:
-    AppModel& model() { return model_; }
+    AppModel& model() const { return model_; }
     // Where the sheet's own widgets go, above its buttons.
     Gtk::Box& content() { return content_; }
     // Buttons from left to right. Clicks leave the focus where it is, so that Return goes on to mean the default.
