@@ -19,6 +19,7 @@
 #include <array>
 #include <iterator>
 #include <map>
+#include <mutex>
 #include <new>
 #include <utility>
 
@@ -35,7 +36,11 @@ struct Finisher::Memory {
     FontSubsetter fonts;
 };
 
-Finisher::Finisher() : memory_(std::make_unique<Memory>()) {}
+// The library's compression is set for all files at once.
+Finisher::Finisher() : memory_(std::make_unique<Memory>()) {
+    static std::once_flag isSet;
+    std::call_once(isSet, [] { Pl_Flate::setCompressionLevel(9); });
+}
 Finisher::~Finisher() = default;
 
 namespace {
@@ -173,7 +178,6 @@ void pack(Work& work) {
 }
 
 void write(Work& work) {
-    Pl_Flate::setCompressionLevel(9);
     QPDFWriter writer(work.file);
     writer.setOutputMemory();
     writer.setObjectStreamMode(qpdf_o_generate);

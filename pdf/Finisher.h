@@ -53,8 +53,8 @@ struct FinishReport {
 // use, original photographs put back, links, title and dates added. Text and pixels stay exactly as printed. The same
 // input gives the same bytes.
 //
-// Remembers the fonts of earlier files within a fixed amount of memory, so keep one finisher for a whole export. Use it
-// from one thread at a time; which one does not matter.
+// Remembers the fonts of earlier files within a fixed amount of memory, so keep one finisher for a whole export. Any
+// number of threads.
 class Finisher {
 public:
     Finisher();

@@ -62,30 +62,33 @@ struct FontSubsetter::Face {
         const BlobPtr blob = blobOf(program);
         face.reset(hb_face_create(blob.get(), 0));
         if (!isPlainTrueType(face.get())) face.reset();
+        if (face) hb_face_make_immutable(face.get());   // from now on any number of threads may read it
     }
 };
 
 FontSubsetter::FontSubsetter() = default;
 FontSubsetter::~FontSubsetter() = default;
 
-const FontSubsetter::Face& FontSubsetter::faceOf(std::string_view program) {
+std::shared_ptr<const FontSubsetter::Face> FontSubsetter::faceOf(std::string_view program) {
+    const std::lock_guard held(mutex_);
     const auto known = std::ranges::find_if(faces_, [&](const auto& face) { return face->program == program; });
     if (known != faces_.end()) {
         faces_.splice(faces_.begin(), faces_, known);
-        return *faces_.front();
+        return faces_.front();
     }
-    faces_.push_front(std::make_unique<Face>(program));
+    faces_.push_front(std::make_shared<const Face>(program));
     heldBytes_ += program.size();
     while (heldBytes_ > memoryLimit && faces_.size() > 1) {
         heldBytes_ -= faces_.back()->program.size();
         faces_.pop_back();
     }
-    return *faces_.front();
+    return faces_.front();
 }
 
 std::optional<FontSubsetter::Program> FontSubsetter::subset(std::string_view program, const CodeSet& glyphs) {
     if (program.size() > fontLimit) return std::nullopt;
-    auto* const face = faceOf(program).face.get();
+    const auto kept = faceOf(program);
+    auto* const face = kept->face.get();
     if (!face) return std::nullopt;
     const InputPtr input(hb_subset_input_create_or_fail());
     if (!input) return std::nullopt;

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <list>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -12,7 +13,7 @@
 namespace ostrel::pdf {
 
 // Cuts TrueType programs down to some of their glyphs. The engine embeds the same few installed fonts in every file, so
-// fonts of earlier calls are kept open, within a fixed amount of memory.
+// fonts of earlier calls are kept open, within a fixed amount of memory. Any number of threads.
 class FontSubsetter {
 public:
     FontSubsetter();
@@ -28,9 +29,10 @@ public:
 
 private:
     struct Face;
-    const Face& faceOf(std::string_view program);
+    std::shared_ptr<const Face> faceOf(std::string_view program);
 
-    std::list<std::unique_ptr<Face>> faces_;   // latest used first
+    std::mutex mutex_;                               // of what follows
+    std::list<std::shared_ptr<const Face>> faces_;   // latest used first
     std::size_t heldBytes_ = 0;
 };
 
