@@ -3,6 +3,7 @@
 #include "core/page/Page.h"
 #include "platform/Time.h"
 
+#include <cstddef>
 #include <filesystem>
 #include <optional>
 #include <stdexcept>
@@ -35,9 +36,14 @@ public:
 class PDFRendering {
 public:
     virtual ~PDFRendering() = default;
+    // Says that about so many pages are to come. Returns how many it takes at a time: from then on as many threads may
+    // call renderPDF at once. Before, only one.
+    virtual std::size_t prepareFor(std::size_t pages) {
+        static_cast<void>(pages);
+        return 1;
+    }
     // Prints the page to a file, in the place of one that is there. Blocks until the PDF is whole at the destination,
-    // or throws RenderError, FileError or RenderCancelled and leaves what was there. One call at a time; called from
-    // the run's thread.
+    // or throws RenderError, FileError or RenderCancelled and leaves what was there.
     virtual void renderPDF(const Page& page, const std::filesystem::path& destination, const DocumentInfo& info) = 0;
 };
 

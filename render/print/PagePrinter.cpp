@@ -64,16 +64,18 @@ void PagePrinter::print(const std::string& html, std::filesystem::path output, D
     enlargement_ = 1;
     failure_.reset();
     limit_ = mainLoop::Timer(limitFor(limits_.load, limits_, pageBytes_), [this] { tooSlow(limits_.load); });
-    if (view_) {
-        if (page_ % limits_.pagesPerProcess == 0) webkit_web_view_terminate_web_process(view_->web());
-        return load();
-    }
+    if (view_) return load();
     withOfflineRules([weak = weak_from_this()](WebKitUserContentFilter* rules) {
         const auto self = weak.lock();
         if (!self || self->phase_ != Phase::preparing) return;
         self->makeView(rules);
         self->load();
     });
+}
+
+void PagePrinter::renew() {
+    assert(mainLoop::isMainThread() && phase_ == Phase::idle);
+    if (view_) webkit_web_view_terminate_web_process(view_->web());
 }
 
 void PagePrinter::makeView(WebKitUserContentFilter* rules) {

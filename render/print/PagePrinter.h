@@ -47,6 +47,8 @@ public:
     // Prints the page that was printed last once more to the same file, in a way that holds more of its width. Only
     // after a success; the same holds for done.
     void printWider(Done done);
+    // Has the next page start in a fresh process of the engine.
+    void renew();
 
 private:
     enum class Phase { idle, preparing, loading, measuring, printing };

@@ -10,15 +10,14 @@
 #include "render/loop/MainLoop.h"
 #include "render/print/PageGeometry.h"
 #include "render/print/PagePrinter.h"
+#include "render/print/PrinterPool.h"
 
 #include <cassert>
 #include <chrono>
-#include <functional>
-#include <future>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
-#include <variant>
 
 namespace ostrel {
 
@@ -60,49 +59,103 @@ private:
 
 struct WebPDFRenderer::State {
     State(PaperSize paper_, std::stop_token cancel_, PrintLimits limits)
-        : paper(paper_), cancel(std::move(cancel_)), printer(std::make_shared<PagePrinter>(paper_, limits)) {}
+        : paper(paper_), cancel(std::move(cancel_)), printers(paper_, limits) {}
 
-    PrintedPage engine(const std::function<void(PagePrinter&, PagePrinter::Done)>& begin);
-    pdf::Printed open(const std::filesystem::path& file);
+    // A page that the engine has printed.
+    struct Print {
+        PrintedPage page;
+        pdf::Printed pdf;
+    };
+    Print print(PrinterPool::Use& printer, const Page& page, PrintReport& report);
+    pdf::Printed open(const std::filesystem::path& file, PrintReport& report);
+    std::string finish(Print print, const Page& page, const DocumentInfo& info, PrintReport& report);
+    std::filesystem::path freshFile();
+    void close(PrintReport report);
 
     const PaperSize paper;
     const std::stop_token cancel;
-    std::shared_ptr<PagePrinter> printer;   // main thread only
+    std::optional<Capacity> capacity;   // if it is not the machine's
+    PrinterPool printers;
     ForeignPictures foreignPictures;
     pdf::Finisher finisher;
+    std::once_flag hasLooked;   // at the effects of what we replace
+
+    std::mutex mutex;                        // of what follows
     std::optional<TemporaryFolder> folder;   // what the engine prints, before it is finished
-    unsigned long pages = 0;
-    bool hasLooked = false;   // at the effects of what we replace
-    PrintReport report;
+    unsigned long begunPages = 0, finishedPages = 0;
+    PrintReport lastReport;
 };
 
-// Has the main thread begin something and waits for what comes of it. Throws RenderError.
-PrintedPage WebPDFRenderer::State::engine(const std::function<void(PagePrinter&, PagePrinter::Done)>& begin) {
-    std::promise<PrintOutcome> promise;
-    mainLoop::post(
-        [&] { begin(*printer, [&promise](PrintOutcome outcome) { promise.set_value(std::move(outcome)); }); });
-    PrintOutcome outcome = promise.get_future().get();
-    if (const auto* error = std::get_if<RenderError>(&outcome)) throw *error;
-    auto page = std::get<PrintedPage>(std::move(outcome));
-    report.engine = page.took;
-    ++report.attempts;
-    return page;
+// Prints a page on one printer, again and wider until nothing of it is missing. Throws RenderError when the engine
+// crashes, takes too long or refuses; FileError, pdf::Error when it left nothing that can be read.
+WebPDFRenderer::State::Print WebPDFRenderer::State::print(PrinterPool::Use& printer, const Page& page,
+                                                          PrintReport& report) {
+    const auto file = freshFile();
+    Print print{printer.print(page.html, file), open(file, report)};
+    for (report.attempts = 1; mayLackItsRightEdge(print.pdf) && report.attempts < maxAttempts; ++report.attempts)
+        print = {printer.printWider(), open(file, report)};
+    report.engine = print.page.took;
+    std::error_code ignored;
+    std::filesystem::remove(file, ignored);
+    return print;
 }
 
 // Parses what the engine printed. Throws FileError, pdf::Error.
-pdf::Printed WebPDFRenderer::State::open(const std::filesystem::path& file) {
+pdf::Printed WebPDFRenderer::State::open(const std::filesystem::path& file, PrintReport& report) {
     auto bytes = files::readWhole(file);
     report.printedBytes = bytes.size();
-    if (!std::exchange(hasLooked, true)) overrideEffects::look(bytes.view());
+    std::call_once(hasLooked, [&] { overrideEffects::look(bytes.view()); });
     const Stopwatch time(report.open);
     return pdf::Printed::open(std::move(bytes));
 }
 
-WebPDFRenderer::WebPDFRenderer(Paper paper, std::stop_token cancel, PrintLimits limits)
-    : state_(std::make_unique<State>(paperSize(paper), std::move(cancel), limits)) {}
+std::string WebPDFRenderer::State::finish(Print print, const Page& page, const DocumentInfo& info,
+                                          PrintReport& report) {
+    const pdf::FinishOptions options{.widthPoints = paper.width,
+                                     .heightPoints = paper.height,
+                                     .scale = print.page.scale,
+                                     .title = info.title,
+                                     .author = info.author,
+                                     .created = info.created,
+                                     .language = {},
+                                     .links = {},
+                                     .linkMarks = std::move(print.page.links),
+                                     .text = page.text,
+                                     .pictures = page.pictures};
+    const Stopwatch time(report.finish);
+    auto finished = finisher.finish(std::move(print.pdf), options);
+    report.finishedBytes = finished.pdf.size();
+    report.finished = std::move(finished.report);
+    logLeftOut(report.finished);
+    return std::move(finished.pdf);
+}
 
-WebPDFRenderer::~WebPDFRenderer() {
-    if (!mainLoop::isMainThread()) mainLoop::post([printer = std::move(state_->printer)] {});
+// A name not used before: a job that was given up may still write to its own.
+std::filesystem::path WebPDFRenderer::State::freshFile() {
+    const std::lock_guard held(mutex);
+    if (!folder) folder.emplace("ostrel-print-");
+    return folder->path() / (std::to_string(++begunPages) + ".pdf");
+}
+
+void WebPDFRenderer::State::close(PrintReport report) {
+    const std::lock_guard held(mutex);
+    lastReport = std::move(report);
+    // Short-lived objects of all sizes leave holes, which would add up to three times what is in use.
+    constexpr unsigned long pagesBetweenTrims = 64;
+    if (++finishedPages % pagesBetweenTrims == 0) memory::returnUnused();
+}
+
+WebPDFRenderer::WebPDFRenderer(Paper paper, std::stop_token cancel, PrintLimits limits, std::optional<Capacity> fixed)
+    : state_(std::make_unique<State>(paperSize(paper), std::move(cancel), limits)) {
+    state_->capacity = fixed;
+}
+
+WebPDFRenderer::~WebPDFRenderer() = default;
+
+std::size_t WebPDFRenderer::prepareFor(std::size_t pages) {
+    const Capacity capacity = state_->capacity ? *state_->capacity : Capacity::of(Machine::current(), pages);
+    state_->printers.allow(capacity.engines);
+    return capacity.calls;
 }
 
 void WebPDFRenderer::renderPDF(const Page& asBuilt, const std::filesystem::path& destination,
@@ -110,49 +163,25 @@ void WebPDFRenderer::renderPDF(const Page& asBuilt, const std::filesystem::path&
     assert(!mainLoop::isMainThread());
     State& state = *state_;
     if (state.cancel.stop_requested()) throw RenderCancelled();
+    PrintReport report;
     try {
-        if (!state.folder) state.folder.emplace("ostrel-print-");
-        // A fresh name each time: a job that was given up may still write to the old one.
-        const auto printed = state.folder->path() / (std::to_string(++state.pages) + ".pdf");
         const auto shown = state.foreignPictures.shown(asBuilt);
         const Page& page = shown ? *shown : asBuilt;
-        state.report = {};
-        PrintedPage print =
-            state.engine([&](PagePrinter& printer, auto done) { printer.print(page.html, printed, std::move(done)); });
-        pdf::Printed pdf = state.open(printed);
-        while (mayLackItsRightEdge(pdf) && state.report.attempts < maxAttempts) {
-            print = state.engine([](PagePrinter& printer, auto done) { printer.printWider(std::move(done)); });
-            pdf = state.open(printed);
-        }
-        const pdf::FinishOptions options{.widthPoints = state.paper.width,
-                                         .heightPoints = state.paper.height,
-                                         .scale = print.scale,
-                                         .title = info.title,
-                                         .author = info.author,
-                                         .created = info.created,
-                                         .language = {},
-                                         .links = {},
-                                         .linkMarks = std::move(print.links),
-                                         .text = page.text,
-                                         .pictures = page.pictures};
-        auto finished = [&] {
-            const Stopwatch time(state.report.finish);
-            return state.finisher.finish(std::move(pdf), options);
+        auto print = [&] {
+            PrinterPool::Use printer(state.printers);
+            return state.print(printer, page, report);
         }();
-        state.report.finishedBytes = finished.pdf.size();
-        state.report.finished = std::move(finished.report);
-        logLeftOut(state.report.finished);
-        files::writeAtomically(destination, bytesOf(finished.pdf));
-        std::error_code ignored;
-        std::filesystem::remove(printed, ignored);
-        // Short-lived objects of all sizes leave holes, which would add up to three times what is in use.
-        constexpr unsigned long pagesBetweenTrims = 64;
-        if (state.pages % pagesBetweenTrims == 0) memory::returnUnused();
+        const std::string finished = state.finish(std::move(print), page, info, report);
+        files::writeAtomically(destination, bytesOf(finished));
     } catch (const pdf::Error& error) {
         throw RenderError(RenderError::Kind::writeFailed, error.what());
     }
+    state.close(std::move(report));
 }
 
-const PrintReport& WebPDFRenderer::lastReport() const { return state_->report; }
+PrintReport WebPDFRenderer::lastReport() const {
+    const std::lock_guard held(state_->mutex);
+    return state_->lastReport;
+}
 
 }   // namespace ostrel
