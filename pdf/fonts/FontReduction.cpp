@@ -196,7 +196,9 @@ FontCounts reduceFonts(QPDF& file, const GlyphUse& use, FontSubsetter& subsetter
 
     FontCounts counts;
     const References references(file);
-    for (auto& [bytes, family] : families) {
+    for (auto& entry : families) {
+        const auto& bytes = entry.first;
+        Family& family = entry.second;   // no structured binding, which clang 14 lets no lambda use
         auto program = family.programs.begin()->second;
         const auto keep = [&](const std::string& why) { counts.kept.push_back(nameOf(family) + ": " + why); };
         if (!use.isComplete()) {
