@@ -1,6 +1,8 @@
 #include "pdf/Finisher.h"
 
 #include "pdf/Sharing.h"
+#include "pdf/archival/Conformance.h"
+#include "pdf/archival/Metadata.h"
 #include "pdf/content/Contents.h"
 #include "pdf/fonts/DrawnFonts.h"
 #include "pdf/fonts/FontReduction.h"
@@ -50,7 +52,6 @@ enum class Pass {
     contents,
     linkMarks,
     pageLayout,
-    documentInfo,
     pageText,
     clusterText,
     glyphUse,
@@ -58,10 +59,13 @@ enum class Pass {
     drawnFonts,
     fontReduction,
     typedText,
+    unknownTexts,
     sharedTexts,
     pictures,
+    conformance,
     packing,
     twins,
+    metadata,
     writing
 };
 
@@ -113,33 +117,6 @@ struct Work {
     PassReport* pass = nullptr;   // under way
 };
 
-// "D:20240305090742Z" (ISO 32000-1 §7.9.4); nullopt for years that have not four digits.
-std::optional<std::string> dateText(Instant when) {
-    auto iso = isoUTC(when);
-    if (iso.size() != std::string_view("2024-03-05T09:07:42Z").size() || iso[0] == '-') return std::nullopt;
-    std::erase_if(iso, [](char c) { return c == '-' || c == ':' || c == 'T'; });
-    return "D:" + iso;
-}
-
-void describe(QPDF& file, const FinishOptions& options) {
-    auto info = QPDFObjectHandle::newDictionary();
-    const auto put = [&](const char* key, const std::string& value) {
-        if (!value.empty()) info.replaceKey(key, QPDFObjectHandle::newUnicodeString(value));
-    };
-    put("/Title", options.title);
-    put("/Author", options.author);
-    put("/Creator", "Ostrel");
-    put("/Producer", "Ostrel");
-    if (options.created) put("/CreationDate", dateText(*options.created).value_or(""));
-    file.getTrailer().replaceKey("/Info", file.makeIndirectObject(info));
-
-    auto root = file.getRoot();
-    if (options.language && !options.language->empty())
-        root.replaceKey("/Lang", QPDFObjectHandle::newUnicodeString(*options.language));
-    if (!options.title.empty())
-        root.replaceKey("/ViewerPreferences", QPDFObjectHandle::parse("<< /DisplayDocTitle true >>"));
-}
-
 void takeMarks(Work& work) {
     auto taken = takeLinkMarks(work.file, *work.contents, work.options.linkMarks);
     std::ranges::move(taken.links, std::back_inserter(work.links));
@@ -172,6 +149,26 @@ void packPictures(Work& work) {
     if (counts.tooLarge > 0) work.keep(std::to_string(counts.tooLarge) + " pictures that are too large");
 }
 
+void fillInTexts(Work& work) {
+    if (const auto count = work.texts.fillIn(work.use); count > 0)
+        work.keep(std::to_string(count) + " glyphs of which the characters are not known");
+}
+
+void judge(Work& work) {
+    auto fault = whyNotArchival(work.file, work.texts, work.use);
+    work.result.report.isArchival = fault.empty();
+    if (!fault.empty()) work.keep("not PDF/A: " + fault);
+}
+
+void say(Work& work) {
+    const auto& options = work.options;
+    describe(work.file, {.title = options.title,
+                         .author = options.author,
+                         .created = options.created,
+                         .language = options.language.value_or(""),
+                         .isArchival = work.result.report.isArchival});
+}
+
 void pack(Work& work) {
     work.count(work.contents->pack());
     work.count(work.texts.store());
@@ -183,6 +180,7 @@ void write(Work& work) {
     writer.setObjectStreamMode(qpdf_o_generate);
     writer.setDecodeLevel(qpdf_dl_none);   // streams are packed by then
     writer.setDeterministicID(true);
+    writer.setNewlineBeforeEndstream(true);   // as PDF/A wants it
     writer.write();
     const auto bytes = writer.getBufferSharedPointer();
     work.result.pdf.assign(reinterpret_cast<const char*>(bytes->getBuffer()), bytes->getSize());
@@ -200,7 +198,6 @@ constexpr std::array steps{
     Step{Pass::contents, "contents", Need::essential, [](Work& work) { work.contents.emplace(work.file); }},
     Step{Pass::linkMarks, "linkMarks", Need::optional, takeMarks},
     Step{Pass::pageLayout, "pageLayout", Need::essential, layOut},
-    Step{Pass::documentInfo, "documentInfo", Need::optional, [](Work& work) { describe(work.file, work.options); }},
     Step{Pass::pageText, "pageText", Need::optional, [](Work& work) { work.pageText = pageText(work.options.text); }},
     Step{Pass::clusterText, "clusterText", Need::optional,
          [](Work& work) { nameClusters(*work.contents, work.texts, work.pageText); }},
@@ -211,10 +208,13 @@ constexpr std::array steps{
          [](Work& work) { work.keep(joinDrawnFonts(work.file, *work.contents, work.texts, work.use)); }},
     Step{Pass::fontReduction, "fontReduction", Need::optional, reduceFonts},
     Step{Pass::typedText, "typedText", Need::optional, [](Work& work) { work.texts.makeTyped(); }},
+    Step{Pass::unknownTexts, "unknownTexts", Need::optional, fillInTexts},
     Step{Pass::sharedTexts, "sharedTexts", Need::optional, [](Work& work) { work.texts.share(work.use); }},
     Step{Pass::pictures, "pictures", Need::optional, packPictures},
+    Step{Pass::conformance, "conformance", Need::optional, judge},
     Step{Pass::packing, "packing", Need::essential, pack},
     Step{Pass::twins, "twins", Need::optional, [](Work& work) { work.count(shareTwins(work.file)); }},
+    Step{Pass::metadata, "metadata", Need::optional, say},
     Step{Pass::writing, "writing", Need::essential, write},
 };
 static_assert([] {

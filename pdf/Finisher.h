@@ -46,6 +46,7 @@ struct FinishReport {
     std::size_t fontsReduced = 0;   // font programs cut down to the glyphs in use
     std::size_t fontsKept = 0;      // font programs left whole
     std::size_t jpegsRestored = 0;
+    bool isArchival = false;            // says that it is PDF/A-2u (ISO 19005-2)
     std::vector<PassReport> passes{};   // in the order done
 };
 

@@ -56,6 +56,39 @@ void FontTexts::replace(const std::vector<QPDFObjectHandle>& fonts, ToUnicode ma
     for (auto font : fonts) font.replaceKey("/ToUnicode", stream);
 }
 
+void FontTexts::add(QPDFObjectHandle font, const CodeTexts& more) {
+    auto* const table = tableOf(font);
+    if (!table || !table->map) return;
+    for (const auto& [code, text] : more) {
+        auto& own = table->map->texts[code];
+        if (isText(own)) continue;
+        own = text;
+        table->isChanged = true;
+    }
+}
+
+std::size_t FontTexts::fillIn(const GlyphUse& use) {
+    std::size_t filled = 0;
+    for (const auto& [id, shown] : use.codesOf()) {
+        auto font = file_.getObject(id);
+        if (shown.any() && font.isDictionary() && !font.hasKey("/ToUnicode"))
+            replace({font}, {font.getKey("/Subtype").isNameAndEquals("/Type0") ? 2u : 1u, {}});
+        auto* const table = tableOf(font);
+        if (!table || !table->map) continue;
+        auto& texts = table->map->texts;
+        for (auto code = shown._Find_first(); code < shown.size(); code = shown._Find_next(code)) {
+            auto& text = texts[static_cast<int>(code)];
+            if (isText(text)) continue;
+            text = u"\uFFFD";
+            table->isChanged = true;
+            ++filled;
+        }
+        // Of glyphs that are not shown nobody asks for the text.
+        if (std::erase_if(texts, [](const auto& entry) { return !isText(entry.second); }) > 0) table->isChanged = true;
+    }
+    return filled;
+}
+
 void FontTexts::makeTyped() {
     for (auto& object : file_.getAllObjects())
         if (object.isDictionaryOfType("/Font")) tableOf(object);

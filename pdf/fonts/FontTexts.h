@@ -23,6 +23,12 @@ public:
     // Gives the fonts one new table.
     void replace(const std::vector<QPDFObjectHandle>& fonts, ToUnicode map);
 
+    // Adds texts for codes of the font that have none yet.
+    void add(QPDFObjectHandle font, const CodeTexts& more);
+
+    // Gives each code that is shown and still has no text the character for unknown ones, U+FFFD. Returns their number.
+    std::size_t fillIn(const GlyphUse& use);
+
     // Makes every font say what its glyphs mean in the characters that people type (see asTyped), so that a search
     // finds them. Tables that are not understood stay as they are.
     void makeTyped();

@@ -70,6 +70,10 @@ bool takeCodeSpace(ToUnicode& map, const std::vector<std::string_view>& strings)
 
 }   // namespace
 
+bool isText(std::u16string_view text) {
+    return !text.empty() && text.find_first_of(std::u16string_view(u"\0\uFEFF\uFFFE", 3)) == text.npos;
+}
+
 std::optional<ToUnicode> parseToUnicode(std::string_view cmap) {
     enum class Section { none, codeSpace, characters, ranges } section = Section::none;
     ToUnicode map;

@@ -17,6 +17,9 @@ struct ToUnicode {
     bool operator==(const ToUnicode&) const = default;
 };
 
+// False for an empty text and for characters that are none: U+0000, U+FEFF, U+FFFE (ISO 19005-2 §6.2.11.7.2).
+bool isText(std::u16string_view text);
+
 // Reads a ToUnicode CMap. nullopt if there is anything in it but a plain list of codes, because what is not understood
 // must not get lost.
 std::optional<ToUnicode> parseToUnicode(std::string_view cmap);

@@ -117,10 +117,10 @@ void place(Contents& contents, QPDFPageObjectHelper& page, const Placement& plac
     if (auto* const content = contents.find(dict.getKey("/Contents"))) content->resources = dict.getKey("/Resources");
 }
 
-// Written out here and handed on as one token: a mail with thousands of links would spend most of its time on the
-// nine objects that each of them is.
+// Printed with the page, if there were anything to see (F 4). Written out here and handed on as one token: a mail with
+// thousands of links would spend most of its time on the nine objects that each of them is.
 QPDFObjectHandle linkAnnotation(const Rectangle& area, const std::string& target) {
-    std::string text = "<< /Type /Annot /Subtype /Link /Border [ 0 0 0 ] /Rect [";
+    std::string text = "<< /Type /Annot /Subtype /Link /F 4 /Border [ 0 0 0 ] /Rect [";
     for (const double side : {area.llx, area.lly, area.urx, area.ury}) {
         std::array<char, 32> digits;   // within the paper, so enough
         const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), std::round(side * 100) / 100);

@@ -76,6 +76,9 @@ public:
         return {nullptr, 0};
     }
 
+    // Texts for glyphs that the engine tells none of.
+    const CodeTexts& untold() const { return untold_; }
+
 private:
     void learn(const std::u32string& word) {
         hb_codepoint_t glyph = 0;
@@ -111,13 +114,31 @@ private:
         for (const char16_t glyph : glyphs)
             if (const auto found = told_.find(glyph); found != told_.end()) told += found->second;
         longest_ = std::max(longest_, glyphs.size());
+        tell(glyphs, text);
         // Readers sort glyphs by their place, and take a mark of no width for the next letter's or for a gap.
         const bool isTold = told == text && glyphs.size() == 1;
         clusters_.try_emplace(std::move(glyphs), Cluster{std::move(text), isTold});
     }
 
+    // The first glyph without a text takes what the others leave of the cluster's. The rest say that nothing stands
+    // between their neighbours. Readers that know ActualText see neither.
+    void tell(const Glyphs& glyphs, std::u16string_view text) {
+        std::u16string left(text);
+        for (const char16_t glyph : glyphs) {
+            const auto found = told_.find(glyph);
+            if (found == told_.end() || !isText(found->second)) continue;
+            if (const auto at = left.find(found->second); at != left.npos) left.erase(at, found->second.size());
+        }
+        constexpr char16_t wordJoiner = 0x2060;
+        for (const char16_t glyph : glyphs) {
+            const auto found = told_.find(glyph);
+            if (found != told_.end() && isText(found->second)) continue;
+            untold_.try_emplace(glyph, left.empty() ? std::u16string(1, wordJoiner) : std::exchange(left, {}));
+        }
+    }
+
     FontPtr font_;
-    CodeTexts told_;
+    CodeTexts told_, untold_;
     BufferPtr buffer_;
     std::unordered_map<Glyphs, Cluster> clusters_;
     std::size_t longest_ = 0;
@@ -153,14 +174,24 @@ public:
     const Reading* of(QPDFObjectHandle font) {
         if (!font.isIndirect()) return nullptr;
         const auto place = readings_.try_emplace(font.getObjGen());
-        if (place.second) place.first->second = readingOf(font, texts_, words_);
-        return place.first->second.get();
+        if (place.second) place.first->second = {font, readingOf(font, texts_, words_)};
+        return place.first->second.reading.get();
+    }
+
+    // Hands on what was learnt of glyphs without a text.
+    void tellUntold() {
+        for (const auto& [id, read] : readings_)
+            if (read.reading) texts_.add(read.font, read.reading->untold());
     }
 
 private:
     FontTexts& texts_;
     std::set<std::u32string> words_;
-    std::map<QPDFObjGen, std::unique_ptr<Reading>> readings_;
+    struct Read {
+        QPDFObjectHandle font;
+        std::unique_ptr<Reading> reading;
+    };
+    std::map<QPDFObjGen, Read> readings_;
 };
 
 // Goes through one content and puts marks round the glyphs of clusters.
@@ -276,6 +307,7 @@ std::size_t nameClusters(Contents& contents, FontTexts& texts, const PageText& p
         contents.replace(content, std::move(*named));
         ++changed;
     }
+    readings.tellUntold();
     return changed;
 }
 

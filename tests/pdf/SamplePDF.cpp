@@ -32,9 +32,11 @@ void SamplePDF::page(const std::string& content, const std::string& resources, d
     file_.addPage(page, false);
 }
 
-std::string SamplePDF::bytes(Streams streams) {
-    QPDFWriter writer(file_);
-    writer.setCompressStreams(streams == Streams::packed);
+std::string SamplePDF::bytes(Streams streams) { return written(file_, streams == Streams::packed); }
+
+std::string written(QPDF& file, bool packed) {
+    QPDFWriter writer(file);
+    writer.setCompressStreams(packed);
     writer.setOutputMemory();
     writer.setObjectStreamMode(qpdf_o_disable);
     writer.setDeterministicID(true);

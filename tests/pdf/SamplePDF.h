@@ -30,6 +30,8 @@ private:
     QPDF file_;
 };
 
+std::string written(QPDF& file, bool packed = true);
+
 std::string ref(QPDFObjectHandle object);
 
 // Fonts as the engine writes them, to refer to; texts as pdf::ToUnicode has them. One whose codes are the glyphs of a

@@ -3,6 +3,7 @@
 #include "platform/Files.h"
 #include "platform/TemporaryFolder.h"
 #include "render/print/WebPDFRenderer.h"
+#include "tests/pdf/archival/ArchivalRules.h"
 #include "tests/render/PrintedPDF.h"
 
 #include <filesystem>
@@ -17,10 +18,13 @@ namespace ostrel {
 // A renderer and a folder to print into.
 class Printing : public testing::Test {
 protected:
-    // Prints to a fresh file and gives its path.
+    // Prints to a fresh file and gives its path. Every page that a test prints keeps the rules for archives.
     std::filesystem::path print(const std::string& html, WebPDFRenderer& with) {
         const auto path = folder.path() / ("page " + std::to_string(++printed_) + ".pdf");
-        with.renderPDF(makePage(html), path, {});
+        with.renderPDF(makePage(html), path, {.title = "<A & B>", .author = "Ann", .created = Instant{}});
+        EXPECT_TRUE(with.lastReport().finished.isArchival) << html.substr(0, 500);
+        const Bytes pdf = files::readWhole(path);
+        EXPECT_EQ(test::brokenArchivalRules(std::string(charsOf(pdf.view()))), std::vector<std::string>());
         return path;
     }
     std::filesystem::path print(const std::string& html) { return print(html, renderer); }
