@@ -24,6 +24,9 @@ using i18n::trCount;
 // sizes reach what PDF readers still open.
 constexpr double mostEnlargement = 100;
 
+// What is ours on the page is shrunk with it, but not until nobody can read it.
+constexpr double mostShrinkingOfFrame = 3;
+
 // A print job that ends with no file was mostly cut short by the engine's process going down, which is reported apart.
 constexpr auto crashNews = 1s;
 
@@ -171,9 +174,10 @@ void PagePrinter::startPrinting() {
     if (!view_->setPageMargins(pageGeometry::verticalMargin * enlargement_,
                                pageGeometry::horizontalMargin * enlargement_))
         return printNow();
-    evaluate("document.documentElement.offsetHeight", [page = page_](PagePrinter& self, GAsyncResult*) {
-        if (self.page_ == page && self.phase_ == Phase::measuring) self.printNow();
-    });
+    evaluate(pageScripts::layOut(enlargement_ / mostShrinkingOfFrame),
+             [page = page_](PagePrinter& self, GAsyncResult*) {
+                 if (self.page_ == page && self.phase_ == Phase::measuring) self.printNow();
+             });
 }
 
 void PagePrinter::printNow() {

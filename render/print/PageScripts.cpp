@@ -5,6 +5,8 @@
 #include <initializer_list>
 #include <string_view>
 
+#include <nlohmann/json.hpp>
+
 namespace ostrel::pageScripts {
 namespace {
 
@@ -27,6 +29,12 @@ const std::string& prepareAndMeasure() {
 const std::string& squeezeAndMeasure() {
     static const std::string text = script({embedded::squeeze_and_measure_js}, "squeezeAndMeasure");
     return text;
+}
+
+std::string layOut(double frameFactor) {
+    const std::string factor = nlohmann::json(frameFactor).dump();   // a number as scripts write it, in any locale
+    return (frameFactor > 1 ? "globalThis.enlargeFrame?.(" + factor + ");" : "") +
+           "document.documentElement.offsetHeight";
 }
 
 }   // namespace ostrel::pageScripts

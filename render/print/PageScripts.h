@@ -15,4 +15,7 @@ const std::string& prepareAndMeasure();
 // it is held to a fixed width and lines break.
 const std::string& squeezeAndMeasure();
 
+// Has the page laid out, what frames the mail enlarged by the factor if that is more than 1.
+std::string layOut(double frameFactor);
+
 }   // namespace ostrel::pageScripts

@@ -2,6 +2,7 @@
 
 #include "render/engine/ReducedFonts.h"
 #include "render/loop/MainLoop.h"
+#include "render/view/PageFrame.h"
 
 #include <array>
 #include <cassert>
@@ -138,13 +139,13 @@ void EngineView::install(WebKitUserContentFilter* offlineRules) {
 
 bool EngineView::setPageMargins(double verticalPoints, double horizontalPoints) {
     const std::string rule = "@page{margin:" + points(verticalPoints) + " " + points(horizontalPoints) + " !important}";
-    return setUserStyles(rule, tabRule_);
+    return setUserStyles(rule, otherRules_);
 }
 
-bool EngineView::setUserStyles(const std::string& pageRule, std::string_view tabRule) {
+bool EngineView::setUserStyles(const std::string& pageRule, std::string_view otherRules) {
     pageRule_ = pageRule;
-    tabRule_ = tabRule;
-    const std::string source = std::string(userStyles).append(tabRule) + pageRule;
+    otherRules_ = otherRules;
+    const std::string source = std::string(userStyles).append(otherRules) + pageRule;
     if (source == styleSource_) return false;
     styleSource_ = source;
     if (styles_) webkit_user_content_manager_remove_style_sheet(content_.get(), styles_.get());   // only ours
@@ -154,10 +155,25 @@ bool EngineView::setUserStyles(const std::string& pageRule, std::string_view tab
     return true;
 }
 
-void EngineView::load(std::string html) {
+void EngineView::setFrame(const std::string& script) {
+    if (frame_) webkit_user_content_manager_remove_script(content_.get(), frame_.get());
+    frame_.reset();
+    if (script.empty()) return;
+    frame_.reset(webkit_user_script_new_for_world(script.c_str(), WEBKIT_USER_CONTENT_INJECT_TOP_FRAME,
+                                                  WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_END, isolatedWorld, nullptr,
+                                                  nullptr));
+    webkit_user_content_manager_add_script(content_.get(), frame_.get());
+}
+
+void EngineView::load(std::string html, std::string_view padding) {
     assert(mainLoop::isMainThread());
+    auto framed = pageFrame::framed(html, padding);
+    setFrame(framed ? framed->script : "");
+    std::string rules(framed ? pageFrame::userStyles : "");
+    if (framed) html = std::move(framed->document);
     if (html.empty()) html = "\n";   // the engine refuses no bytes at all
-    setUserStyles(pageRule_, mayHaveTabs(html) ? "" : tabsAreNothing);
+    if (!mayHaveTabs(html)) rules += tabsAreNothing;
+    setUserStyles(pageRule_, rules);
     // Not load_html, which ends the page at a NUL.
     const auto page = new std::string(std::move(html));
     const GBytesPtr bytes(g_bytes_new_with_free_func(

@@ -33,23 +33,26 @@ public:
     // The margins that the pages of this view get when printed, whatever the page itself asks for, in points. False
     // when they had these before.
     bool setPageMargins(double verticalPoints, double horizontalPoints);
-    // Loads a page from its text, of any size and content. Relative addresses lead nowhere. One load at a time: the
-    // next one waits until this one is committed or has failed.
-    void load(std::string html);
+    // Loads a page from its text, of any size and content; a message page stands in its frame (PageFrame.h), with the
+    // padding given around it. Relative addresses lead nowhere. One load at a time: the next one waits until this one
+    // is committed or has failed.
+    void load(std::string html, std::string_view padding = {});
     // Whether a load "failed" only because it was not to go on: the page wanted to be elsewhere, or was replaced.
     static bool isRefusal(const GError* error);
 
 private:
     static gboolean decidePolicy(WebKitWebView*, WebKitPolicyDecision*, WebKitPolicyDecisionType, gpointer) noexcept;
-    bool setUserStyles(const std::string& pageRule, std::string_view tabRule);   // false: they are these already
+    bool setUserStyles(const std::string& pageRule, std::string_view otherRules);   // false: they are these already
+    void setFrame(const std::string& script);                                       // empty: none
 
     GRef<WebKitUserContentManager> content_;
     GRef<WebKitWebView> view_;
     LinkOpener opensOutside_;
     std::string pageRule_;
-    std::string_view tabRule_;
+    std::string otherRules_;
     std::string styleSource_;   // of the next
     std::unique_ptr<WebKitUserStyleSheet, Releaser<webkit_user_style_sheet_unref>> styles_;
+    std::unique_ptr<WebKitUserScript, Releaser<webkit_user_script_unref>> frame_;
     bool isOurOwnLoad_ = false;   // until the engine has asked about it
     SignalHandler policy_;
 };

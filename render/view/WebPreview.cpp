@@ -17,6 +17,7 @@ namespace ostrel {
 namespace {
 
 constexpr std::string_view paddingRule = "body{background:#fff;padding:18px 22px}";
+constexpr std::string_view padding = "18px 22px";
 constexpr std::string_view styleEnd = "</style>";
 
 // What the menu of the second button offers: the rest would leave the page, load something or save it unasked.
@@ -131,7 +132,7 @@ private:
     void load() {
         loading_ = shown_;
         limit_ = mainLoop::Timer(isStarted_ ? patience_.next : patience_.start, [this] { giveUp(); });
-        engine_.load(withPadding(*loading_));
+        engine_.load(withPadding(*loading_), padding);
     }
 
     void committed() {

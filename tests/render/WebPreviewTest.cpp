@@ -1,3 +1,5 @@
+#include "core/message/MailMessage.h"
+#include "core/page/MessageHTML.h"
 #include "render/loop/GRef.h"
 #include "render/loop/MainLoop.h"
 #include "render/view/EngineView.h"
@@ -89,6 +91,24 @@ TEST_F(WebPreviewTest, AddsThePaddingToTheFirstStyleSheetOnly) {
     for (const auto& row : rows) EXPECT_EQ(WebPreview::withPadding(row.page), row.expected) << row.why;
     show("<style>p{color:red}</style><p>text</p>");
     EXPECT_EQ(inPage("getComputedStyle(document.body).padding"), "18px 22px");
+}
+
+TEST_F(WebPreviewTest, PutsAMailIntoItsFrame) {
+    MailMessage mail;
+    mail.subject = "The subject";
+    mail.attachments = {
+        {.filename = "report.txt", .mimeType = "text/plain", .contentID = {}, .partNumber = "2", .source = Bytes()}};
+    mail.htmlBody =
+        "<style>h1, html, ostrel-frame { display: none !important }</style>"
+        "<p style='position:absolute;top:-99px;height:900px;width:100%;z-index:9'>text<textarea>";
+    show(MessageHTML::page(mail, "", "", std::nullopt, {}).html);
+    EXPECT_EQ(inPage("[...document.documentElement.children].map(box => box.localName).join(' ')"),
+              "head ostrel-frame ostrel-frame body ostrel-frame");
+    const std::string frame = "document.getElementsByTagName('ostrel-frame')";
+    EXPECT_EQ(inPage(frame + "[1].shadowRoot"), "null") << "closed";
+    EXPECT_EQ(inPage(frame + "[1].getBoundingClientRect().top"), "0");
+    EXPECT_EQ(inPage(frame + "[1].getBoundingClientRect().height > 60"), "true");
+    EXPECT_EQ(inPage("document.querySelector('textarea').value"), "");
 }
 
 TEST_F(WebPreviewTest, LoadsAPageOnceAndTheLastOfASeries) {

@@ -15,6 +15,8 @@ const hasText = box => {
 const flattens = style => style.mixBlendMode != 'normal' || /text/.test(style.webkitBackgroundClip) ||
     ['filter', 'backdropFilter', 'clipPath', 'webkitMaskImage', 'webkitMaskBoxImageSource', 'webkitBoxReflect']
         .some(name => (style[name] || 'none') != 'none');
+// The body's own clip is ours, and cuts off nothing that has a place on the page.
+const isFlattened = box => box.localName != 'body' && flattens(getComputedStyle(box));
 const isSeen = box => box.checkVisibility?.({ checkOpacity: true, checkVisibilityCSS: true }) !== false;
 const rectsOf = link => {
     const range = document.createRange(), whole = [], most = 50;

@@ -9,7 +9,7 @@ const markLinks = text => {
     const apart = new Set(), outlined = new Set();
     if (/filter|blend|clip|mask|reflect|\\/i.test(text)) {
         for (const box of document.getElementsByTagName('*'))
-            if (apart.has(box.parentElement) || flattens(getComputedStyle(box))) apart.add(box);
+            if (apart.has(box.parentElement) || isFlattened(box)) apart.add(box);
     }
     const marks = [], hostMarks = [], links = [];
     let colours = 0;
