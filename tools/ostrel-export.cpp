@@ -83,11 +83,12 @@ public:
 
     void prepare() {
         index_ = scan(command_.mailFolder, stop_);
-        MessageFilter filter;
-        // An update prefers of duplicates the one that the export has.
-        filter.skipDuplicates = settings_.skipDuplicates && !command_.isUpdate;
-        messages_ = filter.apply(index_.messages, calendar_);
-        if (!command_.isUpdate) return;
+        if (!command_.isUpdate) {
+            messages_ = MessageFilter{.skipDuplicates = settings_.skipDuplicates}.apply(index_.messages, calendar_);
+            return;
+        }
+        // Of duplicates an update prefers the one that the export has: it gets them all.
+        for (const MessageSummary& message : index_.messages) messages_.push_back(&message);
         update_.emplace(Update::Request{command_.folder, messages_, ExportPlan::mailboxNames(index_), plan(),
                                         settings_.skipDuplicates},
                         stop_);

@@ -54,14 +54,14 @@ ExportRun::ExportRun(Folder folder, std::vector<Item> items, const ExportSetting
       threads_(threadsOf(items_)),
       claims_(folder_.claims) {
     result_.folder = folder_.path;
-    for (const Item& item : items_) {
-        if (!item.filed.name.empty()) names_.giveAgain(wishedName(*item.summary), item.filed.name);
-    }
 }
 
 ExportResult ExportRun::run(PDFRendering* renderer, const std::function<void(const ExportProgress&)>& progress,
                             const std::stop_token& cancel) {
     renderer_ = renderer;
+    for (const Item& item : items_) {
+        if (!item.filed.name.empty()) names_.giveAgain(wishedName(*item.summary), item.filed.name);
+    }
     journal_.emplace(folder_.path / Archive::journalName);
     journal_->append(ArchiveLine::write(ArchiveLine::Beginning{folder_.isUpdate}));
     const auto due = static_cast<std::size_t>(std::ranges::count_if(items_, &Item::isDue));
@@ -303,8 +303,8 @@ std::vector<ArchivedFile> ExportRun::messageFiles() const {
     return all;
 }
 
-std::vector<ArchivedFile> ExportRun::sums() const {
-    std::vector<ArchivedFile> all = {{Archive::messagesName, sha256(bytesOf(messageLines()))}};
+std::vector<ArchivedFile> ExportRun::sums(const std::optional<Digest>& lines) const {
+    std::vector<ArchivedFile> all = {{Archive::messagesName, lines ? *lines : sha256(bytesOf(messageLines()))}};
     if (settings_.csv) all.push_back({Archive::indexName, sha256(bytesOf(index()))});
     std::ranges::move(messageFiles(), std::back_inserter(all));
     return all;

@@ -47,8 +47,9 @@ public:
     ExportResult run(PDFRendering* renderer, const std::function<void(const ExportProgress&)>& progress,
                      const std::stop_token& cancel);
 
-    // What the sums would say if nothing were exported.
-    std::vector<ArchivedFile> sums() const;
+    // What the sums would say if nothing were exported. lines: the digest of those about the messages, where it is
+    // known.
+    std::vector<ArchivedFile> sums(const std::optional<Digest>& lines) const;
     // The names of all files that are the export's.
     std::unordered_set<std::string> ownNames() const;
 

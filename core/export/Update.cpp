@@ -49,14 +49,15 @@ public:
     }
 
     // That of the message file, if nothing about it has changed.
-    std::optional<std::size_t> unchanged(const std::string& path, const fs::path& file,
-                                         const MessageSummary& summary) const {
+    std::optional<std::size_t> unchanged(const std::string& path, const MessageSummary& summary) const {
         const auto [first, last] = byPath_.equal_range(path);
+        if (first == last) return std::nullopt;
+        const auto file = files::status(summary.url.native());
+        if (!file || !file->isRegularFile) return std::nullopt;
         for (auto at = first; at != last; ++at) {
             const ArchivedMessage& message = messages_[at->second];
             if (isMatched_[at->second] || !message.digest || message.summary.messageID != summary.messageID) continue;
-            if (files::size(file) == message.size && files::modificationDate(file) == message.modified)
-                return at->second;
+            if (file->size == message.size && file->modified == message.modified) return at->second;
         }
         return std::nullopt;
     }
@@ -89,7 +90,7 @@ public:
     template <typename Take>
     void eachUnmatched(Take take) {
         for (std::size_t i = 0; i < messages_.size(); ++i) {
-            if (!isMatched_[i]) take(messages_[i]);
+            if (!isMatched_[i]) take(i, messages_[i]);
         }
     }
 
@@ -107,6 +108,7 @@ public:
         const MessageSummary* summary;
         std::string path;                        // below the mail folder
         std::optional<std::size_t> place = {};   // in the holdings
+        bool isUnchanged = false;                // its file, since the archive was written
         bool isCopy = false;                     // of bytes that the archive has
     };
 
@@ -120,8 +122,9 @@ public:
 
     void matchUnchanged() {
         for (Candidate& candidate : candidates_) {
-            const auto place = holdings_.unchanged(candidate.path, candidate.summary->url, *candidate.summary);
+            const auto place = holdings_.unchanged(candidate.path, *candidate.summary);
             if (place) hold(candidate, *place);
+            candidate.isUnchanged = place.has_value();
         }
     }
     // Reads what is left: it may have been moved, or its file have changed around the message.
@@ -167,6 +170,19 @@ private:
     std::vector<Candidate> candidates_;
     std::unordered_set<std::string_view> identifiers_;   // of those held so far
 };
+
+struct PlacedItem {
+    Item item;
+    std::optional<std::size_t> place;   // in the holdings
+};
+
+// Whether the line of the message would be the one that the archive has.
+bool isSameLine(const ArchivedMessage& archived, const MessageSummary& summary, const std::string& mailbox) {
+    const MessageSummary& before = archived.summary;
+    return archived.mailbox == mailbox && before.subject == summary.subject && before.date == summary.date &&
+           before.messageID == summary.messageID && before.from == summary.from && before.to == summary.to &&
+           before.cc == summary.cc && before.inReplyTo == summary.inReplyTo && before.references == summary.references;
+}
 
 // More than were there when the message was exported: the mail program has downloaded them since.
 bool hasMoreAttachments(const Item& item) {
@@ -227,8 +243,8 @@ void Update::readArchive() {
     archive_ = Archive::read(request_.folder);
     present_ = listArchive(request_.folder);
     for (auto file = present_.begin(); file != present_.end();) {
-        const auto name = fs::path(file->first).filename().native();
-        if (isArchiveName(file->first) && files::isUnfinishedName(name)) {
+        const std::string_view name = std::string_view(file->first).substr(file->first.rfind('/') + 1);
+        if (files::isUnfinishedName(name) && isArchiveName(file->first)) {
             files::remove(request_.folder / file->first);
             file = present_.erase(file);
         } else {
@@ -241,7 +257,7 @@ void Update::readArchive() {
         throw UpdateError(UpdateError::Kind::noArchive, request_.folder);
 
     // What the sums name and no message has, because the lines of that message are lost, is this export's own.
-    std::unordered_set<std::string> known = {Archive::indexName, Archive::messagesName};
+    std::unordered_set<std::string_view> known = {Archive::indexName, Archive::messagesName};
     for (const ArchivedMessage& message : archive_.messages) {
         for (const ArchivedFile& file : message.files) known.insert(file.name);
     }
@@ -253,31 +269,43 @@ void Update::readArchive() {
     }
     const auto lines = std::ranges::find(archive_.sums, Archive::messagesName, &ArchivedFile::name);
     hasChangedLines_ = lines == archive_.sums.end() || archive_.messagesDigest != lines->digest;
+    hasSameLines_ = !hasChangedLines_ && archive_.damagedMessages == 0;
 }
 
 // An item for each message that is to be in the archive, oldest first.
 std::vector<Item> Update::match(const std::stop_token& cancel) {
+    const std::size_t archived = archive_.messages.size();
     Holdings holdings(std::move(archive_.messages));
     Matching matching(holdings, request_);
     matching.matchUnchanged();
     matching.matchByBytes(cancel);
-    std::vector<Item> items;
+    std::vector<PlacedItem> items;
     matching.eachWanted(archive_.isFirstRun, [&](Matching::Candidate& candidate) {
         const auto mailbox = request_.mailboxNames.find(candidate.summary->mailboxID);
         Item item{candidate.summary, mailbox == request_.mailboxNames.end() ? std::string() : mailbox->second};
         if (candidate.place) {
-            item.filed = holdings.match(*candidate.place);
-            refresh(item.filed, candidate.summary->url, std::move(candidate.path));
+            ArchivedMessage& message = holdings.match(*candidate.place);
+            hasSameLines_ = hasSameLines_ && candidate.isUnchanged && isSameLine(message, *item.summary, item.mailbox);
+            item.filed = std::move(static_cast<FiledMessage&>(message));
+            if (!candidate.isUnchanged || hasChangedLines_)
+                refresh(item.filed, candidate.summary->url, std::move(candidate.path));
         }
-        items.push_back(std::move(item));
+        items.push_back({std::move(item), candidate.place});
     });
-    holdings.eachUnmatched([&](ArchivedMessage& message) {
+    holdings.eachUnmatched([&](std::size_t place, ArchivedMessage& message) {
         if (message.files.empty()) return;   // it came to nothing, and there is nothing of it to keep
         gone_.push_back(std::move(message.summary));
-        items.push_back({&gone_.back(), std::move(message.mailbox), true, std::move(message)});
+        items.push_back({{&gone_.back(), std::move(message.mailbox), true, std::move(message)}, place});
     });
-    std::ranges::stable_sort(items, {}, [](const Item& item) { return item.summary->date; });
-    return items;
+    std::ranges::stable_sort(items, {}, [](const PlacedItem& placed) { return placed.item.summary->date; });
+    hasSameLines_ = hasSameLines_ && items.size() == archived;
+    std::vector<Item> sorted;
+    sorted.reserve(items.size());
+    for (PlacedItem& placed : items) {
+        hasSameLines_ = hasSameLines_ && placed.place == sorted.size();
+        sorted.push_back(std::move(placed.item));
+    }
+    return sorted;
 }
 
 // The message file as it is now. Of lines that have been changed the digest is not believed.
@@ -340,7 +368,8 @@ void Update::markDue(std::vector<Item>& items) {
 
 bool Update::isUpToDate() const {
     const bool isSealed = !isTouched_ || !lost_.empty();
-    return due_ == 0 && isSealed && !archive_.isUnfinished && archive_.hasMessages && run_->sums() == archive_.sums;
+    if (due_ > 0 || !isSealed || archive_.isUnfinished || !archive_.hasMessages) return false;
+    return run_->sums(hasSameLines_ ? archive_.messagesDigest : std::nullopt) == archive_.sums;
 }
 
 ExportResult Update::run(PDFRendering* renderer, const std::function<void(const ExportProgress&)>& progress,

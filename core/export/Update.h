@@ -74,6 +74,7 @@ private:
     std::list<MessageSummary> gone_;     // of messages that the mail folder has no longer
     std::vector<ArchivedFile> others_;   // files that the sums name and no message has
     bool hasChangedLines_ = false;       // the lines about the messages are not those that were written
+    bool hasSameLines_ = false;          // nor would they be written in another way now
     bool isTouched_ = true;              // something has changed in the folder since the sums were written
     bool isCancelled_ = false;           // before everything was looked at
     std::size_t due_ = 0, held_ = 0;
