@@ -20,7 +20,7 @@ constexpr Operator operatorNamed(std::string_view letters) {
     for (const char c : letters) all = all << 8 | static_cast<unsigned char>(c);
     return all;
 }
-consteval Operator operator""_op(const char* letters, std::size_t count) {
+constexpr Operator operator""_op(const char* letters, std::size_t count) {
     return operatorNamed(std::string_view(letters, count));
 }
 
