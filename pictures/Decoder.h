@@ -48,7 +48,8 @@ public:
 
     enum class Alpha { within, apart };
     // HEIC, TIFF and JPEG 2000 become PNG or, where they were packed with losses, JPEG; the first page of a PDF becomes
-    // SVG. PNG becomes PNG of 8 bits and without interlacing.
+    // SVG. PNG, and the first picture of GIF and WebP, become the same without interlacing and with 8 bits or a
+    // palette.
     std::variant<Decoded, NotDecoded> decode(ByteView picture, Alpha alpha = Alpha::within);
 
     static std::filesystem::path installedProgram();

@@ -101,10 +101,7 @@ private:
     std::uint32_t count_ = 0;
 };
 
-struct Adobe {
-    bool isThere = false;
-    std::uint32_t transform = 0;   // 0: as they are, 1: YCbCr, 2: YCCK
-};
+using Transform = std::optional<std::uint32_t>;   // 0: as they are, 1: YCbCr, 2: YCCK
 
 // bits(1) height(2) width(2) components(1), then three bytes for each, its name first
 struct Frame {
@@ -115,20 +112,35 @@ struct Frame {
 };
 
 // As libjpeg guesses, which the engine uses.
-JPEGColours coloursOf(const Frame& frame, bool isJFIF, const Adobe& adobe) {
+JPEGColours coloursOf(const Frame& frame, bool isJFIF, Transform adobe) {
     switch (frame.components()) {
         case 1:
             return JPEGColours::grey;
         case 3:
             if (isJFIF) return JPEGColours::yCbCr;
-            if (adobe.isThere) return adobe.transform == 0 ? JPEGColours::rgb : JPEGColours::yCbCr;
+            if (adobe) return *adobe == 0 ? JPEGColours::rgb : JPEGColours::yCbCr;
             return frame.name(0) == 'R' && frame.name(1) == 'G' && frame.name(2) == 'B' ? JPEGColours::rgb
                                                                                         : JPEGColours::yCbCr;
         case 4:
-            return adobe.isThere && adobe.transform == 2 ? JPEGColours::ycck : JPEGColours::cmyk;
+            return adobe == 2u ? JPEGColours::ycck : JPEGColours::cmyk;
         default:
             return JPEGColours::other;
     }
+}
+
+// Behind the EOI marker that follows the scans; 0 if there is none. Within a scan FF comes with 00 or a restart marker.
+std::size_t endOf(std::string_view file, std::size_t at) {
+    while ((at = file.find('\xFF', at)) != std::string_view::npos && at + 1 < file.size()) {
+        const auto marker = byteAt(file, at + 1);
+        if (marker == eoi) return at + 2;
+        if (marker == 0xFF) {
+            ++at;
+            continue;
+        }
+        const auto segment = segmentAt(file, at);
+        at = segment ? segment->end : at + 2;
+    }
+    return 0;
 }
 
 bool isNeeded(std::uint32_t marker, std::string_view content) {
@@ -146,7 +158,6 @@ std::optional<JPEGHeader> readJPEGHeader(ByteView picture) {
     const auto file = charsOf(picture);
     JPEGHeader header;
     Frame frame;
-    Adobe adobe;
     Profile profile;
     bool isJFIF = false;
     std::optional<Orientation> orientation;
@@ -159,7 +170,7 @@ std::optional<JPEGHeader> readJPEGHeader(ByteView picture) {
         if (marker == app1 && !orientation) orientation = exifOrientation(content);
         if (marker == app2) profile.add(content);
         if (marker == app14 && content.starts_with("Adobe") && content.size() >= 12)
-            adobe = {true, byteAt(content, 11)};
+            header.transform = byteAt(content, 11);
         if (isFrame(marker)) frame = {marker, content};
         if (isNeeded(marker, content)) header.tables.push_back(picture.subspan(start, end - start));
     }
@@ -167,17 +178,19 @@ std::optional<JPEGHeader> readJPEGHeader(ByteView picture) {
     header.size = {number16(frame.content, 3), number16(frame.content, 1)};
     header.bits = byteAt(frame.content, 0);
     header.orientation = orientation.value_or(Orientation::upright);
-    header.colours = coloursOf(frame, isJFIF, adobe);
-    header.isInverted = adobe.isThere && frame.components() == 4;
+    header.colours = coloursOf(frame, isJFIF, header.transform);
+    header.isInverted = header.transform && frame.components() == 4;
     header.isCommon = frame.marker <= sof2 && header.bits == 8 && header.colours != JPEGColours::other;
     header.profile = profile.whole();
+    header.end = endOf(file, header.scanStart);
     return header;
 }
 
 std::string withoutMetadata(ByteView picture, const JPEGHeader& header) {
     std::string kept = "\xFF\xD8";
     for (const auto table : header.tables) kept += charsOf(table);
-    return kept.append(charsOf(picture).substr(header.scanStart));
+    const auto end = header.end ? header.end : picture.size();
+    return kept.append(charsOf(picture).substr(header.scanStart, end - header.scanStart));
 }
 
 }   // namespace ostrel::pictures

@@ -23,11 +23,14 @@ struct JPEGHeader {
     Orientation orientation = Orientation::upright;
     JPEGColours colours = JPEGColours::other;
     bool isInverted = false;   // CMYK with 0 for full ink, as Adobe writes it
-    std::size_t bits = 8;      // a component
+    std::optional<std::uint32_t>
+        transform;          // what Adobe's segment says of the colours, 0 to 2; nullopt: there is none
+    std::size_t bits = 8;   // a component
     // Baseline or progressive with Huffman codes: what a PDF takes (ISO 32000-1 §7.4.8) and what readers read.
     bool isCommon = false;
     std::string profile;            // ICC, put together; empty: none, or not all of it
     std::size_t scanStart = 0;      // of the first SOS marker
+    std::size_t end = 0;            // behind the EOI marker; telephones append films. 0: it was cut short
     std::vector<ByteView> tables;   // the segments that the scans need, with their markers; within the picture
     Size naturalSize() const;       // upright
 };
@@ -35,8 +38,8 @@ struct JPEGHeader {
 // nullopt where there is no frame or no scan.
 std::optional<JPEGHeader> readJPEGHeader(ByteView picture);
 
-// The same picture without what is not needed to decode it: camera data, thumbnails, comments, profile. The header must
-// be of this picture.
+// The same picture without what is not needed to decode it: camera data, thumbnails, comments, profile, what follows
+// the end. The header must be of this picture.
 std::string withoutMetadata(ByteView picture, const JPEGHeader& header);
 
 }   // namespace ostrel::pictures

@@ -50,6 +50,7 @@ void take(PNGHeader& header, std::string_view type, std::string_view content) {
     if (type == "gAMA" && content.size() == 4) header.gamma = number32(content, 0);
     if (type == "iCCP") header.profile = content;
     if (type == "sRGB") header.isSRGB = true;
+    if (type == "acTL") header.isAnimated = true;
 }
 
 }   // namespace

@@ -18,6 +18,7 @@ struct PNGHeader {
     std::size_t bits = 8;   // a sample
     PNGColours colours = PNGColours::rgb;
     bool isInterlaced = false;
+    bool isAnimated = false;                   // what is shown first need not be what stands here
     std::string_view palette;                  // 3 bytes a colour
     std::optional<std::string_view> tRNS;      // alpha of palette colours, or the one colour that is transparent
     std::optional<std::uint32_t> gamma;        // times 100,000

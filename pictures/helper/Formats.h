@@ -12,6 +12,8 @@ Pixels decodeHEIF(ByteView picture);   // HEIC, turned upright
 Pixels decodeTIFF(ByteView picture);   // the first page, turned upright
 Pixels decodeJPEG2000(ByteView picture);
 Pixels decodePNG(ByteView picture);
+Pixels decodeGIF(ByteView picture);   // the first picture, as WebP
+Pixels decodeWebP(ByteView picture);
 
 struct Drawing {
     std::uint32_t width = 0, height = 0;   // points

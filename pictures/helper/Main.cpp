@@ -44,6 +44,10 @@ Pixels decode(ByteView picture) {
             return decodeJPEG2000(picture);
         case Kind::png:
             return decodePNG(picture);
+        case Kind::gif:
+            return decodeGIF(picture);
+        case Kind::webp:
+            return decodeWebP(picture);
         default:
             throw NotAPicture("a kind that is not decoded here");
     }
@@ -68,7 +72,7 @@ Made make(ByteView picture, bool splitsAlpha) {
             made.mask = encodePNG(layers.alpha);
             pixels = reduced(std::move(layers.colours));
         }
-        const bool isPhotograph = pixels.isLossy && !pixels.hasAlpha() && made.mask.empty();
+        const bool isPhotograph = pixels.isLossy && !pixels.hasAlpha();
         if (isPhotograph) made.answer.kind = Kind::jpeg;
         made.file = isPhotograph ? encodeJPEG(pixels) : encodePNG(pixels);
     }
