@@ -50,6 +50,7 @@ namespace {
 // In the order done.
 enum class Pass {
     contents,
+    placedPictures,
     linkMarks,
     pageLayout,
     pageText,
@@ -75,6 +76,8 @@ struct Order {
 };
 constexpr std::array orders{
     Order{Pass::contents, Pass::linkMarks, "content is read through Contents from the start"},
+    Order{Pass::contents, Pass::placedPictures, "content is read through Contents from the start"},
+    Order{Pass::placedPictures, Pass::pictures, "what stands for pictures is none of the engine's"},
     Order{Pass::linkMarks, Pass::pageLayout, "marks are measured as printed, and their links put on the paper"},
     Order{Pass::pageText, Pass::clusterText, "its words are shaped"},
     Order{Pass::clusterText, Pass::fontReduction, "they are shaped with whole fonts"},
@@ -117,6 +120,12 @@ struct Work {
     PassReport* pass = nullptr;   // under way
 };
 
+void placePictures(Work& work) {
+    auto& report = work.result.report;
+    report.notPlaced = placePictures(work.file, *work.contents, work.options.pictures);
+    if (report.notPlaced.empty()) report.picturesPlaced = work.options.pictures.size();
+}
+
 void takeMarks(Work& work) {
     auto taken = takeLinkMarks(work.file, *work.contents, work.options.linkMarks);
     std::ranges::move(taken.links, std::back_inserter(work.links));
@@ -143,8 +152,7 @@ void reduceFonts(Work& work) {
 }
 
 void packPictures(Work& work) {
-    const auto counts = packImages(work.file, work.options.pictures);
-    work.result.report.jpegsRestored = counts.restored;
+    const auto counts = packImages(work.file);
     work.count(counts.bytes);
     if (counts.tooLarge > 0) work.keep(std::to_string(counts.tooLarge) + " pictures that are too large");
 }
@@ -196,6 +204,7 @@ struct Step {
 };
 constexpr std::array steps{
     Step{Pass::contents, "contents", Need::essential, [](Work& work) { work.contents.emplace(work.file); }},
+    Step{Pass::placedPictures, "placedPictures", Need::essential, placePictures},
     Step{Pass::linkMarks, "linkMarks", Need::optional, takeMarks},
     Step{Pass::pageLayout, "pageLayout", Need::essential, layOut},
     Step{Pass::pageText, "pageText", Need::optional, [](Work& work) { work.pageText = pageText(work.options.text); }},
@@ -256,6 +265,7 @@ Finisher::Finished finished(Printed& printed, const FinishOptions& options, Font
         const auto begin = std::chrono::steady_clock::now();
         run(step, work);
         work.pass->time = std::chrono::steady_clock::now() - begin;
+        if (!work.result.report.notPlaced.empty()) return std::move(work.result);   // not to be finished
     }
     reports.back().bytesBefore = printed.sizeBytes();
     reports.back().bytesAfter = work.result.pdf.size();

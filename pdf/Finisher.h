@@ -1,12 +1,13 @@
 #pragma once
 
-#include "core/page/Page.h"
 #include "pdf/Printed.h"
+#include "pdf/images/PlacedPictures.h"
 #include "pdf/pages/Links.h"
 #include "platform/Time.h"
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <span>
@@ -25,9 +26,9 @@ struct FinishOptions {   // every field has an initialiser, so that callers may 
     std::vector<LinkArea> links{};
     std::vector<LinkMark> linkMarks{};   // to be found on the pages, taken out and added to links
     // Of the page that was printed; both must live for the call. The text tells what glyphs mean that stand for several
-    // characters. JPEGs replace what the engine made of them, where that has the same pixels.
+    // characters. The pictures are those that the engine has not seen.
     std::string_view text{};
-    std::span<const PagePicture> pictures{};
+    std::span<const PlacedPicture> pictures{};
 };
 
 // One thing that the finisher does.
@@ -42,16 +43,19 @@ struct PassReport {
 // What became of the file.
 struct FinishReport {
     std::size_t pages = 0;
-    std::size_t links = 0;          // annotations written
-    std::size_t fontsReduced = 0;   // font programs cut down to the glyphs in use
-    std::size_t fontsKept = 0;      // font programs left whole
-    std::size_t jpegsRestored = 0;
-    bool isArchival = false;            // says that it is PDF/A-2u (ISO 19005-2)
+    std::size_t links = 0;            // annotations written
+    std::size_t fontsReduced = 0;     // font programs cut down to the glyphs in use
+    std::size_t fontsKept = 0;        // font programs left whole
+    std::size_t picturesPlaced = 0;   // as they came
+    bool isArchival = false;          // says that it is PDF/A-2u (ISO 19005-2)
+    // The colours of pictures that did not come back as they must (PlacedPictures.h). If there are any, there is no
+    // file: the page is to be printed again with those in it.
+    std::vector<std::uint32_t> notPlaced{};
     std::vector<PassReport> passes{};   // in the order done
 };
 
 // Turns what the web engine prints into what is kept: pages scaled back to the paper, fonts cut down to the glyphs in
-// use, original photographs put back, links, title and dates added. Text and pixels stay exactly as printed. The same
+// use, pictures drawn as they came, links, title and dates added. Text and pixels stay exactly as printed. The same
 // input gives the same bytes.
 //
 // Remembers the fonts of earlier files within a fixed amount of memory, so keep one finisher for a whole export. Any

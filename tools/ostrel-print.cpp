@@ -65,7 +65,7 @@ void write(JsonWriter& json, const PrintReport& report) {
     const pdf::FinishReport& finished = report.finished;
     json.key("pages").number(finished.pages).key("links").number(finished.links);
     json.key("fontsReduced").number(finished.fontsReduced).key("fontsKept").number(finished.fontsKept);
-    json.key("jpegsRestored").number(finished.jpegsRestored).key("passes").open('[');
+    json.key("picturesPlaced").number(finished.picturesPlaced).key("passes").open('[');
     for (const pdf::PassReport& pass : finished.passes) write(json, pass);
     json.close(']');
 }

@@ -30,7 +30,8 @@ bool isUnderstoodProfile(QPDFObjectHandle profile) {
     if (std::ranges::find(kinds, header.substr(kindAt, 4)) == kinds.end()) return false;
     auto parts = profile.getDict().getKey("/N");
     const auto count = parts.isInteger() ? parts.getIntValue() : 0;
-    return header.substr(coloursAt, 4) == (count == 1 ? "GRAY" : "RGB ") && (count == 1 || count == 3);
+    const auto colours = header.substr(coloursAt, 4);
+    return (count == 1 && colours == "GRAY") || (count == 3 && colours == "RGB ") || (count == 4 && colours == "CMYK");
 }
 
 // Amounts of red, green and blue, or of grey, which the output intent gives a meaning (§6.2.4.3).
@@ -39,6 +40,8 @@ bool isUnderstoodColour(QPDFObjectHandle space) {
     if (!space.isArray() || space.getArrayNItems() < 2) return isOneOf(space, plain);
     auto kind = space.getArrayItem(0), base = space.getArrayItem(1);
     if (kind.isNameAndEquals("/ICCBased")) return isUnderstoodProfile(base);
+    // Inks by way of plain colours. The names of process colours need no more to be said (§6.2.4.4).
+    if (kind.isNameAndEquals("/DeviceN")) return space.getArrayNItems() == 4 && isOneOf(space.getArrayItem(2), plain);
     if (!kind.isNameAndEquals("/Indexed")) return false;
     const bool hasProfile =
         base.isArray() && base.getArrayNItems() == 2 && base.getArrayItem(0).isNameAndEquals("/ICCBased");

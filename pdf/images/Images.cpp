@@ -1,17 +1,11 @@
 #include "pdf/images/Images.h"
 
 #include "pdf/content/Streams.h"
-#include "pdf/images/JPEG.h"
-#include "platform/Bytes.h"
 
 #include <algorithm>
 #include <cstdlib>
-#include <functional>
-#include <map>
 #include <optional>
-#include <span>
 #include <string>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -22,10 +16,10 @@ constexpr std::size_t maxPixels = std::size_t{1} << 26;   // 200 MB unpacked; la
 
 // A picture as the engine embeds it: 8 bits a channel, without a predictor.
 struct Picture {
-    ImageSize size;
+    std::size_t width = 0, height = 0;   // pixels
     std::size_t channels = 0;
-    std::size_t rowBytes() const { return size.width * channels; }
-    std::size_t bytes() const { return rowBytes() * size.height; }
+    std::size_t rowBytes() const { return width * channels; }
+    std::size_t bytes() const { return rowBytes() * height; }
 };
 
 std::size_t channelsOf(QPDFObjectHandle colorSpace) {
@@ -46,53 +40,10 @@ std::optional<Picture> understood(QPDFObjectHandle image) {
         !bits.isInteger() || bits.getIntValue() != 8)
         return std::nullopt;
     const auto w = width.getIntValue(), h = height.getIntValue();
-    const Picture picture{{static_cast<std::size_t>(w), static_cast<std::size_t>(h)},
+    const Picture picture{static_cast<std::size_t>(w), static_cast<std::size_t>(h),
                           channelsOf(dict.getKey("/ColorSpace"))};
     return w > 0 && h > 0 && picture.channels > 0 ? std::optional(picture) : std::nullopt;
 }
-
-// The photographs that the page carries, decoded when a picture of their size comes up. A page can have thousands of
-// one size: those are decoded once.
-class Originals {
-public:
-    explicit Originals(std::span<const PagePicture> pictures) : pictures_(pictures) {}
-
-    std::optional<std::string_view> matching(const ImageSize& size, std::string_view pixels) {
-        if (!isRead_) read();
-        const auto group = bySize_.find({size.width, size.height});
-        if (group == bySize_.end()) return std::nullopt;
-        auto& [files, byPixels] = group->second;
-        // Of one or two no summary is needed; decoding ends where a picture differs.
-        constexpr std::size_t few = 2;
-        if (byPixels.empty() && files.size() <= few) {
-            const auto same =
-                std::ranges::find_if(files, [&](std::string_view file) { return jpeg::decodesTo(file, pixels); });
-            return same == files.end() ? std::nullopt : std::optional(*same);
-        }
-        for (; !files.empty(); files.pop_back())
-            if (const auto decodedFile = jpeg::decodedPixels(files.back()))
-                byPixels.emplace(std::hash<std::string>()(*decodedFile), files.back());
-        const auto found = byPixels.find(std::hash<std::string_view>()(pixels));
-        if (found == byPixels.end() || !jpeg::decodesTo(found->second, pixels)) return std::nullopt;
-        return found->second;
-    }
-
-private:
-    struct Group {
-        std::vector<std::string_view> files;   // not yet decoded
-        std::unordered_map<std::size_t, std::string_view> byPixels;
-    };
-    void read() {
-        isRead_ = true;
-        for (const auto& picture : pictures_)
-            if (const auto size = jpeg::size(picture.bytes.chars()))
-                bySize_[{size->width, size->height}].files.push_back(picture.bytes.chars());
-    }
-
-    std::span<const PagePicture> pictures_;
-    bool isRead_ = false;
-    std::map<std::pair<std::size_t, std::size_t>, Group> bySize_;
-};
 
 int paeth(int left, int up, int upLeft) {
     const int estimate = left + up - upLeft;
@@ -159,7 +110,7 @@ std::string predicted(std::string_view pixels, std::size_t rowBytes, std::size_t
 QPDFObjectHandle predictorParameters(const Picture& picture) {
     auto parameters = QPDFObjectHandle::parse("<< /Predictor 15 >>");
     parameters.replaceKey("/Colors", QPDFObjectHandle::newInteger(static_cast<long long>(picture.channels)));
-    parameters.replaceKey("/Columns", QPDFObjectHandle::newInteger(static_cast<long long>(picture.size.width)));
+    parameters.replaceKey("/Columns", QPDFObjectHandle::newInteger(static_cast<long long>(picture.width)));
     return parameters;
 }
 
@@ -170,51 +121,41 @@ struct Estimate {
 };
 
 Estimate estimate(std::string_view pixels, const Picture& picture, std::size_t stripBytes) {
-    const auto rows = std::clamp<std::size_t>(stripBytes / picture.rowBytes(), 1, picture.size.height);
-    const auto strip = pixels.substr((picture.size.height - rows) / 2 * picture.rowBytes(), rows * picture.rowBytes());
+    const auto rows = std::clamp<std::size_t>(stripBytes / picture.rowBytes(), 1, picture.height);
+    const auto strip = pixels.substr((picture.height - rows) / 2 * picture.rowBytes(), rows * picture.rowBytes());
     const auto ofWhole = [&](std::string_view part) {
-        return zlib::deflate(part, zlib::Effort::quick).size() * picture.size.height / rows;
+        return zlib::deflate(part, zlib::Effort::quick).size() * picture.height / rows;
     };
     return {ofWhole(strip), ofWhole(predicted(strip, picture.rowBytes(), picture.channels))};
 }
 
-// Returns true if an original was put in its place.
-bool pack(QPDFObjectHandle image, const Picture& picture, Originals& originals) {
+void pack(QPDFObjectHandle image, const Picture& picture) {
     const auto pixels = decoded(image, picture.bytes());
-    if (!pixels || pixels->size() != picture.bytes()) return false;
-    const auto known = picture.channels == 3 ? originals.matching(picture.size, *pixels) : std::nullopt;
-    const auto original = known ? std::optional(jpeg::withoutMetadata(*known)) : std::nullopt;
-    // Whether a photograph or a drawing was made a JPEG is soon told.
-    constexpr std::size_t enoughToTell = 1 << 15, enoughToChoose = 1 << 17;
-    const auto expected = estimate(*pixels, picture, original ? enoughToTell : enoughToChoose);
-    if (original && original->size() < std::min(expected.plain, expected.predicted)) {
-        image.replaceStreamData(*original, QPDFObjectHandle::newName("/DCTDecode"), QPDFObjectHandle::newNull());
-        return true;
-    }
+    if (!pixels || pixels->size() != picture.bytes()) return;
+    constexpr std::size_t enoughToChoose = 1 << 17;
+    const auto expected = estimate(*pixels, picture, enoughToChoose);
     if (expected.predicted < expected.plain) {
         auto packed = zlib::deflate(predicted(*pixels, picture.rowBytes(), picture.channels), zlib::Effort::fair);
         if (packed.size() < storedSize(image)) replaceDeflated(image, std::move(packed), predictorParameters(picture));
     } else {
         repack(image, *pixels, zlib::Effort::fair);
     }
-    return false;
 }
 
 }   // namespace
 
-ImageCounts packImages(QPDF& file, std::span<const PagePicture> pictures) {
-    Originals originals(pictures);
+ImageCounts packImages(QPDF& file) {
     ImageCounts counts;
     for (auto image : file.getAllObjects()) {
         if (!image.isStream()) continue;
         const auto picture = understood(image);
         if (!picture) continue;
-        if (picture->size.width > maxPixels / picture->size.height) {
+        if (picture->width > maxPixels / picture->height) {
             ++counts.tooLarge;
             continue;
         }
         counts.bytes.before += storedSize(image);
-        if (pack(image, *picture, originals)) ++counts.restored;
+        pack(image, *picture);
         counts.bytes.after += storedSize(image);
     }
     return counts;

@@ -18,6 +18,23 @@ const json* member(const json& object, const char* name) {
     return found == object.end() ? nullptr : &*found;
 }
 
+std::optional<std::uint32_t> colourIn(const json* value) {
+    constexpr std::uint64_t maxColour = 0xFFFFFF;
+    if (!value || !value->is_number_unsigned() || value->get<std::uint64_t>() > maxColour) return std::nullopt;
+    return value->get<std::uint32_t>();
+}
+
+std::optional<std::vector<std::uint32_t>> coloursIn(const json* list) {
+    if (!list || !list->is_array()) return std::nullopt;
+    std::vector<std::uint32_t> colours;
+    for (const json& each : *list) {
+        const auto colour = colourIn(&each);
+        if (!colour) return std::nullopt;
+        colours.push_back(*colour);
+    }
+    return colours;
+}
+
 std::optional<pdf::PartOfBox> partIn(const json& value) {
     std::array<double, 5> numbers{};
     if (!value.is_array() || value.size() != numbers.size()) return std::nullopt;
@@ -29,12 +46,11 @@ std::optional<pdf::PartOfBox> partIn(const json& value) {
 }
 
 std::optional<pdf::LinkMark> linkIn(const json& value) {
-    constexpr std::uint64_t maxColour = 0xFFFFFF;
-    const json* const colour = value.is_object() ? member(value, "colour") : nullptr;
-    if (!colour || !colour->is_number_unsigned() || colour->get<std::uint64_t>() > maxColour) return std::nullopt;
+    const auto colour = colourIn(value.is_object() ? member(value, "colour") : nullptr);
+    if (!colour) return std::nullopt;
     const json* const url = member(value, "url");
     if (!url || !url->is_string() || url->get_ref<const std::string&>().empty()) return std::nullopt;
-    pdf::LinkMark link{colour->get<std::uint32_t>(), url->get<std::string>()};
+    pdf::LinkMark link{*colour, url->get<std::string>()};
     if (const json* const part = member(value, "part")) {
         link.part = partIn(*part);
         if (!link.part) return std::nullopt;
@@ -49,13 +65,20 @@ std::optional<PageMeasures> parsePageMeasures(std::string_view answer) {
     if (!all.is_object()) return std::nullopt;
     const json *const width = member(all, "width"), *const links = member(all, "links");
     if (!width || !width->is_number() || !links || !links->is_array()) return std::nullopt;
-    PageMeasures measures{width->get<double>(), {}};
+    PageMeasures measures{width->get<double>(), {}, {}, {}};
     if (measures.width < 0) return std::nullopt;
     for (const json& each : *links) {
         auto link = linkIn(each);
         if (!link) return std::nullopt;
         measures.links.push_back(std::move(*link));
     }
+    const json* const pictures = member(all, "pictures");
+    if (!pictures) return measures;
+    auto changed = pictures->is_object() ? coloursIn(member(*pictures, "changed")) : std::nullopt;
+    auto seen = pictures->is_object() ? coloursIn(member(*pictures, "seen")) : std::nullopt;
+    if (!changed || !seen) return std::nullopt;
+    measures.changedPictures = std::move(*changed);
+    measures.seenPictures = std::move(*seen);
     return measures;
 }
 

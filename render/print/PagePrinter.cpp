@@ -53,7 +53,7 @@ PagePrinter::PagePrinter(PaperSize paper, PrintLimits limits) : paper_(paper), l
 
 PagePrinter::~PagePrinter() { assert(mainLoop::isMainThread()); }
 
-void PagePrinter::print(const std::string& html, std::filesystem::path output, Done done) {
+void PagePrinter::print(const std::string& html, Colours placeholders, std::filesystem::path output, Done done) {
     assert(mainLoop::isMainThread() && phase_ == Phase::idle);
     ++page_;
     took_ = {};
@@ -64,6 +64,8 @@ void PagePrinter::print(const std::string& html, std::filesystem::path output, D
     done_ = std::move(done);
     isSqueezed_ = false;
     links_.clear();
+    placeholders_ = std::move(placeholders);
+    seenPictures_.clear();
     enlargement_ = 1;
     failure_.reset();
     limit_ = mainLoop::Timer(limitFor(limits_.load, limits_, pageBytes_), [this] { tooSlow(limits_.load); });
@@ -151,8 +153,21 @@ void PagePrinter::measure(std::string_view script) {
         auto measures = parsePageMeasures(answer ? answer.get() : "");
         if (!measures) engineLog::note("the page could not be measured: its links stay dead");
         if (measures && !measures->links.empty()) self.links_ = std::move(measures->links);
+        if (measures && !self.placeholders_.empty()) {
+            // The page may hold drawings that look like ours.
+            const auto isForeign = [&](std::uint32_t colour) { return !self.placeholders_.contains(colour); };
+            std::erase_if(measures->changedPictures, isForeign);
+            std::erase_if(measures->seenPictures, isForeign);
+            if (!measures->changedPictures.empty()) return self.giveBack(std::move(measures->changedPictures));
+            if (!measures->seenPictures.empty()) self.seenPictures_ = std::move(measures->seenPictures);
+        }
         self.measured(measures ? measures->width : 0);
     });
+}
+
+void PagePrinter::giveBack(std::vector<std::uint32_t> changedPictures) {
+    enter(Phase::measuring);   // adds up what it took
+    complete(PrintedPage{.changedPictures = std::move(changedPictures), .took = took_});
 }
 
 void PagePrinter::measured(double contentWidth) {
@@ -209,7 +224,8 @@ void PagePrinter::printFinished() {
         return fail(RenderError::Kind::writeFailed, i18n::filled(tr("The PDF could not be printed: %@."), *failure_));
     if (files::size(output_).value_or(0) > 0) {
         enter(Phase::printing);   // adds up what it took
-        return complete(PrintedPage{.scale = 1 / enlargement_, .links = links_, .took = took_});
+        return complete(
+            PrintedPage{.scale = 1 / enlargement_, .links = links_, .seenPictures = seenPictures_, .took = took_});
     }
     limit_ = mainLoop::Timer(crashNews, [this] {
         fail(RenderError::Kind::writeFailed, tr("The PDF could not be printed: the web engine wrote no file."));

@@ -10,12 +10,14 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <variant>
 #include <vector>
 
@@ -27,6 +29,8 @@ namespace ostrel {
 struct PrintedPage {
     double scale = 1;                     // final size over printed size
     std::vector<pdf::LinkMark> links{};   // marked on the pages
+    // Of what stands for pictures, as PageMeasures has them. Where pictures are changed there is no file.
+    std::vector<std::uint32_t> changedPictures{}, seenPictures{};
     PrintTimes took{};
 };
 using PrintOutcome = std::variant<PrintedPage, RenderError>;
@@ -43,7 +47,9 @@ public:
 
     // Prints the page to the file, which does not exist yet. done is called once, on the main thread, perhaps within
     // the call; it gets the first of all the things that the engine reports. html must live until then.
-    void print(const std::string& html, std::filesystem::path output, Done done);
+    // placeholders: the colours of what stands for pictures in it.
+    using Colours = std::unordered_set<std::uint32_t>;
+    void print(const std::string& html, Colours placeholders, std::filesystem::path output, Done done);
     // Prints the page that was printed last once more to the same file, in a way that holds more of its width. Only
     // after a success; the same holds for done.
     void printWider(Done done);
@@ -57,6 +63,7 @@ private:
     void load();
     void evaluate(std::string_view script, std::function<void(PagePrinter&, GAsyncResult*)> take);
     void measure(std::string_view script);
+    void giveBack(std::vector<std::uint32_t> changedPictures);
     void measured(double contentWidth);
     void squeeze();
     void startPrinting();
@@ -89,9 +96,11 @@ private:
     Done done_;
     bool isCommitted_ = false;   // the page is in the engine's process
     bool isSqueezed_ = false;
-    std::vector<pdf::LinkMark> links_;     // as marked in the page
-    double enlargement_ = 1;               // paper and margins against the real ones
-    std::optional<std::string> failure_;   // the print job's own words
+    std::vector<pdf::LinkMark> links_;   // as marked in the page
+    Colours placeholders_;
+    std::vector<std::uint32_t> seenPictures_;   // of these
+    double enlargement_ = 1;                    // paper and margins against the real ones
+    std::optional<std::string> failure_;        // the print job's own words
     GRef<WebKitPrintOperation> operation_;
     SignalHandler onFinished_, onFailed_;
     mainLoop::Timer limit_;

@@ -52,12 +52,13 @@ PrinterPool::Use::Use(PrinterPool& pool) : pool_(pool), engine_(pool.take()) {}
 
 PrinterPool::Use::~Use() { pool_.giveBack(engine_, isRenewing_); }
 
-PrintedPage PrinterPool::Use::print(const std::string& html, const std::filesystem::path& output) {
+PrintedPage PrinterPool::Use::print(const std::string& html, PagePrinter::Colours placeholders,
+                                    const std::filesystem::path& output) {
     const bool renews = pool_.mayRenew(engine_);
     isRenewing_ = isRenewing_ || renews;
     return wait([&](PagePrinter& printer, PagePrinter::Done done) {
         if (renews) printer.renew();
-        printer.print(html, output, std::move(done));
+        printer.print(html, std::move(placeholders), output, std::move(done));
     });
 }
 

@@ -44,7 +44,8 @@ public:
 
         // As PagePrinter has them, waiting for the outcome. Throws RenderError: whatever goes wrong with the engine or
         // takes too long is this page's alone.
-        PrintedPage print(const std::string& html, const std::filesystem::path& output);
+        PrintedPage print(const std::string& html, PagePrinter::Colours placeholders,
+                          const std::filesystem::path& output);
         PrintedPage printWider();
 
     private:

@@ -10,6 +10,7 @@
 #include "render/loop/MainLoop.h"
 #include "render/print/PageGeometry.h"
 #include "render/print/PagePrinter.h"
+#include "render/print/Placeholders.h"
 #include "render/print/PrinterPool.h"
 
 #include <cassert>
@@ -17,7 +18,10 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <unordered_set>
 #include <utility>
+#include <variant>
+#include <vector>
 
 namespace ostrel {
 
@@ -55,6 +59,17 @@ private:
     const std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
 };
 
+PagePrinter::Colours coloursOf(const std::vector<pdf::PlacedPicture>& pictures) {
+    PagePrinter::Colours colours;
+    for (const auto& picture : pictures) colours.insert(picture.colour);
+    return colours;
+}
+
+void markSeen(std::vector<pdf::PlacedPicture>& pictures, const std::vector<std::uint32_t>& colours) {
+    const std::unordered_set<std::uint32_t> seen(colours.begin(), colours.end());
+    for (auto& picture : pictures) picture.isSeen = seen.contains(picture.colour);
+}
+
 }   // namespace
 
 struct WebPDFRenderer::State {
@@ -64,11 +79,13 @@ struct WebPDFRenderer::State {
     // A page that the engine has printed.
     struct Print {
         PrintedPage page;
-        pdf::Printed pdf;
+        std::optional<pdf::Printed> pdf;   // nullopt: pictures are missing in the page
     };
-    Print print(PrinterPool::Use& printer, const Page& page, PrintReport& report);
+    Print print(const std::string& html, PagePrinter::Colours placeholders, PrintReport& report);
     pdf::Printed open(const std::filesystem::path& file, PrintReport& report);
-    std::string finish(Print print, const Page& page, const DocumentInfo& info, PrintReport& report);
+    pdf::Finisher::Finished finish(Print print, pdf::FinishOptions options, PrintReport& report);
+    std::string printAndFinish(const Page& page, const DocumentInfo& info, PrintReport& report);
+    std::optional<pictures::Decoded> decode(ByteView picture);
     std::filesystem::path freshFile();
     void close(PrintReport report);
 
@@ -80,6 +97,9 @@ struct WebPDFRenderer::State {
     pdf::Finisher finisher;
     std::once_flag hasLooked;   // at the effects of what we replace
 
+    std::mutex decoding;
+    pictures::Decoder decoder;   // of what PDFs do not hold as it is
+
     std::mutex mutex;                        // of what follows
     std::optional<TemporaryFolder> folder;   // what the engine prints, before it is finished
     unsigned long begunPages = 0, finishedPages = 0;
@@ -88,13 +108,19 @@ struct WebPDFRenderer::State {
 
 // Prints a page on one printer, again and wider until nothing of it is missing. Throws RenderError when the engine
 // crashes, takes too long or refuses; FileError, pdf::Error when it left nothing that can be read.
-WebPDFRenderer::State::Print WebPDFRenderer::State::print(PrinterPool::Use& printer, const Page& page,
+WebPDFRenderer::State::Print WebPDFRenderer::State::print(const std::string& html, PagePrinter::Colours placeholders,
                                                           PrintReport& report) {
+    PrinterPool::Use printer(printers);
     const auto file = freshFile();
-    Print print{printer.print(page.html, file), open(file, report)};
-    for (report.attempts = 1; mayLackItsRightEdge(print.pdf) && report.attempts < maxAttempts; ++report.attempts)
-        print = {printer.printWider(), open(file, report)};
-    report.engine = print.page.took;
+    Print print{printer.print(html, std::move(placeholders), file), std::nullopt};
+    int attempts = 1;
+    if (print.page.changedPictures.empty()) {
+        print.pdf = open(file, report);
+        for (; mayLackItsRightEdge(*print.pdf) && attempts < maxAttempts; ++attempts)
+            print = {printer.printWider(), open(file, report)};
+    }
+    report.attempts += attempts;
+    report.engine += print.page.took;
     std::error_code ignored;
     std::filesystem::remove(file, ignored);
     return print;
@@ -109,25 +135,56 @@ pdf::Printed WebPDFRenderer::State::open(const std::filesystem::path& file, Prin
     return pdf::Printed::open(std::move(bytes));
 }
 
-std::string WebPDFRenderer::State::finish(Print print, const Page& page, const DocumentInfo& info,
-                                          PrintReport& report) {
-    const pdf::FinishOptions options{.widthPoints = paper.width,
-                                     .heightPoints = paper.height,
-                                     .scale = print.page.scale,
-                                     .title = info.title,
-                                     .author = info.author,
-                                     .created = info.created,
-                                     .language = {},
-                                     .links = {},
-                                     .linkMarks = std::move(print.page.links),
-                                     .text = page.text,
-                                     .pictures = page.pictures};
+// Throws pdf::Error.
+pdf::Finisher::Finished WebPDFRenderer::State::finish(Print print, pdf::FinishOptions options, PrintReport& report) {
     const Stopwatch time(report.finish);
-    auto finished = finisher.finish(std::move(print.pdf), options);
-    report.finishedBytes = finished.pdf.size();
-    report.finished = std::move(finished.report);
-    logLeftOut(report.finished);
-    return std::move(finished.pdf);
+    options.scale = print.page.scale;
+    options.linkMarks = std::move(print.page.links);
+    return finisher.finish(std::move(*print.pdf), options);
+}
+
+// Pictures that the PDF can hold as they came are kept from the engine, which would decode them only for their pixels
+// to be packed again. Where the page does more with one than to draw it, it is printed again with that one in it.
+std::string WebPDFRenderer::State::printAndFinish(const Page& page, const DocumentInfo& info, PrintReport& report) {
+    constexpr int maxPrints = 4;   // in the last, the engine has them all
+    Placeholders placeholders(page, [this](ByteView picture) { return decode(picture); });
+    for (int count = 1;; ++count) {
+        auto without = count < maxPrints ? placeholders.next() : std::nullopt;
+        auto printed =
+            without ? print(without->html, coloursOf(without->pictures), report) : print(page.html, {}, report);
+        if (!printed.pdf) {
+            placeholders.leaveToEngine(printed.page.changedPictures);
+            continue;
+        }
+        if (without) markSeen(without->pictures, printed.page.seenPictures);
+        pdf::FinishOptions options{.widthPoints = paper.width,
+                                   .heightPoints = paper.height,
+                                   .title = info.title,
+                                   .author = info.author,
+                                   .created = info.created,
+                                   .language = {},
+                                   .links = {},
+                                   .linkMarks = {},
+                                   .text = page.text,
+                                   .pictures = {}};
+        if (without) options.pictures = without->pictures;
+        auto finished = finish(std::move(printed), std::move(options), report);
+        if (!finished.report.notPlaced.empty()) {
+            placeholders.leaveToEngine(finished.report.notPlaced);
+            continue;
+        }
+        report.finishedBytes = finished.pdf.size();
+        report.finished = std::move(finished.report);
+        logLeftOut(report.finished);
+        return std::move(finished.pdf);
+    }
+}
+
+std::optional<pictures::Decoded> WebPDFRenderer::State::decode(ByteView picture) {
+    const std::lock_guard held(decoding);
+    auto decoded = decoder.decode(picture, pictures::Decoder::Alpha::apart);
+    auto* const made = std::get_if<pictures::Decoded>(&decoded);
+    return made ? std::optional(std::move(*made)) : std::nullopt;
 }
 
 // A name not used before: a job that was given up may still write to its own.
@@ -166,12 +223,7 @@ void WebPDFRenderer::renderPDF(const Page& asBuilt, const std::filesystem::path&
     PrintReport report;
     try {
         const auto shown = state.foreignPictures.shown(asBuilt);
-        const Page& page = shown ? *shown : asBuilt;
-        auto print = [&] {
-            PrinterPool::Use printer(state.printers);
-            return state.print(printer, page, report);
-        }();
-        const std::string finished = state.finish(std::move(print), page, info, report);
+        const std::string finished = state.printAndFinish(shown ? *shown : asBuilt, info, report);
         files::writeAtomically(destination, bytesOf(finished));
     } catch (const pdf::Error& error) {
         throw RenderError(RenderError::Kind::writeFailed, error.what());

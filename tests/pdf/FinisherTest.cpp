@@ -189,23 +189,22 @@ TEST(Finisher, FontsShareTheirTextsUnlessOneCodeMeansTwoThings) {
 
 const std::string imageEntries = "<< /Type /XObject /Subtype /Image /BitsPerComponent 8 /ColorSpace /DeviceRGB";
 
-TEST(Finisher, PutsPhotographsBackAndKeepsEveryPixelOfTheOthers) {
+TEST(Finisher, DrawsOriginalsAndKeepsEveryPixelOfOtherPictures) {
     const auto photo = test::photograph(120, 80), other = test::photograph(121, 80, test::JPEGKind::progressive);
     SamplePDF pdf;
-    auto known = pdf.stream(imageEntries + " /Width 120 /Height 80 >>", photo.pixels);
-    auto unknown = pdf.stream(imageEntries + " /Width 121 /Height 80 >>", other.pixels);
+    auto drawn = pdf.stream(imageEntries + " /Width 121 /Height 80 >>", other.pixels);
     auto twin = pdf.stream(imageEntries + " /Width 121 /Height 80 >>", other.pixels);
     auto wrong = pdf.stream(imageEntries + " /Width 4000 /Height 4000 >>", "too few pixels");
-    pdf.page("/A Do /B Do /C Do /D Do", "<< /XObject << /A " + ref(known) + " /B " + ref(unknown) + " /C " + ref(twin) +
-                                            " /D " + ref(wrong) + " >> >>");
-    const std::vector<PagePicture> pictures{{"image/jpeg", Bytes(photo.jpeg), {{}}}};
+    pdf.page("0 .2 1 rg 0 0 120 80 re f /B Do /C Do /D Do",
+             "<< /XObject << /B " + ref(drawn) + " /C " + ref(twin) + " /D " + ref(wrong) + " >> >>");
+    const std::vector<PlacedPicture> pictures{{0x0033FF, Original::of(bytesOf(photo.jpeg)).value()}};
     const auto made = finish(pdf.bytes(), {.pictures = pictures});
-    EXPECT_EQ(made.report.jpegsRestored, 1u);
+    EXPECT_EQ(made.report.picturesPlaced, 1u);
     EXPECT_EQ(finish(pdf.bytes(SamplePDF::Streams::stored), {.pictures = pictures}).pdf.size(), made.pdf.size());
     OpenedPDF finished(made.pdf);
-    auto restored = finished.resource(0, "/XObject", "/A");
-    EXPECT_TRUE(restored.getDict().getKey("/Filter").isNameAndEquals("/DCTDecode"));
-    const auto jpeg = restored.getRawStreamData();
+    auto original = finished.resource(0, "/XObject", "/Original0");
+    EXPECT_TRUE(original.getDict().getKey("/Filter").isNameAndEquals("/DCTDecode"));
+    const auto jpeg = original.getRawStreamData();
     EXPECT_EQ(std::string_view(reinterpret_cast<const char*>(jpeg->getBuffer()), jpeg->getSize()).find("Exif"),
               std::string_view::npos)
         << "where a picture was taken is not on the page";

@@ -28,7 +28,7 @@ void withPrinted(const std::string& html, const std::function<void(const std::fi
     std::promise<void> done;
     mainLoop::post([&] {
         printer = std::make_shared<PagePrinter>(paperSize(Paper::a4), PrintLimits{});
-        printer->print(html, output, [&](const PrintOutcome&) { done.set_value(); });
+        printer->print(html, {}, output, [&](const PrintOutcome&) { done.set_value(); });
     });
     done.get_future().get();
     look(output);

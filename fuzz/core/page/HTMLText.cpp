@@ -1,8 +1,11 @@
 #include "core/page/HTMLText.h"
 
 #include "core/page/PagePictures.h"
+#include "core/page/PictureAddresses.h"
 #include "fuzz/Target.h"
 #include "platform/Text.h"
+
+#include <algorithm>
 
 namespace ostrel::fuzz {
 namespace {
@@ -26,6 +29,26 @@ std::string written(std::string_view text, Writing writing) {
     return html;
 }
 
+// What stands where pictures are named is not read.
+void picturesAway(const std::string& html) {
+    std::vector<PagePicture::Address> addresses;
+    for (const auto& picture : html::picturesOf(html))
+        addresses.insert(addresses.end(), picture.addresses.begin(), picture.addresses.end());
+    std::ranges::sort(addresses, {}, &PagePicture::Address::begin);
+    const auto uses = addressUses(html, addresses);
+    holds(uses.size() == addresses.size(), "every address has a use");
+    std::string without;
+    std::size_t done = 0;
+    for (std::size_t i = 0; i < addresses.size(); ++i) {
+        const auto [begin, size] = addresses[i];
+        if (uses[i] == AddressUse::other) continue;
+        without += html.substr(done, begin - done) + "data:,x";
+        done = begin + size;
+    }
+    without += html.substr(done);
+    holds(html::textOf(without) == html::textOf(html), "a picture is no text");
+}
+
 }   // namespace
 
 void run(ByteView input) {
@@ -35,6 +58,7 @@ void run(ByteView input) {
     holds(html::textOf(written(html, Writing::references)) == plain, "a text is the same in references");
     holds(html::textOf(written(html, Writing::elements)) == plain, "a text is the same through elements");
 
+    picturesAway(html);
     for (const auto& picture : html::picturesOf(html)) {
         holds(!picture.addresses.empty(), "a picture has an address");
         std::size_t end = 0;
@@ -50,7 +74,9 @@ std::vector<std::string> seeds() {
     return {"<p title='\u0939>'>\u0939\u093f\u0928&#x94d;&#2342;&zwj;\u0940 </p><!-- x --><style>\u0939</style>\u0e01",
             "<title>x</title>1\ufe0f\u20e3 \U0001f469&zwj;\U0001f468 \u05d0 &#128105;<b>\U0001f1e9</b>\U0001f1ea",
             "<table><tr><td>a<td>b<pre> c\n d</pre></table><ul><li>e &amp f<br>g</ul><script>'<b>'</script>h",
-            "<img src=\"data:image/png;base64,iVBORw0KGgo=\"><i style='background:url(data:image/jpg;base64,/9j/BB)'>"};
+            "<img src=\"data:image/png;base64,iVBORw0KGgo=\"><i style='background:url(data:image/jpg;base64,/9j/BB)'>",
+            "<style>p{background:url('data:image/png;base64,AAAA')}</style><p>data:image/png;base64,AAAA</p><!-- "
+            "data:image/png;base64,AAAA --><svg><image href=data:image/png;base64,AAAA /></svg>"};
 }
 
 }   // namespace ostrel::fuzz

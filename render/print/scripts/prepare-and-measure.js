@@ -48,7 +48,8 @@ const prepareAndMeasure = () => {
     }
     const width = Math.max(root.scrollWidth, body ? body.scrollWidth : 0);
     const hasLinks = document.links.length || document.getElementsByTagNameNS('http://www.w3.org/2000/svg', 'a').length;
+    const pictures = findPictures(text);
     let links = [];
     try { if (hasLinks) links = markLinks(text); } catch {}   // what cannot be marked stays unmarked
-    return JSON.stringify({ width, links });
+    return JSON.stringify({ width, links, pictures });
 };

@@ -1,4 +1,5 @@
 #include "core/page/MessageHTML.h"
+#include "core/page/PictureAddresses.h"
 #include "platform/LocaleFormat.h"
 
 #include <map>
@@ -92,6 +93,41 @@ TEST(PagePictures, AreThoseThatTheSenderWrote) {
         {"the next one", "<p style='a:b'>data:image/png<img src='" + png + "'>", {{"ab", {png}}}},
     };
     for (const auto& row : rows) EXPECT_EQ(found(makePage(row.html)), row.pictures) << row.why;
+}
+
+TEST(PictureAddresses, AreToldFromWhatIsRead) {
+    constexpr auto other = AddressUse::other, image = AddressUse::image, background = AddressUse::background;
+    const struct {
+        const char* why;
+        std::string html;   // with @ for each address
+        std::vector<AddressUse> uses;
+    } rows[] = {
+        {"images", "<IMG alt='>' src=\"@\"><input type=image src='@'><img src=@ width=5>", {image, image, image}},
+        {"of several sizes", "<source srcset='@ 1x, @ 2x'><img srcset=\"@\">", {other, other, image}},
+        {"in drawings", "<svg><image href='@'/><image xlink:href='@'/><use href='@'/></svg>", {other, other, other}},
+        {"backgrounds", "<td background='@'><p style='background: URL( \"@\" )'>", {background, background}},
+        {"quoted by name", "<p style=\"background:url(&quot;@&quot;)\">", {background}},
+        {"style sheets", "<style>p { background: url('@') } q::after { content: '@' }</style>", {background, other}},
+        {"texts", "<p>src='@' url(@)</p><textarea><img src='@'></textarea>", {other, other, other}},
+        {"comments", "<!-- <img src='@'> --><img src='@'>", {other, image}},
+        {"attributes that a style can show",
+         "<img alt='@' title='@'><a href='@'><p x='url(@)'>",
+         {other, other, other, other}},
+        {"asked for", "<img src='@'><style>[src^='data:image/png'] { display: none }</style>", {other}},
+        {"other questions", "<img src='@'><style>[href^='tel:'], [style*=\"url\"] { display: none }</style>", {image}},
+        {"hidden from scripts", "<p><template shadowrootmode=open><img src='@'></template>", {other}},
+        {"a tag that does not end", "<img src='@", {image}},
+    };
+    for (const auto& row : rows) {
+        std::string html;
+        std::vector<PagePicture::Address> addresses;
+        constexpr std::string_view address = "data:image/png;base64,YWI=";
+        for (const char c : row.html) {
+            if (c == '@') addresses.push_back({html.size(), address.size()});
+            html += c == '@' ? address : std::string_view(&c, 1);
+        }
+        EXPECT_EQ(addressUses(html, addresses), row.uses) << row.why;
+    }
 }
 
 TEST(PagePictures, AreTheMessagesOwnToo) {
