@@ -379,7 +379,7 @@ void AppModel::begin(ExportJob::Kind kind, const std::filesystem::path& folder) 
                   messages.get(),
                   settings.get().skipDuplicates,
                   ExportPlan::settings(settings.get(), surroundings_.now(), surroundings_.calendar()),
-                  surroundings_.makeRenderer(settings.get().paper, cancel)};
+                  surroundings_.makeRenderer(settings.get().paper)};
     if (prepared_ && kind == ExportJob::Kind::update) {
         // Of duplicates the one that the export has is preferred, not the one that is shown.
         MessageFilter all = filter.get();

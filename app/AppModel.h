@@ -62,8 +62,8 @@ public:
         SettingsStore store;
         Tasks& tasks;   // outlive the model, both
         Desktop& desktop;
-        // Makes what prints an export; cancel is the run's.
-        std::function<std::unique_ptr<PDFRendering>(Paper, std::stop_token cancel)> makeRenderer;
+        // Makes what prints an export.
+        std::function<std::unique_ptr<PDFRendering>(Paper)> makeRenderer;
         std::function<Instant()> now;
         std::function<Calendar()> calendar = Calendar::current;
         // Where scans keep what they have read; nullopt: nowhere.

@@ -76,9 +76,11 @@ struct Command {
 // start than both when nothing is new.
 class Job {
 public:
-    Job(Command command, std::stop_token stop)
+    // Nothing is printed any more when noEngine is requested.
+    Job(Command command, std::stop_token stop, std::stop_token noEngine)
         : command_(std::move(command)),
           stop_(std::move(stop)),
+          noEngine_(std::move(noEngine)),
           settings_(AppSettings::load(SettingsStore::forUser())) {}
 
     void prepare() {
@@ -97,7 +99,7 @@ public:
 
     ExitStatus run() {
         std::optional<WebPDFRenderer> renderer;
-        if (needsEngine()) renderer.emplace(settings_.paper, stop_);
+        if (needsEngine()) renderer.emplace(settings_.paper, noEngine_);
         std::optional<std::string> indexTrouble;
         const ExportResult result = [&] {
             ProgressLine progress;
@@ -130,7 +132,7 @@ private:
     }
 
     const Command command_;
-    const std::stop_token stop_;
+    const std::stop_token stop_, noEngine_;
     const AppSettings settings_;
     const Calendar calendar_ = Calendar::current();
     MailIndex index_;
@@ -150,9 +152,9 @@ ExitStatus run(const Command& command, bool isWalledOff) {
         throw MailAccessError(*refused, command.mailFolder);
     if (const auto refused = ExportPlan::refusal(command.folder, command.mailFolder))
         throw std::runtime_error(*refused);
-    std::stop_source cancel;
+    std::stop_source cancel, noEngine;
     mainLoop::onInterrupt([&cancel] { cancel.request_stop(); });
-    Job job(command, cancel.get_token());
+    Job job(command, cancel.get_token(), noEngine.get_token());
     ExitStatus status = couldNotRun;
     // A new export starts its engine first: that may say that nothing can be printed.
     if (command.isUpdate) mainLoop::runBeside([&] { job.prepare(); });
@@ -160,9 +162,10 @@ ExitStatus run(const Command& command, bool isWalledOff) {
         mainLoop::runBeside([&] { status = job.run(); });
         return status;
     }
-    const HeadlessEngine engine([&cancel] {
+    const HeadlessEngine engine([&] {
         std::cerr << tr("The display was lost, and nothing can be printed without it.") << '\n';
         cancel.request_stop();
+        noEngine.request_stop();
     });
     if (!isWalledOff)
         std::cerr << tr("This system cannot close the network to a program: only Ostrel’s own rules do.") << '\n';

@@ -7,6 +7,7 @@
 #include "platform/Translation.h"
 
 #include <algorithm>
+#include <exception>
 #include <iterator>
 #include <new>
 #include <string_view>
@@ -64,22 +65,33 @@ ExportResult ExportRun::run(PDFRendering* renderer, const std::function<void(con
     }
     journal_.emplace(folder_.path / Archive::journalName);
     journal_->append(ArchiveLine::write(ArchiveLine::Beginning{folder_.isUpdate}));
-    const auto due = static_cast<std::size_t>(std::ranges::count_if(items_, &Item::isDue));
-    try {
-        std::size_t done = 0;
-        for (Item& item : items_) {
-            if (!item.isDue) continue;
-            if (!canGoOn()) {
-                ++result_.notTried;
-                continue;
-            }
-            if (cancel.stop_requested()) throw RenderCancelled();
-            progress({done++, due, item.summary->subject});
-            exportItem(item);
-        }
-        if (result_.stopped.empty()) progress({due, due, ""});
-    } catch (const RenderCancelled&) {
+    std::vector<Item*> due;
+    for (Item& item : items_) {
+        if (item.isDue) due.push_back(&item);
+    }
+    std::stop_source enough;
+    const std::stop_callback onCancel(cancel, [&] { enough.request_stop(); });
+    Steps<Made> steps;
+    steps.work = [&](std::size_t place) {
+        Turns::Turn naming(naming_, place);
+        Made made = exportItem(*due[place], naming);
+        if (made.isCancelled) enough.request_stop();
+        return made;
+    };
+    steps.begun = [&](std::size_t place) { progress({place, due.size(), due[place]->summary->subject}); };
+    steps.ended = [&](std::size_t place, Made made) {
+        count(*due[place], std::move(made));
+        if (whyNotGoOn()) enough.request_stop();
+    };
+    const std::size_t threads = renderer != nullptr ? renderer->prepareFor(due.size()) : 1;
+    const std::size_t begun = InOrder(std::move(steps)).run(due.size(), threads, enough.get_token());
+    if (const auto reason = whyNotGoOn(); reason && begun < due.size()) {
+        result_.stopped = *reason;
+        result_.notTried = due.size() - begun;
+    } else if (begun < due.size()) {
         result_.cancelled = true;
+    } else if (!result_.cancelled) {
+        progress({due.size(), due.size(), ""});
     }
     try {
         writeArchiveFiles();
@@ -89,78 +101,79 @@ ExportResult ExportRun::run(PDFRendering* renderer, const std::function<void(con
     return std::move(result_);
 }
 
+// One message may be too large for what is left of the disk; after two the next will not fit either.
+std::optional<std::string> ExportRun::whyNotGoOn() const {
+    if (result_.failed.empty()) return std::nullopt;
+    if (fullInARow_ >= 2) return i18n::tr("The disk is full.");
+    if (!files::isFolder(folder_.path)) return i18n::tr("The export folder is gone.");
+    return std::nullopt;
+}
+
 // ---- One message ----
 
-// One message may be too large for what is left of the disk; after two the next will not fit either.
-bool ExportRun::canGoOn() {
-    if (!result_.stopped.empty() || result_.failed.empty()) return result_.stopped.empty();
-    if (fullInARow_ >= 2) {
-        result_.stopped = i18n::tr("The disk is full.");
-    } else if (!files::isFolder(folder_.path)) {
-        result_.stopped = i18n::tr("The export folder is gone.");
-    }
-    return result_.stopped.empty();
-}
-
-// Throws RenderCancelled when the renderer was cancelled; any other trouble of the message is noted.
-void ExportRun::exportItem(Item& item) {
-    const MessageSummary& summary = *item.summary;
-    for (const ArchivedFile& file : item.filed.files) claims_.insert(file.name);
-    if (item.filed.attachmentCount() > 0) claims_.insert(item.filed.name);
-    FiledMessage filed;
-    filed.name = item.filed.name.empty() ? names_.unique(wishedName(summary), "") : item.filed.name;
-    filed.state = State::unread;
-    const fs::path file = summary.url;
-    filed.path = displayText(settings_.mailFolder.empty() ? file : file.lexically_relative(settings_.mailFolder));
-    bool isFull = false;
-    try {
-        exportParts(item, filed);
-        ++result_.exported;
-    } catch (const RenderCancelled&) {
-        throw;
-    } catch (const std::bad_alloc&) {
-        noteFailure(summary, i18n::tr("There is not enough memory for this message."));
-    } catch (const FileError& error) {
-        isFull = error.kind == FileError::Kind::diskFull;
-        noteFailure(summary, error.what(), causeOf(error));
-    } catch (const std::exception& error) {
-        noteFailure(summary, error.what());
-    }
-    fullInARow_ = isFull ? fullInARow_ + 1 : 0;
-    // What could not be made again is still what the archive ought to hold.
-    const bool wasWhole = !item.filed.name.empty() && item.filed.state == State::whole;
-    if (filed.state == State::whole) item.damaged.clear();
-    if (filed.state == State::whole || !wasWhole) item.filed = std::move(filed);
-    record(item);
-    for (const ArchivedFile& written : item.filed.files) claims_.erase(written.name);
-    claims_.erase(item.filed.name);
-}
-
-void ExportRun::exportParts(const Item& item, FiledMessage& filed) {
+ExportRun::Made ExportRun::exportItem(Item& item, Turns::Turn& naming) {
+    NamesInUse::User names(namesInUse_);
+    Made made;
+    made.filed.state = State::unread;
     const fs::path file = item.summary->url;
-    filed.size = files::size(file).value_or(0);
-    filed.modified = files::modificationDate(file).value_or(Instant());
-    const Emlx::Container stored = Emlx::container(files::readWhole(file));
-    filed.digest = sha256(stored.message.view());
-    const MailMessage message = Emlx::message(stored, file);
+    made.filed.path = displayText(settings_.mailFolder.empty() ? file : file.lexically_relative(settings_.mailFolder));
+    try {
+        exportParts(item, made, names, naming);
+    } catch (const RenderCancelled&) {
+        made.isCancelled = true;
+        return made;
+    } catch (const std::bad_alloc&) {
+        made.trouble = Trouble{i18n::tr("There is not enough memory for this message.")};
+    } catch (const FileError& error) {
+        made.trouble = Trouble{error.what(), causeOf(error), error.kind == FileError::Kind::diskFull};
+    } catch (const std::exception& error) {
+        made.trouble = Trouble{error.what()};
+    }
+    settle(item, std::move(made.filed));
+    return made;
+}
+
+void ExportRun::exportParts(const Item& item, Made& made, NamesInUse::User& names, Turns::Turn& naming) {
+    FiledMessage& filed = made.filed;
+    std::optional<MailMessage> message;
+    std::exception_ptr unread;   // also what cannot be read gets its name, in turn
+    try {
+        message = read(*item.summary, filed);
+    } catch (...) {
+        unread = std::current_exception();
+    }
+    naming.begin();
+    filed.name = firstName(item, names);
+    if (unread) std::rethrow_exception(unread);
 
     const auto isAvailable = &MailAttachment::isAvailable;
     const bool isRepair = !item.filed.name.empty() && item.filed.state == State::whole && !item.hasMoreAttachments;
     const bool wantsAttachments = isRepair ? item.filed.attachmentCount() > 0 : settings_.attachments;
-    const bool savesAttachments = wantsAttachments && std::ranges::any_of(message.attachments, isAvailable);
-    if (!isRepair) filed.name = freeName(filed.name, savesAttachments);
-    filed.lacksAttachments = !std::ranges::all_of(message.attachments, isAvailable);
+    const bool savesAttachments = wantsAttachments && std::ranges::any_of(message->attachments, isAvailable);
+    if (!isRepair) filed.name = freeName(filed.name, names, savesAttachments);
+    naming.end();
+    filed.lacksAttachments = !std::ranges::all_of(message->attachments, isAvailable);
     filed.state = State::unsaved;
-    if (savesAttachments) saveAttachments(item, message, filed);
+    if (savesAttachments) saveAttachments(item, *message, made);
     filed.state = State::unprinted;
-    if (isRepair ? item.filed.hasPDF() : settings_.pdfs) print(item, message, filed);
+    if (isRepair ? item.filed.hasPDF() : settings_.pdfs) print(item, *message, filed);
     filed.state = State::whole;
 }
 
-void ExportRun::saveAttachments(const Item& item, const MailMessage& message, FiledMessage& filed) {
+MailMessage ExportRun::read(const MessageSummary& summary, FiledMessage& filed) {
+    const fs::path file = summary.url;
+    filed.size = files::size(file).value_or(0);
+    filed.modified = files::modificationDate(file).value_or(Instant());
+    const Emlx::Container stored = Emlx::container(files::readWhole(file));
+    filed.digest = sha256(stored.message.view());
+    return Emlx::message(stored, file);
+}
+
+void ExportRun::saveAttachments(const Item& item, const MailMessage& message, Made& made) {
+    FiledMessage& filed = made.filed;
     const fs::path folder = folder_.path / filed.name;
     const auto before = files::status(folder);
-    const bool isOurs = before && before->isFolder && claims_.contains(filed.name);
+    const bool isOurs = before && before->isFolder && isClaimed(filed.name);
     claim(filed.name);
     if (!isOurs) files::createFolder(folder);
     FileNamer names;
@@ -169,12 +182,12 @@ void ExportRun::saveAttachments(const Item& item, const MailMessage& message, Fi
         std::string name;
         do name = filed.name + '/' + names.uniqueFileName(attachment.filename);
         while (!mayWrite(name));
-        filed.files.push_back(save(item, attachment, name));
-        claims_.erase(name);   // two names that the disk takes for one are not both to be written
+        filed.files.push_back(save(item, attachment, name, made));
+        dropClaim(name);   // two names that the disk takes for one are not both to be written
     }
 }
 
-ArchivedFile ExportRun::save(const Item& item, const MailAttachment& attachment, const std::string& name) {
+ArchivedFile ExportRun::save(const Item& item, const MailAttachment& attachment, const std::string& name, Made& made) {
     const auto* const file = std::get_if<fs::path>(&attachment.source);
     const fs::path target = folder_.path / name;
     const ArchivedFile* const before = item.damaged.contains(name) ? nullptr : fileOf(item.filed, name);
@@ -192,7 +205,7 @@ ArchivedFile ExportRun::save(const Item& item, const MailAttachment& attachment,
         saved.digest = sha256(bytes);
         files::writeAtomically(target, bytes);
     }
-    ++result_.attachments;
+    ++made.attachments;
     return saved;
 }
 
@@ -215,9 +228,31 @@ void ExportRun::print(const Item& item, const MailMessage& message, FiledMessage
     filed.files.insert(filed.files.begin(), {name, digestOfWritten(target)});
 }
 
-void ExportRun::noteFailure(const MessageSummary& summary, const std::string& reason, const std::string& cause) {
-    const std::string name = summary.subject.empty() ? displayText(summary.url.filename()) : summary.subject;
-    result_.failed.push_back({name, reason, cause});
+// What could not be made again is still what the archive ought to hold.
+void ExportRun::settle(Item& item, FiledMessage filed) {
+    const bool wasWhole = !item.filed.name.empty() && item.filed.state == State::whole;
+    if (filed.state == State::whole) item.damaged.clear();
+    if (filed.state == State::whole || !wasWhole) item.filed = std::move(filed);
+    for (const ArchivedFile& written : item.filed.files) dropClaim(written.name);
+    dropClaim(item.filed.name);
+}
+
+// A message that has come to its end, in turn.
+void ExportRun::count(const Item& item, Made made) {
+    result_.attachments += made.attachments;
+    if (made.isCancelled) {
+        result_.cancelled = true;
+        return;
+    }
+    const MessageSummary& summary = *item.summary;
+    if (!made.trouble) {
+        ++result_.exported;
+    } else {
+        const std::string name = summary.subject.empty() ? displayText(summary.url.filename()) : summary.subject;
+        result_.failed.push_back({name, std::move(made.trouble->reason), std::move(made.trouble->cause)});
+    }
+    fullInARow_ = made.trouble && made.trouble->isDiskFull ? fullInARow_ + 1 : 0;
+    record(item);
 }
 
 // ---- Names ----
@@ -227,28 +262,55 @@ std::string ExportRun::wishedName(const MessageSummary& summary) const {
                                   settings_.calendar);
 }
 
+// The name of a message before anybody has looked what there is on the disk: the one that it had, or a new one.
+std::string ExportRun::firstName(const Item& item, NamesInUse::User& names) {
+    if (item.filed.name.empty()) {
+        std::string name = names_.unique(wishedName(*item.summary), "");
+        names.take(name);
+        return name;
+    }
+    names.take(item.filed.name);
+    const std::lock_guard held(mutex_);
+    for (const ArchivedFile& file : item.filed.files) claims_.insert(file.name);
+    if (item.filed.attachmentCount() > 0) claims_.insert(item.filed.name);
+    return item.filed.name;
+}
+
 // A name that nothing on the disk bears but what this export was writing when it was cut short. "Scan.pdf" as a subject
 // wants for its folder what the PDF of "Scan" is called; and some disks take two names for one that we tell apart.
-std::string ExportRun::freeName(const std::string& wished, bool needsFolder) {
+std::string ExportRun::freeName(const std::string& wished, NamesInUse::User& names, bool needsFolder) {
     std::string name = wished;
-    while ((needsFolder && !mayWrite(name)) || (settings_.pdfs && !mayWrite(name + ".pdf")))
+    while ((needsFolder && !mayWrite(name)) || (settings_.pdfs && !mayWrite(name + ".pdf"))) {
         name = names_.unique(wished, "");
+        names.take(name);
+    }
     return name;
 }
 
-bool ExportRun::mayWrite(const std::string& name) const {
-    return claims_.contains(name) || !files::exists(folder_.path / name);
+bool ExportRun::mayWrite(const std::string& name) { return isClaimed(name) || !files::exists(folder_.path / name); }
+
+bool ExportRun::isClaimed(const std::string& name) {
+    const std::lock_guard held(mutex_);
+    return claims_.contains(name);
 }
 
 // Throws FileError: what the journal does not know is not written.
 void ExportRun::claim(const std::string& name) {
+    const std::lock_guard held(mutex_);
     if (claims_.insert(name).second) journal_->append(ArchiveLine::write(ArchiveLine::Claim{name}));
+}
+
+void ExportRun::dropClaim(const std::string& name) {
+    const std::lock_guard held(mutex_);
+    claims_.erase(name);
 }
 
 // A line that could not be written costs a later run no more than to make this message again.
 void ExportRun::record(const Item& item) {
+    const std::string line = ArchiveLine::write(item.filed, *item.summary, item.mailbox);
+    const std::lock_guard held(mutex_);
     try {
-        journal_->append(ArchiveLine::write(item.filed, *item.summary, item.mailbox));
+        journal_->append(line);
     } catch (const FileError&) {
     }
 }

@@ -82,8 +82,8 @@ namespace Exporter {
 // Exports the messages, which outlive the run, oldest first, into a new folder inside the destination: a PDF each,
 // attachments in a folder of the same name; at the end, also when cancelled, index.csv and what an Archive keeps. One
 // bad message is noted and the run goes on, unless no further one can be saved: the disk is full or the folder gone.
-// cancel is asked before each message. progress is called on the calling thread. Throws FileError when the folder
-// cannot be created, IndexError when the index cannot be written.
+// cancel is asked before each message. progress is called in order, one call at a time, on any thread. Throws FileError
+// when the folder cannot be created, IndexError when the index cannot be written.
 ExportResult run(std::vector<const MessageSummary*> messages, const std::map<std::string, std::string>& mailboxNames,
                  const std::filesystem::path& into, const ExportSettings& settings, PDFRendering& renderer,
                  const std::function<void(const ExportProgress&)>& progress, std::stop_token cancel);

@@ -28,14 +28,13 @@ protected:
         make();
     }
     void make() {
-        model_ = std::make_unique<AppModel>(AppModel::Surroundings{
-            .store = store(),
-            .tasks = tasks_,
-            .desktop = desktop_,
-            .makeRenderer = [this](Paper,
-                                   const std::stop_token&) { return std::make_unique<FakeRenderer>(rendering_); },
-            .now = [] { return Instant(std::chrono::minutes(28493700)); },
-            .calendar = Calendar::utc});
+        model_ = std::make_unique<AppModel>(
+            AppModel::Surroundings{.store = store(),
+                                   .tasks = tasks_,
+                                   .desktop = desktop_,
+                                   .makeRenderer = [this](Paper) { return std::make_unique<FakeRenderer>(rendering_); },
+                                   .now = [] { return Instant(std::chrono::minutes(28493700)); },
+                                   .calendar = Calendar::utc});
     }
     SettingsStore store() const { return SettingsStore(settingsFolder_.path()); }
 

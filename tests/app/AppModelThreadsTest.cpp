@@ -93,13 +93,13 @@ TEST(AppModelThreads, AnythingAtAnyTimeEndsAsAskedLast) {
     FakeDesktop desktop;
     ThreadedTasks tasks;
     const auto make = [&] {
-        auto model = std::make_unique<AppModel>(AppModel::Surroundings{
-            .store = store,
-            .tasks = tasks,
-            .desktop = desktop,
-            .makeRenderer = [](Paper, const std::stop_token&) { return std::make_unique<FakeRenderer>(nullptr); },
-            .now = [] { return Instant(); },
-            .calendar = Calendar::utc});
+        auto model = std::make_unique<AppModel>(
+            AppModel::Surroundings{.store = store,
+                                   .tasks = tasks,
+                                   .desktop = desktop,
+                                   .makeRenderer = [](Paper) { return std::make_unique<FakeRenderer>(nullptr); },
+                                   .now = [] { return Instant(); },
+                                   .calendar = Calendar::utc});
         model->start();
         return model;
     };

@@ -21,13 +21,13 @@ protected:
         settings.onboardingDone = true;
         settings.mailFolder = mail_.path().native();
         AppSettings::save(settings, SettingsStore(settingsFolder_.path()));
-        model_ = std::make_unique<AppModel>(AppModel::Surroundings{
-            .store = SettingsStore(settingsFolder_.path()),
-            .tasks = tasks_,
-            .desktop = desktop_,
-            .makeRenderer = [](Paper, const std::stop_token&) { return std::make_unique<FakeRenderer>(nullptr); },
-            .now = [] { return Instant(std::chrono::minutes(28493700)); },
-            .calendar = Calendar::utc});
+        model_ = std::make_unique<AppModel>(
+            AppModel::Surroundings{.store = SettingsStore(settingsFolder_.path()),
+                                   .tasks = tasks_,
+                                   .desktop = desktop_,
+                                   .makeRenderer = [](Paper) { return std::make_unique<FakeRenderer>(nullptr); },
+                                   .now = [] { return Instant(std::chrono::minutes(28493700)); },
+                                   .calendar = Calendar::utc});
     }
     void load() {
         model_->start();

@@ -8,6 +8,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <stop_token>
 #include <string>
 #include <string_view>
@@ -20,11 +21,18 @@ namespace ostrel {
 // Writes the page itself where the PDF should be, or does what the test wants.
 class FakeRenderer : public PDFRendering {
 public:
+    std::size_t prepareFor(std::size_t) override { return atOnce; }
     void renderPDF(const Page& page, const std::filesystem::path& destination, const DocumentInfo& info) override {
-        infos.push_back(info);
-        if (instead) instead(infos.size());
+        if (before) before(info.title);
+        if (atOnce == 1) {
+            infos.push_back(info);
+            if (instead) instead(infos.size());
+        }
         files::writeAtomically(destination, bytesOf(page.html));
     }
+    std::size_t atOnce = 1;
+    std::function<void(const std::string& title)> before;   // on as many threads
+    // One at a time only:
     std::vector<DocumentInfo> infos;
     std::function<void(std::size_t call)> instead;
 };
@@ -84,6 +92,16 @@ protected:
             if (name != Archive::sumsName && name != Archive::messagesName) names.push_back(name);
         }
         return names;
+    }
+    // Every file below the folder with the digest of its content.
+    static std::map<std::string, std::string> everything(const std::filesystem::path& folder) {
+        std::map<std::string, std::string> all;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
+            const std::string name = entry.path().lexically_relative(folder);
+            all[name] =
+                entry.is_regular_file() && !entry.is_symlink() ? hexOf(sha256OfFile(entry.path())) : std::string();
+        }
+        return all;
     }
     static std::string content(const std::filesystem::path& file) {
         return std::string(files::readWhole(file).chars());

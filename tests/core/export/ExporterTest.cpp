@@ -1,9 +1,13 @@
 #include "tests/core/export/ExportFixture.h"
 
+#include <algorithm>
+#include <condition_variable>
 #include <csignal>
 #include <filesystem>
+#include <mutex>
 #include <new>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -156,6 +160,62 @@ TEST_F(ExporterTest, CancellingKeepsWhatIsDone) {
     EXPECT_TRUE(result.cancelled);
     EXPECT_TRUE(result.failed.empty());
     EXPECT_TRUE(indexTails(result.folder).empty()) << "a message that the renderer gave up has no row";
+}
+
+TEST_F(ExporterTest, HowManyAreUnderWayDoesNotShow) {
+    const EmlBuilder withFile = EmlBuilder().text("x").attachment("a.txt", "text/plain", "A");
+    std::vector<MessageSummary> messages;
+    for (int minute = 0; minute < 10; ++minute) {
+        messages.push_back(put("Slow " + std::to_string(minute), minute));
+        for (int i = 0; i < 4; ++i) messages.push_back(put("Other", minute));
+        // Its folder may have this name only if the PDF that wants it fails.
+        messages.push_back(put(minute % 5 == 0 ? "Fails" : "Scan", minute));
+        messages.push_back(put(minute % 5 == 0 ? "Fails.pdf" : "SCAN.PDF", minute, withFile));
+        messages.push_back(put("Scan", minute, withFile));
+        messages.push_back(put("Unread", minute));
+        files::writeAtomically(messages.back().url, bytesOf("no message"));
+    }
+    std::mutex mutex;
+    std::condition_variable hasPrinted;
+    constexpr std::size_t pages = 80;
+    std::size_t printed = 0;
+    renderer_.before = [&](const std::string& title) {
+        std::unique_lock held(mutex);
+        ++printed;
+        hasPrinted.notify_all();
+        // Those behind it overtake it.
+        if (title.starts_with("Slow") && renderer_.atOnce > 1)
+            hasPrinted.wait(held, [&, until = std::min(printed + 4, pages)] { return printed >= until; });
+        if (title.starts_with("Fails")) throw RenderError(RenderError::Kind::tooSlow, title);
+    };
+    const ExportResult alone = run(messages);
+    const auto files = everything(alone.folder);
+    const auto reports = std::exchange(progress_, {});
+    EXPECT_EQ(alone.failed.size(), 10U + 2);
+    EXPECT_EQ(std::exchange(printed, 0), pages);
+    renderer_.atOnce = 4;
+    fs::remove_all(alone.folder);
+    EXPECT_EQ(run(messages), alone);
+    EXPECT_EQ(everything(alone.folder), files);
+    EXPECT_EQ(progress_, reports);
+}
+
+TEST_F(ExporterTest, CancellingFinishesAllThatAreUnderWay) {
+    std::vector<MessageSummary> messages;
+    for (int i = 1; i <= 50; ++i) messages.push_back(put("M" + std::to_string(i), i));
+    renderer_.atOnce = 4;
+    renderer_.before = [&](const std::string& title) {
+        if (title == "M20") cancel_.request_stop();
+    };
+    const ExportResult result = run(messages);
+    EXPECT_TRUE(result.cancelled);
+    EXPECT_GE(result.exported, 20U);
+    EXPECT_LT(result.exported, 50U);
+    const auto rows = indexTails(result.folder);
+    ASSERT_EQ(rows.size(), result.exported);
+    for (std::size_t i = 0; i < rows.size(); ++i)
+        EXPECT_NE(rows[i].find("- M" + std::to_string(i + 1) + ".pdf"), std::string::npos) << rows[i];
+    EXPECT_EQ(namesIn(result.folder).size(), rows.size() + 1);
 }
 
 TEST_F(ExporterTest, ADestinationThatVanishesIsReported) {

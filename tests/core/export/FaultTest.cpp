@@ -8,7 +8,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <optional>
-#include <utility>
+#include <tuple>
 
 namespace ostrel {
 namespace {
@@ -86,8 +86,10 @@ protected:
 
 TEST_F(FaultTest, AnyCallMayFailOnce) {
     using enum Faults::Disk;
-    for (const auto& [error, disk] : {std::pair{EIO, makesNamelessFiles}, std::pair{EIO, doesNot},
-                                      std::pair{ENOSPC, makesNamelessFiles}, std::pair{EACCES, doesNot}}) {
+    for (const auto& [error, disk, atOnce] :
+         {std::tuple{EIO, makesNamelessFiles, 1U}, std::tuple{EIO, doesNot, 4U},
+          std::tuple{ENOSPC, makesNamelessFiles, 4U}, std::tuple{EACCES, doesNot, 1U}}) {
+        renderer_.atOnce = atOnce;
         std::size_t call = 0, failedRuns = 0, failedMessages = 0;
         for (;; ++call) {
             SCOPED_TRACE("call " + std::to_string(call) + ", error " + std::to_string(error));

@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <cstddef>
+#include <mutex>
 
 #include <fcntl.h>
 
@@ -14,7 +15,8 @@ namespace ostrel {
 class Faults {
 public:
     enum class Disk { makesNamelessFiles, doesNot };
-    // In the place of an error: the call throws Ended, which nothing catches, as if the program were killed there.
+    // In the place of an error: the call throws Ended, which nothing catches, as if the program were killed there; and
+    // so do all others from then on, on whatever thread, but for those that close what is open.
     static constexpr int endsTheRun = -1;
     struct Ended {};
     Faults(std::size_t first, std::size_t count, int error, Disk disk) {
@@ -33,7 +35,7 @@ public:
             },
             .close =
                 [](int descriptor) {
-                    const bool hasFailed = fails();
+                    const bool hasFailed = fails(Call::closes);
                     const int result = real.close(descriptor);
                     return hasFailed ? fail() : result;
                 },
@@ -61,8 +63,11 @@ private:
         errno = state.error;
         return -1;
     }
-    static bool fails() {
+    enum class Call { closes, other };
+    static bool fails(Call what = Call::other) {
+        const std::lock_guard held(mutex);
         const std::size_t call = state.calls++;
+        if (state.error == endsTheRun && state.happened > 0 && what == Call::other) throw Ended();
         if (call < state.first || call - state.first >= state.count) return false;
         ++state.happened;
         if (state.error == endsTheRun) throw Ended();
@@ -85,6 +90,7 @@ private:
     }
 
     static inline State state;
+    static inline std::mutex mutex;   // of its counts
     static inline files::SystemCalls real;
 };
 
