@@ -39,12 +39,12 @@ enum ExitStatus { everyMessageExported = 0, someFailed = 1, couldNotRun = 2 };
 
 Instant now() { return std::chrono::time_point_cast<Instant::duration>(std::chrono::system_clock::now()); }
 
-MailIndex scan(const fs::path& folder, const std::stop_token& stop) {
+MailIndex scan(const fs::path& folder, const std::stop_token& stop, const SummaryCache::Place& summaries) {
     ProgressLine progress;
     return MailScanner::scan(
         folder, ExportPlan::localAccountLabel(),
         [&](std::size_t found) { progress.show(trCount("Reading the mail folder: %lld messages", found)); },
-        [&] { return stop.stop_requested(); });
+        [&] { return stop.stop_requested(); }, summaries);
 }
 
 // Everything a person needs to know beyond the folder's path, on standard error.
@@ -76,7 +76,8 @@ struct Command {
 // start than both when nothing is new.
 class Job {
 public:
-    // Nothing is printed any more when noEngine is requested.
+    // Before the engine starts, which moves the program to another home. Nothing is printed any more when noEngine is
+    // requested.
     Job(Command command, std::stop_token stop, std::stop_token noEngine)
         : command_(std::move(command)),
           stop_(std::move(stop)),
@@ -84,7 +85,7 @@ public:
           settings_(AppSettings::load(SettingsStore::forUser())) {}
 
     void prepare() {
-        index_ = scan(command_.mailFolder, stop_);
+        index_ = scan(command_.mailFolder, stop_, summaries_);
         if (!command_.isUpdate) {
             messages_ = MessageFilter{.skipDuplicates = settings_.skipDuplicates}.apply(index_.messages, calendar_);
             return;
@@ -133,6 +134,7 @@ private:
 
     const Command command_;
     const std::stop_token stop_, noEngine_;
+    const SummaryCache::Place summaries_{SummaryCache::usersFolder(), now()};
     const AppSettings settings_;
     const Calendar calendar_ = Calendar::current();
     MailIndex index_;
