@@ -128,7 +128,8 @@ void MainWindow::showSheet() {
         old->hide();
         Glib::signal_idle().connect_once([old] {});
         const auto* result = std::get_if<ExportResult>(&model_.exportPhase.get());
-        if (result != nullptr && result->exported > 0 && dynamic_cast<ExportSheet*>(old.get()) != nullptr)
+        const bool isLast = !model_.sheet.get();
+        if (isLast && result != nullptr && result->exported > 0 && dynamic_cast<ExportSheet*>(old.get()) != nullptr)
             showToast(*result);
     }
     const auto& sheet = model_.sheet.get();
