@@ -12,6 +12,7 @@
 #include "pdf/images/Images.h"
 #include "pdf/pages/LinkMarks.h"
 #include "pdf/pages/Pages.h"
+#include "pdf/tags/Tagging.h"
 #include "pdf/text/Clusters.h"
 #include "pdf/text/Emoji.h"
 #include "pdf/text/PageText.h"
@@ -63,6 +64,7 @@ enum class Pass {
     unknownTexts,
     sharedTexts,
     pictures,
+    tags,
     conformance,
     packing,
     twins,
@@ -162,6 +164,12 @@ void fillInTexts(Work& work) {
         work.keep(std::to_string(count) + " glyphs of which the characters are not known");
 }
 
+void addTags(Work& work) {
+    auto why = tag(work.file, *work.contents);
+    work.result.report.isTagged = why.empty();
+    if (!why.empty()) work.keep("no tags: " + why);
+}
+
 void judge(Work& work) {
     auto fault = whyNotArchival(work.file, work.texts, work.use);
     work.result.report.isArchival = fault.empty();
@@ -220,6 +228,7 @@ constexpr std::array steps{
     Step{Pass::unknownTexts, "unknownTexts", Need::optional, fillInTexts},
     Step{Pass::sharedTexts, "sharedTexts", Need::optional, [](Work& work) { work.texts.share(work.use); }},
     Step{Pass::pictures, "pictures", Need::optional, packPictures},
+    Step{Pass::tags, "tags", Need::optional, addTags},
     Step{Pass::conformance, "conformance", Need::optional, judge},
     Step{Pass::packing, "packing", Need::essential, pack},
     Step{Pass::twins, "twins", Need::optional, [](Work& work) { work.count(shareTwins(work.file)); }},

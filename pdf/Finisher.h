@@ -48,6 +48,7 @@ struct FinishReport {
     std::size_t fontsKept = 0;        // font programs left whole
     std::size_t picturesPlaced = 0;   // as they came
     bool isArchival = false;          // says that it is PDF/A-2u (ISO 19005-2)
+    bool isTagged = false;            // tells what is read on its pages, and in which order
     // The colours of pictures that did not come back as they must (PlacedPictures.h). If there are any, there is no
     // file: the page is to be printed again with those in it.
     std::vector<std::uint32_t> notPlaced{};

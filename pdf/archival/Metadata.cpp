@@ -1,7 +1,7 @@
 #include "pdf/archival/Metadata.h"
 
 #include "pdf/archival/ColourProfile.h"
-#include "pdf/content/Deflate.h"
+#include "pdf/content/Streams.h"
 #include "platform/Text.h"
 
 #include <algorithm>
@@ -68,7 +68,6 @@ std::string xmpPacket(const Description& said, const std::string& date) {
         "<rdf:Description rdf:about=\"\" xmlns:dc=\"http://purl.org/dc/elements/1.1/\" "
         "xmlns:xmp=\"http://ns.adobe.com/xap/1.0/\" xmlns:pdf=\"http://ns.adobe.com/pdf/1.3/\"";
     if (said.isArchival) xmp += " xmlns:pdfaid=\"http://www.aiim.org/pdfa/ns/id/\"";
-    if (said.isAccessible) xmp += " xmlns:pdfuaid=\"http://www.aiim.org/pdfua/ns/id/\"";
     xmp += ">";
     const auto add = [&](std::string_view opening, std::string_view value, std::string_view closing) {
         if (!value.empty()) xmp.append(opening).append(escaped(value)).append(closing);
@@ -79,7 +78,6 @@ std::string xmpPacket(const Description& said, const std::string& date) {
     add("<pdf:Producer>", program, "</pdf:Producer>");
     add("<xmp:CreateDate>", date, "</xmp:CreateDate>");
     if (said.isArchival) xmp += "<pdfaid:part>2</pdfaid:part><pdfaid:conformance>U</pdfaid:conformance>";
-    if (said.isAccessible) xmp += "<pdfuaid:part>1</pdfuaid:part>";
     return xmp + "</rdf:Description></rdf:RDF></x:xmpmeta><?xpacket end=\"r\"?>";
 }
 
@@ -120,8 +118,8 @@ void describe(QPDF& file, const Description& description) {
     if (!said.language.empty()) root.replaceKey("/Lang", QPDFObjectHandle::newUnicodeString(said.language));
     if (!said.title.empty())
         root.replaceKey("/ViewerPreferences", QPDFObjectHandle::parse("<< /DisplayDocTitle true >>"));
-    // Not packed, so that programs that know no PDF can read it, too.
-    auto metadata = QPDFObjectHandle::newStream(&file, xmpPacket(said, date));
+    auto metadata = QPDFObjectHandle::newStream(&file);
+    replaceDeflated(metadata, zlib::deflate(xmpPacket(said, date), zlib::Effort::good));
     metadata.getDict().replaceKey("/Type", QPDFObjectHandle::newName("/Metadata"));
     metadata.getDict().replaceKey("/Subtype", QPDFObjectHandle::newName("/XML"));
     root.replaceKey("/Metadata", metadata);

@@ -126,7 +126,8 @@ QPDFObjectHandle linkAnnotation(const Rectangle& area, const std::string& target
         const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), std::round(side * 100) / 100);
         text.append(1, ' ').append(digits.data(), end.ptr);
     }
-    text += " ] /A << /S /URI /URI " + QPDFObjectHandle::newString(target).unparse() + " >> >>";
+    text += " ] /Contents " + QPDFObjectHandle::newString(target).unparse();
+    text += " /A << /S /URI /URI " + QPDFObjectHandle::newString(target).unparse() + " >> >>";
     return QPDFObjectHandle::newOperator(text);
 }
 

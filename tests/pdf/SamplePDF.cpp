@@ -1,5 +1,8 @@
 #include "tests/pdf/SamplePDF.h"
 
+#include "pdf/content/ContentReader.h"
+#include "pdf/content/Rewriter.h"
+
 #include <array>
 #include <cstdio>
 #include <cstdlib>
@@ -84,7 +87,23 @@ OpenedPDF::OpenedPDF(std::string bytes) : bytes_(std::move(bytes)) {
     file_.processMemoryFile("finished", bytes_.data(), bytes_.size());
 }
 
-std::string OpenedPDF::content(std::size_t number) { return plainData(page(number).getKey("/Contents")); }
+std::string OpenedPDF::content(std::size_t number) {
+    const auto tagged = plainData(page(number).getKey("/Contents"));
+    pdf::ContentReader reader(tagged);
+    pdf::Rewriter tags;
+    std::vector<bool> areTags;   // the marks that have not ended yet
+    while (const auto operation = reader.next()) {
+        if (operation->letters == "BMC" || operation->letters == "BDC") {
+            const auto& name = operation->operands.front().text;
+            areTags.push_back(name == "P" || name == "Artifact");
+            if (areTags.back()) tags.cut(operation->begin, operation->end + 1);   // with the end of its line
+        } else if (operation->letters == "EMC" && !areTags.empty()) {
+            if (areTags.back()) tags.cut(operation->begin - 1, operation->end);   // with the blank before it
+            areTags.pop_back();
+        }
+    }
+    return tags.rewritten(tagged).value_or(tagged);
+}
 
 QPDFObjectHandle OpenedPDF::resource(std::size_t pageNumber, const char* kind, const char* name) {
     return page(pageNumber).getKey("/Resources").getKey(kind).getKey(name);

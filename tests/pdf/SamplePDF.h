@@ -46,7 +46,7 @@ public:
     explicit OpenedPDF(std::string bytes);
     QPDF& file() { return file_; }
     QPDFObjectHandle page(std::size_t number) { return file_.getAllPages().at(number); }
-    std::string content(std::size_t number);
+    std::string content(std::size_t number);   // without its tags
     QPDFObjectHandle resource(std::size_t pageNumber, const char* kind, const char* name);
 
 private:

@@ -4,6 +4,7 @@
 #include "platform/TemporaryFolder.h"
 #include "render/print/WebPDFRenderer.h"
 #include "tests/pdf/archival/ArchivalRules.h"
+#include "tests/pdf/tags/TagRules.h"
 #include "tests/render/PrintedPDF.h"
 
 #include <filesystem>
@@ -23,8 +24,10 @@ protected:
         const auto path = folder.path() / ("page " + std::to_string(++printed_) + ".pdf");
         with.renderPDF(makePage(html), path, {.title = "<A & B>", .author = "Ann", .created = Instant{}});
         EXPECT_TRUE(with.lastReport().finished.isArchival) << html.substr(0, 500);
-        const Bytes pdf = files::readWhole(path);
-        EXPECT_EQ(test::brokenArchivalRules(std::string(charsOf(pdf.view()))), std::vector<std::string>());
+        EXPECT_TRUE(with.lastReport().finished.isTagged) << html.substr(0, 500);
+        const std::string pdf(files::readWhole(path).chars());
+        EXPECT_EQ(test::brokenArchivalRules(pdf), std::vector<std::string>());
+        EXPECT_EQ(test::brokenTagRules(pdf), std::vector<std::string>());
         return path;
     }
     std::filesystem::path print(const std::string& html) { return print(html, renderer); }

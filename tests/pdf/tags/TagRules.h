@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace ostrel::test {
+
+// Returns what is wrong with the tags of a finished file (ISO 32000-1 §14.7): something painted that is neither read
+// nor an artifact, marked content that no element has or that two have, links without an element. Nothing for a file
+// without tags.
+std::vector<std::string> brokenTagRules(const std::string& pdf);
+
+}   // namespace ostrel::test
