@@ -37,6 +37,9 @@ private:
                 return !state_->font || show(operation);
             case "\""_op:
                 return !state_->font;
+            case "gs"_op:   // may set a font, too
+                state_->shownName = {};
+                return true;
             case "Tw"_op:   // widens the blank, which has a code of its own
                 return false;
             default:
