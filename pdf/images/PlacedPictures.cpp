@@ -42,7 +42,8 @@ struct Use {
 
 struct Found {
     std::vector<Use> uses;
-    std::set<std::size_t> odd;   // pictures whose colour was used for anything else
+    std::vector<Range> colours;   // where a picture's colour is set
+    std::set<std::size_t> odd;    // pictures whose colour was used for anything else
 };
 
 struct Point {
@@ -85,7 +86,7 @@ public:
                 ++parts_;
                 [[fallthrough]];
             case "l"_op:
-                if (const auto point = operation.numbers<2>(); point && points_.size() < mostPoints)
+                if (const auto point = operation.numbers<2>(); point && points_.size() < maxPoints)
                     points_.push_back({(*point)[0], (*point)[1]});
                 else
                     isOdd_ = true;
@@ -110,13 +111,13 @@ public:
             const auto& [x, y, width, height] = *rectangle_;
             return Corners{{{x, y}, {x + width, y}, {x + width, y + height}, {x, y + height}}};
         }
-        const bool isClosed = points_.size() == mostPoints && isNear(points_.front(), points_.back());
+        const bool isClosed = points_.size() == maxPoints && isNear(points_.front(), points_.back());
         if (!isClosed && points_.size() != 4) return std::nullopt;
         return Corners{points_[0], points_[1], points_[2], points_[3]};
     }
 
 private:
-    static constexpr std::size_t mostPoints = 5;   // the last closes it
+    static constexpr std::size_t maxPoints = 5;   // the last closes it
     bool hasBegun_ = false, isOdd_ = false;
     std::size_t parts_ = 0;
     std::optional<std::array<double, 4>> rectangle_;
@@ -167,10 +168,16 @@ private:
                 const auto parts = operation.numbers<3>();
                 const auto colour = parts ? colourOf(*parts) : std::nullopt;
                 const auto known = colour ? colours_.find(*colour) : colours_.end();
+                if (known != colours_.end()) found_.colours.push_back({operation.begin, operation.end});
                 *fill_ = known == colours_.end() ? std::nullopt : std::optional(known->second);
                 return;
             }
-            case "RG"_op:
+            case "RG"_op: {
+                const auto parts = operation.numbers<3>();
+                if (const auto colour = parts ? colourOf(*parts) : std::nullopt; colour && colours_.contains(*colour))
+                    found_.colours.push_back({operation.begin, operation.end});
+                return;
+            }
             case "gs"_op:
                 return;
             case "g"_op:
@@ -321,14 +328,16 @@ private:
 struct Changed {
     Content* content;
     std::shared_ptr<const std::string> text;
-    std::vector<Use> uses;
+    Found found;
 };
 
 void draw(QPDF& file, Contents& contents, const std::vector<Changed>& all, std::span<const PlacedPicture> pictures) {
     Images images(file, pictures);
-    for (const auto& [content, text, uses] : all) {
+    for (const auto& [content, text, found] : all) {
         Rewriter rewriter;
-        for (const auto& use : uses) {
+        // Nothing is drawn in them any more, and they are others each time: the same mail is to make the same file.
+        for (const auto& [begin, end] : found.colours) rewriter.cut(begin, end);
+        for (const auto& use : found.uses) {
             if (use.clip) rewriter.cut(use.clip->begin, use.clip->end);
             rewriter.replace(use.rectangle.begin, use.rectangle.end, images.drawing(use.picture, content->resources));
         }
@@ -354,7 +363,8 @@ std::vector<std::uint32_t> placePictures(QPDF& file, Contents& contents, std::sp
         if (!isUnderstood) break;
         odd.merge(found->odd);
         for (const auto& use : found->uses) drawn.insert(use.picture);
-        if (!found->uses.empty()) changed.push_back({&content, std::move(text), std::move(found->uses)});
+        if (!found->uses.empty() || !found->colours.empty())
+            changed.push_back({&content, std::move(text), std::move(*found)});
     }
     findInRasters(file, colours, odd);
     std::vector<std::uint32_t> notPlaced;

@@ -14,7 +14,8 @@ using test::OpenedPDF;
 using test::SamplePDF;
 
 constexpr std::uint32_t colour = 0x2B9E37;
-constexpr const char* fill = ".1686 .6196 .2157 rg ";
+constexpr const char* fill = ".1686 .6196 .2157 RG .1686 .6196 .2157 rg ";
+const std::string gone = "  ";   // colours that are others each time, and would make each export another
 
 std::string jpegTurned(const std::string& file, unsigned orientation) {
     return file.substr(0, 2) + test::segment(0xE1, test::exif(orientation)) + file.substr(2);
@@ -91,21 +92,22 @@ TEST(PlacedPictures, AreDrawnWhereTheirRectanglesWereAndNowhereElse) {
         const char* why;
         std::string content, drawn;   // empty: the picture is to go through the engine
     } rows[] = {
-        {"once", fill + whole, fill + drawing + "\n"},
-        {"twice in one colour", fill + whole + whole, fill + drawing + "\n" + drawing + "\n"},
+        {"once", fill + whole, gone + drawing + "\n"},
+        {"twice in one colour", fill + whole + whole, gone + drawing + "\n" + drawing + "\n"},
         {"within what is saved", fill + ("q 1 0 0 rg 0 0 8 6 re f Q " + whole),
-         fill + ("q 1 0 0 rg 0 0 8 6 re f Q " + drawing + "\n")},
+         gone + ("q 1 0 0 rg 0 0 8 6 re f Q " + drawing + "\n")},
+        {"where nothing is drawn in it", fill + std::string("n"), gone + "n"},
         {"in no place", "1 0 0 rg 0 0 8 6 re f", "1 0 0 rg 0 0 8 6 re f"},
         {"clipped to itself", "q\n10 20 4 3 re\nW* n\nq\n.5 0 0 .5 10 20 cm\n" + (fill + whole) + "Q\nQ\n",
-         "q\n\nq\n.5 0 0 .5 10 20 cm\n" + (fill + drawing) + "\nQ\nQ\n"},
+         "q\n\nq\n.5 0 0 .5 10 20 cm\n" + (gone + drawing) + "\nQ\nQ\n"},
         {"clipped to a part", "q\n10 20 3 3 re\nW* n\nq\n.5 0 0 .5 10 20 cm\n" + (fill + whole) + "Q\nQ\n",
-         "q\n10 20 3 3 re\nW* n\nq\n.5 0 0 .5 10 20 cm\n" + (fill + drawing) + "\nQ\nQ\n"},
+         "q\n10 20 3 3 re\nW* n\nq\n.5 0 0 .5 10 20 cm\n" + (gone + drawing) + "\nQ\nQ\n"},
         {"turned within a clip of its shape",
          "q\n0 0 m 0 4 l -3 4 l -3 0 l 0 0 l h W n\nq\n0 .5 -.5 0 0 0 cm\n" + (fill + whole) + "Q\nQ\n",
-         "q\n\nq\n0 .5 -.5 0 0 0 cm\n" + (fill + drawing) + "\nQ\nQ\n"},
+         "q\n\nq\n0 .5 -.5 0 0 0 cm\n" + (gone + drawing) + "\nQ\nQ\n"},
         {"a clip that holds for more",
          "q\n10 20 4 3 re\nW* n\nq\n.5 0 0 .5 10 20 cm\n" + (fill + whole) + "Q\n0 0 9 9 re S Q\n",
-         "q\n10 20 4 3 re\nW* n\nq\n.5 0 0 .5 10 20 cm\n" + (fill + drawing) + "\nQ\n0 0 9 9 re S Q\n"},
+         "q\n10 20 4 3 re\nW* n\nq\n.5 0 0 .5 10 20 cm\n" + (gone + drawing) + "\nQ\n0 0 9 9 re S Q\n"},
         {"another size", fill + std::string("0 0 8 5 re f"), ""},
         {"another shape", fill + std::string("0 0 m 8 0 l 8 6 l h f"), ""},
         {"two at once", fill + std::string("0 0 8 6 re 0 0 8 6 re f"), ""},
