@@ -206,6 +206,8 @@ TEST_F(ExporterTest, CancellingFinishesAllThatAreUnderWay) {
     renderer_.atOnce = 4;
     renderer_.before = [&](const std::string& title) {
         if (title == "M20") cancel_.request_stop();
+        // Those behind it wait for the stop, which could otherwise come after the last.
+        while (std::stoi(title.substr(1)) > 20 && !cancel_.stop_requested()) std::this_thread::yield();
     };
     const ExportResult result = run(messages);
     EXPECT_TRUE(result.cancelled);
