@@ -88,7 +88,8 @@ class Desktop:
         self._write(self.home + "/.config/gtk-4.0/settings.ini", TOOLKIT)
 
         shown, number = os.pipe()
-        self._serve("Xvfb", "-displayfd", str(number), "-screen", "0", size + "x24", "-nolisten", "tcp", "+extension" if has_gl else "-extension", "GLX",
+        # Without a reset when the last client goes: the window manager could come in the middle of it, and end.
+        self._serve("Xvfb", "-displayfd", str(number), "-screen", "0", size + "x24", "-nolisten", "tcp", "-noreset", "+extension" if has_gl else "-extension", "GLX",
                     passing=number)
         self.environment["DISPLAY"] = ":" + self._line(shown)
         launcher = next(path for path in LAUNCHERS if os.path.exists(path))
