@@ -9,6 +9,7 @@
 #include "render/engine/EngineThrift.h"
 #include "render/engine/PrivateDisplay.h"
 #include "render/engine/ReducedFonts.h"
+#include "render/loop/Log.h"
 #include "render/loop/MainLoop.h"
 #include "render/overrides/Register.h"
 
@@ -36,6 +37,7 @@ void doWithoutDesktopServices() {
 
 HeadlessEngine::HeadlessEngine(std::function<void()> displayLost) : home_(std::make_unique<EngineHome>()) {
     assert(mainLoop::isMainThread());
+    engineLog::useStandardError();
     overrides::logTakenAway();
     if (overrides::isWanted(overrides::Override::noServices)) doWithoutDesktopServices();
     engineThrift::settle();

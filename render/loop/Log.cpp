@@ -4,11 +4,11 @@
 
 namespace ostrel::engineLog {
 
-void note(const std::string& line) {
-    // Standard output is for what our programs print.
-    static const bool once = (g_log_writer_default_set_use_stderr(TRUE), true);
+void useStandardError() {
+    static const bool once = (g_log_writer_default_set_use_stderr(TRUE), true);   // a second engine has threads
     static_cast<void>(once);
-    g_log_structured("ostrel", G_LOG_LEVEL_INFO, "MESSAGE", "%s", line.c_str());
 }
+
+void note(const std::string& line) { g_log_structured("ostrel", G_LOG_LEVEL_INFO, "MESSAGE", "%s", line.c_str()); }
 
 }   // namespace ostrel::engineLog
