@@ -5,9 +5,10 @@
 #include <algorithm>
 #include <charconv>
 #include <fstream>
-#include <iterator>
 #include <map>
+#include <sstream>
 #include <string_view>
+#include <utility>
 
 #include <unistd.h>
 
@@ -21,10 +22,11 @@ struct Process {
     pid_t parent = 0;
 };
 
-// Files there have no size of their own.
+// Files there have no size of their own, and end where their process does; a stream's iterators would throw then.
 std::string contentOf(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    std::ostringstream content;
+    content << std::ifstream(path, std::ios::binary).rdbuf();
+    return std::move(content).str();
 }
 
 std::string fileOf(pid_t process, const char* name) { return "/proc/" + std::to_string(process) + "/" + name; }
@@ -55,17 +57,32 @@ std::map<pid_t, Process> processes() {
 
 }   // namespace
 
-std::optional<pid_t> current() {
-    const auto all = processes();
-    std::optional<pid_t> newest;
-    for (const auto& [id, process] : all) {
+std::vector<pid_t> all() {
+    const auto known = processes();
+    std::vector<pid_t> ours;
+    for (const auto& [id, process] : known) {
         if (process.name != webName) continue;
-        auto at = all.find(process.parent);
-        for (std::size_t up = 0; up < all.size() && at != all.end() && at->first != getpid(); ++up)
-            at = all.find(at->second.parent);
-        if (at != all.end() && at->first == getpid()) newest = id;
+        auto at = known.find(process.parent);
+        for (std::size_t up = 0; up < known.size() && at != known.end() && at->first != getpid(); ++up)
+            at = known.find(at->second.parent);
+        if (at != known.end() && at->first == getpid()) ours.push_back(id);
     }
-    return newest;
+    return ours;
+}
+
+std::optional<pid_t> current() {
+    const auto ours = all();
+    return ours.empty() ? std::nullopt : std::optional(ours.back());
+}
+
+// "size resident ...", in pages.
+std::uint64_t memoryOf(pid_t process) {
+    const std::string all = contentOf(fileOf(process, "statm"));
+    const std::size_t blank = all.find(' ');
+    if (blank == all.npos) return 0;
+    std::uint64_t pages = 0;
+    std::from_chars(all.data() + blank + 1, all.data() + all.size(), pages);
+    return pages * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
 }
 
 std::vector<std::string> environmentOf(pid_t process) {

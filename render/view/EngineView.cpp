@@ -1,5 +1,6 @@
 #include "render/view/EngineView.h"
 
+#include "render/engine/MemoryCeiling.h"
 #include "render/engine/ReducedFonts.h"
 #include "render/loop/MainLoop.h"
 #include "render/view/PageFrame.h"
@@ -73,11 +74,12 @@ WebKitWebContext* sharedContext() {
             webkit_memory_pressure_settings_new());
         webkit_memory_pressure_settings_set_memory_limit(pressure.get(), megabytes);
         webkit_memory_pressure_settings_set_poll_interval(pressure.get(), 5);    // seconds
-        webkit_memory_pressure_settings_set_kill_threshold(pressure.get(), 0);   // never: some messages need much
+        webkit_memory_pressure_settings_set_kill_threshold(pressure.get(), 0);   // never: memoryCeiling does
         WebKitWebContext* context = WEBKIT_WEB_CONTEXT(
             g_object_new(WEBKIT_TYPE_WEB_CONTEXT, "memory-pressure-settings", pressure.get(), nullptr));
         webkit_web_context_set_cache_model(context, WEBKIT_CACHE_MODEL_DOCUMENT_VIEWER);
         webkit_web_context_set_spell_checking_enabled(context, FALSE);
+        memoryCeiling::keep();
         // The engine compares the path with the real one of the home folder, and crashes where there is none.
         const auto& fonts = reducedFonts::providedFolder();
         if (fonts && g_file_test(g_get_home_dir(), G_FILE_TEST_IS_DIR))
