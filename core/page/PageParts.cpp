@@ -30,6 +30,7 @@ std::optional<PageParts> partsOf(std::string_view page) {
     const auto stretch = [&](std::size_t from, std::size_t to) { return page.substr(from, to - from); };
     return PageParts{.styleSheet = stretch(style + styleBegin.size(), head),
                      .head = stretch(head + headTag, mail),
+                     .mail = stretch(mail + mailBegin.size(), tail),
                      .document = document,
                      .files = stretch(tail + mailEnd.size(), page.size() - end.size())};
 }

@@ -9,6 +9,7 @@ namespace ostrel::MessageHTML {
 struct PageParts {
     std::string_view styleSheet;   // ours, without its tags
     std::string_view head;         // the header and the notes
+    std::string_view mail;         // what the mail made, in its box
     std::string_view document;     // the page from its beginning to the end of the mail: all but what is ours below it
     std::string_view files;        // the list of attachments; empty if there is none
 };

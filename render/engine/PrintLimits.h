@@ -5,14 +5,15 @@
 
 namespace ostrel {
 
-// How long one page may take before the engine's process is ended and the page counts as failed, and how many pages one
-// process takes. On a slow machine with two cores the longest honest pages took 16 s to print (1,442 sheets) and about
-// 1 s for every 50 MB to load: the limits leave more than ten times that, and still end a page made never to end.
+// How long one page may take before the engine's process is ended and the page is printed in a simpler form, and how
+// many pages one process takes. On a slow machine with two cores a megabyte of text took 9 s to print, a table of
+// 100,000 cells 10 s, and 50 MB of anything 1 s to load: honest pages stay within, and one made never to end is soon
+// ended.
 struct PrintLimits {
-    std::chrono::milliseconds load = std::chrono::minutes(1);
-    std::chrono::milliseconds print = std::chrono::minutes(4);
+    std::chrono::milliseconds load = std::chrono::seconds(15);
+    std::chrono::milliseconds print = std::chrono::seconds(20);
     // Added to both for every megabyte of the page.
-    std::chrono::milliseconds perMegabyte = std::chrono::seconds(2);
+    std::chrono::milliseconds perMegabyte = std::chrono::seconds(12);
     // The engine keeps a little of each page, 30 MB of 20,000: after so many its process is ended and a fresh one
     // started, which takes as long as ten pages.
     unsigned long pagesPerProcess = 1000;

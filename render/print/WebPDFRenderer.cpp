@@ -1,10 +1,12 @@
 #include "render/print/WebPDFRenderer.h"
 
 #include "app/ForeignPictures.h"
+#include "core/page/SimplerPage.h"
 #include "pdf/Finisher.h"
 #include "platform/Files.h"
 #include "platform/Memory.h"
 #include "platform/TemporaryFolder.h"
+#include "platform/Translation.h"
 #include "render/engine/OverrideEffects.h"
 #include "render/loop/Log.h"
 #include "render/loop/MainLoop.h"
@@ -13,6 +15,7 @@
 #include "render/print/Placeholders.h"
 #include "render/print/PrinterPool.h"
 
+#include <array>
 #include <cassert>
 #include <chrono>
 #include <mutex>
@@ -36,6 +39,18 @@ bool mayLackItsRightEdge(const pdf::Printed& printed) {
     const auto scale = printed.scale();
     return scale && *scale * pageGeometry::mostPixelsPerPoint < 1.0006;
 }
+
+// A mail that the engine cannot print as it is loses its looks one after the other, never its words.
+struct LadderStep {
+    MessageHTML::Simplicity simplicity;
+    std::string (*note)();
+};
+constexpr std::array ladder{
+    LadderStep{MessageHTML::Simplicity::withoutEffects,
+               [] { return i18n::tr("This message could not be printed with all its effects; some were left out."); }},
+    LadderStep{MessageHTML::Simplicity::textOnly,
+               [] { return i18n::tr("This message could not be printed as it looks; only its text is shown."); }},
+};
 
 // What could not be made smaller or finer is kept as the engine wrote it; somebody may want to know.
 void logLeftOut(const pdf::FinishReport& report) {
@@ -220,15 +235,27 @@ void WebPDFRenderer::renderPDF(const Page& asBuilt, const std::filesystem::path&
     assert(!mainLoop::isMainThread());
     State& state = *state_;
     if (state.cancel.stop_requested()) throw RenderCancelled();
-    PrintReport report;
-    try {
-        const auto shown = state.foreignPictures.shown(asBuilt);
-        const std::string finished = state.printAndFinish(shown ? *shown : asBuilt, info, report);
-        files::writeAtomically(destination, bytesOf(finished));
-    } catch (const pdf::Error& error) {
-        throw RenderError(RenderError::Kind::writeFailed, error.what());
+    std::optional<Page> simpler;
+    for (std::size_t steps = 0;; ++steps) {
+        std::optional<RenderError> failure;
+        try {
+            PrintReport report;
+            const Page& wanted = simpler ? *simpler : asBuilt;
+            const auto shown = state.foreignPictures.shown(wanted);
+            const std::string finished = state.printAndFinish(shown ? *shown : wanted, info, report);
+            files::writeAtomically(destination, bytesOf(finished));
+            return state.close(std::move(report));
+        } catch (const pdf::Error& error) {
+            failure.emplace(RenderError::Kind::writeFailed, error.what());
+        } catch (const RenderError& error) {
+            if (error.kind == RenderError::Kind::writeFailed) throw;
+            failure.emplace(error);
+        }
+        if (steps < ladder.size())
+            simpler = MessageHTML::simpler(asBuilt, ladder[steps].simplicity, ladder[steps].note());
+        if (steps == ladder.size() || !simpler) throw *failure;
+        engineLog::note("“" + info.title + "” is printed in a simpler form: " + failure->what());
     }
-    state.close(std::move(report));
 }
 
 PrintReport WebPDFRenderer::lastReport() const {

@@ -1,3 +1,5 @@
+#include "core/message/MailMessage.h"
+#include "core/page/MessageHTML.h"
 #include "tests/platform/Surroundings.h"
 #include "tests/render/EngineProcess.h"
 #include "tests/render/Printing.h"
@@ -23,6 +25,30 @@ TEST_F(Printing, OutlivesACrashOfTheWebProcess) {
     EXPECT_TRUE(killed.get());
     EXPECT_FALSE(files::exists(lost));
     EXPECT_EQ(readText(print("<p>next")), "next\n\n\f");
+}
+
+// What becomes of a mail whose page the engine's process does not survive once, and does not survive twice.
+TEST_F(Printing, PrintsInASimplerFormWhatEndsTheProcess) {
+    MailMessage mail;
+    mail.subject = "The subject";
+    mail.htmlBody = "<p style='text-indent:100px'><b>first</b>" + hundredsOfSheets();
+    const Page page = MessageHTML::page(mail, "", "", std::nullopt, {});
+    WebPDFRenderer patient(Paper::a4, {}, {.load = 5min, .print = 5min});
+    print("<p>starts the process", patient);
+    for (const int kills : {1, 2}) {
+        auto killed = std::async(std::launch::async, [kills] {
+            bool all = true;
+            for (int i = 0; i < kills; ++i) all = killBusyWebProcess() && all;
+            return all;
+        });
+        const auto pdf = folder.path() / "simpler.pdf";
+        patient.renderPDF(page, pdf, {.title = mail.subject, .author = "", .created = {}});
+        EXPECT_TRUE(killed.get());
+        const std::string text = readText(pdf);
+        const char* const note = kills == 1 ? "some were left out" : "only its text is shown";
+        for (const char* const words : {"The subject", note, "first", "Paragraph 19999 with office words"})
+            EXPECT_NE(text.find(words), std::string::npos) << kills << ": " << words;
+    }
 }
 
 TEST_F(Printing, OutlivesEngineProcessesThatEndAsTheyStart) {

@@ -1,0 +1,46 @@
+#include "core/page/SimplerPage.h"
+
+#include "core/page/HTMLText.h"
+#include "core/page/MessageHTML.h"
+#include "core/page/PageParts.h"
+
+#include <string>
+
+namespace ostrel::MessageHTML {
+namespace {
+
+// As strong as a rule can be: a mail's own rules are important, too.
+constexpr std::string_view noEffects = R"(
+*:not(#ostrel#ostrel#ostrel#ostrel) { filter: none !important; backdrop-filter: none !important; box-shadow: none !important; text-shadow: none !important; mix-blend-mode: normal !important; mask: none !important; -webkit-mask-box-image: none !important; -webkit-box-reflect: none !important; clip-path: none !important; animation: none !important; transition: none !important; transform: none !important; perspective: none !important; background-image: none !important; border-image: none !important; columns: auto !important; float: none !important; writing-mode: horizontal-tb !important; }
+*:not(#ostrel#ostrel#ostrel#ostrel)::before, *:not(#ostrel#ostrel#ostrel#ostrel)::after { content: none !important; }
+svg:not(#ostrel#ostrel#ostrel#ostrel) { display: none !important; })";
+
+constexpr std::string_view plainBegin = "<div class=\"plain\">";
+
+// What is read of the mail. A text that keeps its lines is told so.
+std::string wordsOf(std::string_view mail) {
+    if (!mail.starts_with(plainBegin)) return html::textOf(mail);
+    return html::textOf("<pre>" + std::string(mail) + "</pre>");
+}
+
+}   // namespace
+
+std::optional<Page> simpler(const Page& page, Simplicity simplicity, std::string_view note) {
+    const auto parts = partsOf(page.html);
+    if (!parts) return std::nullopt;
+    const auto offsetOf = [&](std::string_view part) {
+        return static_cast<std::size_t>(part.data() - page.html.data());
+    };
+    const std::size_t headEnd = offsetOf(parts->head) + parts->head.size();
+    const std::size_t mail = offsetOf(parts->mail), mailEnd = mail + parts->mail.size();
+    const std::string noteText = "<p class=\"note\">" + escape(note) + "</p>";
+    std::string html = page.html;
+    if (simplicity == Simplicity::textOnly)
+        html.replace(mail, mailEnd - mail, std::string(plainBegin) + escape(wordsOf(parts->mail)) + "</div>");
+    html.insert(headEnd, noteText);
+    if (simplicity == Simplicity::withoutEffects)
+        html.insert(offsetOf(parts->styleSheet) + parts->styleSheet.size(), noEffects);
+    return makePage(std::move(html));
+}
+
+}   // namespace ostrel::MessageHTML
