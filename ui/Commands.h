@@ -22,8 +22,8 @@ public:
     virtual void quit() = 0;   // asks first while an export runs
 };
 
-// Actions: about, settings, quit, choose-folder, use-default-folder, reload, export, update, verify, show-file, clear-filters,
-// close-window, help, shortcuts, show-welcome. Keys and the menu come with them.
+// Actions: about, settings, quit, choose-folder, use-default-folder, reload, export, update, verify, show-file,
+// clear-filters, close-window, help, shortcuts, show-welcome. Keys and the menu come with them.
 class Commands {
 public:
     Commands(Gtk::Application& application, AppModel& model, Windows& windows);
