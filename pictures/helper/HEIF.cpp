@@ -1,24 +1,17 @@
 #include "pictures/helper/Formats.h"
+#include "pictures/helper/Owned.h"
 
 #include <cstring>
-#include <memory>
 
 #include <libheif/heif.h>
 
 namespace ostrel::pictures {
 namespace {
 
-template <auto release>
-struct Releaser {
-    template <class T>
-    void operator()(T* object) const {
-        release(object);
-    }
-};
-using Context = std::unique_ptr<heif_context, Releaser<heif_context_free>>;
-using Handle = std::unique_ptr<heif_image_handle, Releaser<heif_image_handle_release>>;
-using Options = std::unique_ptr<heif_decoding_options, Releaser<heif_decoding_options_free>>;
-using Image = std::unique_ptr<heif_image, Releaser<heif_image_release>>;
+using Context = Owned<heif_context, heif_context_free>;
+using Handle = Owned<heif_image_handle, heif_image_handle_release>;
+using Options = Owned<heif_decoding_options, heif_decoding_options_free>;
+using Image = Owned<heif_image, heif_image_release>;
 
 void check(const heif_error& error) {
     if (error.code == heif_error_Memory_allocation_error) throw TooLarge();

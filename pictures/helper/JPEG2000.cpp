@@ -1,26 +1,15 @@
 #include "pictures/helper/Formats.h"
+#include "pictures/helper/Owned.h"
 
 #include <algorithm>
 #include <cstring>
-#include <memory>
 
 #include <openjpeg.h>
 
 namespace ostrel::pictures {
 namespace {
 
-struct CodecReleaser {
-    void operator()(opj_codec_t* codec) const { opj_destroy_codec(codec); }
-};
-struct StreamReleaser {
-    void operator()(opj_stream_t* stream) const { opj_stream_destroy(stream); }
-};
-struct ImageReleaser {
-    void operator()(opj_image_t* image) const { opj_image_destroy(image); }
-};
-struct InfoReleaser {
-    void operator()(opj_codestream_info_v2_t* info) const { opj_destroy_cstr_info(&info); }
-};
+void release(opj_codestream_info_v2_t* info) { opj_destroy_cstr_info(&info); }
 
 struct Source {
     ByteView bytes;
@@ -68,7 +57,7 @@ void yCbCrToRGB(unsigned char* pixel) {
 }
 
 bool isLossy(opj_codec_t* codec) {
-    const std::unique_ptr<opj_codestream_info_v2_t, InfoReleaser> info(opj_get_cstr_info(codec));
+    const Owned<opj_codestream_info_v2_t, release> info(opj_get_cstr_info(codec));
     return info && info->m_default_tile_info.tccp_info && info->m_default_tile_info.tccp_info->qmfbid == 0;
 }
 
@@ -95,10 +84,9 @@ Pixels pixelsOf(const opj_image_t& image) {
 
 Pixels decodeJPEG2000(ByteView picture) {
     const bool isBare = charsOf(picture).starts_with("\xFF\x4F");
-    const std::unique_ptr<opj_codec_t, CodecReleaser> codec(
-        opj_create_decompress(isBare ? OPJ_CODEC_J2K : OPJ_CODEC_JP2));
+    const Owned<opj_codec_t, opj_destroy_codec> codec(opj_create_decompress(isBare ? OPJ_CODEC_J2K : OPJ_CODEC_JP2));
     Source source{picture};
-    const std::unique_ptr<opj_stream_t, StreamReleaser> stream(opj_stream_default_create(OPJ_TRUE));
+    const Owned<opj_stream_t, opj_stream_destroy> stream(opj_stream_default_create(OPJ_TRUE));
     opj_stream_set_user_data(stream.get(), &source, nullptr);
     opj_stream_set_user_data_length(stream.get(), picture.size());
     opj_stream_set_read_function(stream.get(), readSome);
@@ -110,7 +98,7 @@ Pixels decodeJPEG2000(ByteView picture) {
 
     opj_image_t* raw = nullptr;
     const bool isRead = opj_read_header(stream.get(), codec.get(), &raw) == OPJ_TRUE;
-    const std::unique_ptr<opj_image_t, ImageReleaser> image(raw);
+    const Owned<opj_image_t, opj_image_destroy> image(raw);
     if (!isRead || image->x1 <= image->x0 || image->y1 <= image->y0) throw NotAPicture("no JPEG 2000");
     checkSize(image->x1 - image->x0, image->y1 - image->y0);   // judged before the decoder takes memory
     if (!opj_decode(codec.get(), stream.get(), image.get()) || !opj_end_decompress(codec.get(), stream.get()))

@@ -1,8 +1,8 @@
 #include "pictures/Wire.h"
 #include "pictures/helper/Formats.h"
+#include "pictures/helper/Owned.h"
 
 #include <cmath>
-#include <memory>
 
 #include <cairo-svg.h>
 #include <fontconfig/fontconfig.h>
@@ -12,18 +12,11 @@
 namespace ostrel::pictures {
 namespace {
 
-template <auto release>
-struct Releaser {
-    template <class T>
-    void operator()(T* object) const {
-        release(object);
-    }
-};
-using GBytesPtr = std::unique_ptr<GBytes, Releaser<g_bytes_unref>>;
-using Document = std::unique_ptr<PopplerDocument, Releaser<g_object_unref>>;
-using Page = std::unique_ptr<PopplerPage, Releaser<g_object_unref>>;
-using Surface = std::unique_ptr<cairo_surface_t, Releaser<cairo_surface_destroy>>;
-using Context = std::unique_ptr<cairo_t, Releaser<cairo_destroy>>;
+using GBytesPtr = Owned<GBytes, g_bytes_unref>;
+using Document = Owned<PopplerDocument, g_object_unref>;
+using Page = Owned<PopplerPage, g_object_unref>;
+using Surface = Owned<cairo_surface_t, cairo_surface_destroy>;
+using Context = Owned<cairo_t, cairo_destroy>;
 
 // What an engine shows at ease; a map with a million lines is a bomb to it.
 constexpr std::size_t mostBytes = std::size_t{16} << 20;

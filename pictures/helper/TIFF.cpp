@@ -1,8 +1,8 @@
 #include "pictures/helper/Formats.h"
+#include "pictures/helper/Owned.h"
 
 #include <algorithm>
 #include <cstring>
-#include <memory>
 
 #include <tiffio.h>
 
@@ -36,10 +36,7 @@ toff_t sizeOf(thandle_t handle) { return static_cast<Source*>(handle)->bytes.siz
 int mapNothing(thandle_t, void**, toff_t*) { return 0; }
 void unmapNothing(thandle_t, void*, toff_t) {}
 
-struct Closer {
-    void operator()(TIFF* file) const { TIFFClose(file); }
-};
-using File = std::unique_ptr<TIFF, Closer>;
+using File = Owned<TIFF, TIFFClose>;
 
 std::uint16_t field(TIFF* file, std::uint32_t tag, std::uint16_t otherwise) {
     std::uint16_t value = otherwise;

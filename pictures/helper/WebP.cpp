@@ -1,16 +1,11 @@
 #include "pictures/helper/Formats.h"
-
-#include <memory>
+#include "pictures/helper/Owned.h"
 
 #include <webp/decode.h>
 #include <webp/demux.h>
 
 namespace ostrel::pictures {
 namespace {
-
-struct Closer {
-    void operator()(WebPDemuxer* file) const { WebPDemuxDelete(file); }
-};
 
 std::string profileOf(const WebPDemuxer* file) {
     WebPChunkIterator chunk;
@@ -25,14 +20,14 @@ std::string profileOf(const WebPDemuxer* file) {
 // The first picture of an animation.
 Pixels decodeWebP(ByteView picture) {
     const WebPData data{reinterpret_cast<const std::uint8_t*>(picture.data()), picture.size()};
-    const std::unique_ptr<WebPDemuxer, Closer> file(WebPDemux(&data));
+    const Owned<WebPDemuxer, WebPDemuxDelete> file(WebPDemux(&data));
     if (!file) throw NotAPicture("not a WebP");
     const auto width = WebPDemuxGetI(file.get(), WEBP_FF_CANVAS_WIDTH);
     const auto height = WebPDemuxGetI(file.get(), WEBP_FF_CANVAS_HEIGHT);
     checkSize(width, height);
     WebPIterator frame;
     if (WebPDemuxGetFrame(file.get(), 1, &frame) == 0) throw NotAPicture("no picture");
-    const std::unique_ptr<WebPIterator, decltype(&WebPDemuxReleaseIterator)> owned(&frame, WebPDemuxReleaseIterator);
+    const Owned<WebPIterator, WebPDemuxReleaseIterator> owned(&frame);
     if (frame.x_offset < 0 || frame.y_offset < 0 || frame.width <= 0 || frame.height <= 0 ||
         static_cast<std::uint32_t>(frame.x_offset + frame.width) > width ||
         static_cast<std::uint32_t>(frame.y_offset + frame.height) > height)
