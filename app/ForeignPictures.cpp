@@ -96,16 +96,15 @@ std::string replaced(std::string_view html, std::vector<Place> places) {
 
 }   // namespace
 
-std::optional<Page> ForeignPictures::shown(const Page& page) {
+std::optional<Page> ForeignPictures::shown(const Page& page) const {
     if (std::ranges::none_of(page.pictures, isForeign)) return std::nullopt;
-    const std::lock_guard lock(mutex_);
     Page made{{}, page.pictures, page.text};
     std::vector<std::string> uris(made.pictures.size());
     std::vector<Place> places;
     for (std::size_t i = 0; i < made.pictures.size(); ++i) {
         auto& picture = made.pictures[i];
         if (isForeign(picture)) {
-            picture = replacementFor(picture, decoder_);
+            picture = replacementFor(picture, *decoder_);
             uris[i] = "data:" + picture.mediaType + ";base64," + TransferEncoding::encodeBase64(picture.bytes.view());
         }
         for (auto& address : picture.addresses) places.push_back({&address, uris[i].empty() ? nullptr : &uris[i]});

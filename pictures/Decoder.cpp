@@ -132,6 +132,7 @@ std::filesystem::path Decoder::installedProgram() {
 
 std::variant<Decoded, NotDecoded> Decoder::decode(ByteView picture, Alpha alpha) {
     if (picture.size() > wire::mostPictureBytes) return NotDecoded::tooLarge;
+    const std::lock_guard held(mutex_);
     if (!process_) process_ = Process::start(program_, environment_);
     if (!process_) return NotDecoded::unavailable;
     auto result = ask(picture, alpha);

@@ -7,6 +7,7 @@
 #include <chrono>
 #include <filesystem>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <variant>
 #include <vector>
@@ -36,7 +37,7 @@ struct DecoderPatience {
 
 // Decodes pictures in a process that can read its input, write its output and do nothing else: no file, no socket, no
 // other program, a limit on memory and time. It starts with the first picture and is kept; a picture that ends it costs
-// itself. One call at a time, on any thread.
+// itself. Any thread; calls wait for each other.
 class Decoder {
 public:
     // The program; by default the one that belongs to us. environment: "NAME=value", all that it gets.
@@ -61,6 +62,7 @@ private:
     const std::filesystem::path program_;
     const std::vector<std::string> environment_;
     const DecoderPatience patience_;
+    std::mutex mutex_;                   // of what follows
     std::unique_ptr<Process> process_;   // none before the first picture and after one that ended it
 };
 

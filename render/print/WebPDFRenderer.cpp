@@ -18,6 +18,7 @@
 #include <array>
 #include <cassert>
 #include <chrono>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -100,7 +101,7 @@ struct WebPDFRenderer::State {
     pdf::Printed open(const std::filesystem::path& file, PrintReport& report);
     pdf::Finisher::Finished finish(Print print, pdf::FinishOptions options, PrintReport& report);
     std::string printAndFinish(const Page& page, const DocumentInfo& info, PrintReport& report);
-    std::optional<pictures::Decoded> decode(ByteView picture);
+    std::optional<pictures::Decoded> decode(ByteView picture) const;   // what PDFs do not hold as it is
     std::filesystem::path freshFile();
     void close(PrintReport report);
 
@@ -108,12 +109,10 @@ struct WebPDFRenderer::State {
     const std::stop_token cancel;
     std::optional<Capacity> capacity;   // if it is not the machine's
     PrinterPool printers;
-    ForeignPictures foreignPictures;
+    const std::shared_ptr<pictures::Decoder> decoder = std::make_shared<pictures::Decoder>();
+    const ForeignPictures foreignPictures{decoder};
     pdf::Finisher finisher;
     std::once_flag hasLooked;   // at the effects of what we replace
-
-    std::mutex decoding;
-    pictures::Decoder decoder;   // of what PDFs do not hold as it is
 
     std::mutex mutex;                        // of what follows
     std::optional<TemporaryFolder> folder;   // what the engine prints, before it is finished
@@ -195,9 +194,8 @@ std::string WebPDFRenderer::State::printAndFinish(const Page& page, const Docume
     }
 }
 
-std::optional<pictures::Decoded> WebPDFRenderer::State::decode(ByteView picture) {
-    const std::lock_guard held(decoding);
-    auto decoded = decoder.decode(picture, pictures::Decoder::Alpha::apart);
+std::optional<pictures::Decoded> WebPDFRenderer::State::decode(ByteView picture) const {
+    auto decoded = decoder->decode(picture, pictures::Decoder::Alpha::apart);
     auto* const made = std::get_if<pictures::Decoded>(&decoded);
     return made ? std::optional(std::move(*made)) : std::nullopt;
 }

@@ -46,7 +46,7 @@ TEST(ForeignPictures, BecomeWhatTheEngineShowsWhereverTheyStand) {
 }
 
 TEST(ForeignPictures, ThatCannotBeDecodedLeaveABoxThatSaysSo) {
-    ForeignPictures foreign, without("/nowhere/at/all");
+    ForeignPictures foreign, without(std::make_shared<pictures::Decoder>("/nowhere/at/all"));
     const struct {
         const char* why;
         ForeignPictures& with;
