@@ -4,6 +4,7 @@
 #include "pdf/archival/Conformance.h"
 #include "pdf/archival/Metadata.h"
 #include "pdf/content/Contents.h"
+#include "pdf/content/Streams.h"
 #include "pdf/fonts/DrawnFonts.h"
 #include "pdf/fonts/FontReduction.h"
 #include "pdf/fonts/FontSubsetter.h"
@@ -26,8 +27,8 @@
 #include <new>
 #include <utility>
 
-#include <qpdf/Buffer.hh>
 #include <qpdf/Pl_Flate.hh>
+#include <qpdf/Pl_String.hh>
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFWriter.hh>
 
@@ -191,15 +192,19 @@ void pack(Work& work) {
 }
 
 void write(Work& work) {
+    auto& pdf = work.result.pdf;
+    std::size_t expected = 1 << 16;   // what is in no stream
+    for (auto object : work.file.getAllObjects())
+        if (object.isStream()) expected += storedSize(object);
+    pdf.reserve(expected);
+    Pl_String output("finished", nullptr, pdf);
     QPDFWriter writer(work.file);
-    writer.setOutputMemory();
+    writer.setOutputPipeline(&output);
     writer.setObjectStreamMode(qpdf_o_generate);
     writer.setDecodeLevel(qpdf_dl_none);   // streams are packed by then
     writer.setDeterministicID(true);
     writer.setNewlineBeforeEndstream(true);   // as PDF/A wants it
     writer.write();
-    const auto bytes = writer.getBufferSharedPointer();
-    work.result.pdf.assign(reinterpret_cast<const char*>(bytes->getBuffer()), bytes->getSize());
 }
 
 enum class Need { essential, optional };   // the file is finished without what is optional

@@ -7,7 +7,9 @@
 #include <cstdlib>
 #include <string_view>
 #include <utility>
+#include <vector>
 
+#include <qpdf/Pipeline.hh>
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFObjectHandle.hh>
 
@@ -151,6 +153,19 @@ QPDFObjectHandle imageDictionary(const pictures::Size& size, std::size_t bits) {
     return dict;
 }
 
+// Pieces of the picture, read when the file is written: a hundred photographs need not be in memory twice.
+void setData(QPDFObjectHandle image, std::vector<ByteView> pieces, QPDFObjectHandle filter,
+             QPDFObjectHandle parameters) {
+    std::size_t size = 0;
+    for (const auto piece : pieces) size += piece.size();
+    const auto write = [pieces = std::move(pieces)](Pipeline* to) {
+        for (const auto piece : pieces) to->write(reinterpret_cast<const unsigned char*>(piece.data()), piece.size());
+        to->finish();
+    };
+    image.replaceStreamData(write, filter, parameters);
+    image.getDict().replaceKey("/Length", number(static_cast<long long>(size)));
+}
+
 QPDFObjectHandle imageOf(QPDF& file, ByteView bytes, const JPEGHeader& header, const std::string& profile) {
     auto image = QPDFObjectHandle::newStream(&file);
     auto dict = imageDictionary(header.size, header.bits);
@@ -159,8 +174,8 @@ QPDFObjectHandle imageOf(QPDF& file, ByteView bytes, const JPEGHeader& header, c
     image.replaceDict(dict);
     // Three channels without Adobe's segment would be taken for YCbCr.
     const bool isTold = header.colours == JPEGColours::rgb && !header.transform;
-    image.replaceStreamData(withoutMetadata(bytes, header), name("/DCTDecode"),
-                            isTold ? QPDFObjectHandle::parse("<< /ColorTransform 0 >>") : QPDFObjectHandle::newNull());
+    setData(image, withoutMetadata(bytes, header), name("/DCTDecode"),
+            isTold ? QPDFObjectHandle::parse("<< /ColorTransform 0 >>") : QPDFObjectHandle::newNull());
     return image;
 }
 
@@ -176,7 +191,9 @@ QPDFObjectHandle imageOf(QPDF& file, ByteView, const PNGHeader& header, const st
     parameters.replaceKey("/Colors", number(channels));
     parameters.replaceKey("/Columns", number(header.size.width));
     parameters.replaceKey("/BitsPerComponent", number(static_cast<long long>(header.bits)));
-    image.replaceStreamData(dataOf(header), name("/FlateDecode"), parameters);
+    std::vector<ByteView> pieces;
+    for (const auto piece : header.data) pieces.push_back(bytesOf(piece));
+    setData(image, std::move(pieces), name("/FlateDecode"), parameters);
     return image;
 }
 

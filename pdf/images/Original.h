@@ -22,7 +22,7 @@ namespace ostrel::pdf {
 class Original {
 public:
     // nullopt: it has to be decoded, or is damaged in a way that its header, its end or the number of its rows shows.
-    // The bytes must outlive it.
+    // The bytes must outlive it, and the files that show it.
     static std::optional<Original> of(ByteView picture);
     // With its mask. nullopt: it is none that a PDF holds.
     static std::optional<Original> of(pictures::Decoded picture);
@@ -32,7 +32,7 @@ public:
     // the upper left and y downwards, upright.
     std::array<double, 6> placement() const;
 
-    // A new object of the file.
+    // A new object of the file, which reads the picture when it is written: this must live as long.
     QPDFObjectHandle imageIn(QPDF& file) const;
 
 private:

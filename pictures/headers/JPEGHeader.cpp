@@ -186,11 +186,13 @@ std::optional<JPEGHeader> readJPEGHeader(ByteView picture) {
     return header;
 }
 
-std::string withoutMetadata(ByteView picture, const JPEGHeader& header) {
-    std::string kept = "\xFF\xD8";
-    for (const auto table : header.tables) kept += charsOf(table);
+std::vector<ByteView> withoutMetadata(ByteView picture, const JPEGHeader& header) {
+    constexpr std::size_t markerSize = 2;   // SOI
+    std::vector<ByteView> kept = {picture.first(markerSize)};
+    kept.insert(kept.end(), header.tables.begin(), header.tables.end());
     const auto end = header.end ? header.end : picture.size();
-    return kept.append(charsOf(picture).substr(header.scanStart, end - header.scanStart));
+    kept.push_back(picture.subspan(header.scanStart, end - header.scanStart));
+    return kept;
 }
 
 }   // namespace ostrel::pictures

@@ -39,7 +39,7 @@ struct JPEGHeader {
 std::optional<JPEGHeader> readJPEGHeader(ByteView picture);
 
 // The same picture without what is not needed to decode it: camera data, thumbnails, comments, profile, what follows
-// the end. The header must be of this picture.
-std::string withoutMetadata(ByteView picture, const JPEGHeader& header);
+// the end. Pieces of the picture, to be written one after the other. The header must be of this picture.
+std::vector<ByteView> withoutMetadata(ByteView picture, const JPEGHeader& header);
 
 }   // namespace ostrel::pictures

@@ -114,7 +114,10 @@ TEST(JPEGHeader, PutsProfilesTogetherOrGivesNone) {
 TEST(JPEGHeader, MetadataGoAndNothingElse) {
     const auto needed = jfif + adobe(1) + segment(0xDB, "table") + frame(sof0, 4, 3, 3);
     const auto file = jpeg(segment(app1, exif(6)) + needed + segment(0xFE, "comment") + segment(app0, "JFXX\0"s));
-    EXPECT_EQ(withoutMetadata(bytesOf(file), readJPEGHeader(bytesOf(file)).value()), jpeg(needed));
+    std::string kept;
+    for (const auto piece : withoutMetadata(bytesOf(file), readJPEGHeader(bytesOf(file)).value()))
+        kept += charsOf(piece);
+    EXPECT_EQ(kept, jpeg(needed));
 }
 
 TEST(JPEGHeader, DamageIsNoHeader) {
