@@ -5,6 +5,7 @@
 #include "platform/Text.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -24,16 +25,41 @@ struct Written {
     std::string_view mediaType, payload;
 };
 
+// Looked up: a search for each character of a photograph among many takes longer than to decode it.
+using CharacterSet = std::array<bool, 256>;
+constexpr CharacterSet setOf(std::string_view characters) {
+    CharacterSet set{};
+    for (const char c : characters) set[static_cast<unsigned char>(c)] = true;
+    return set;
+}
+
+// Where the word begins that tells in a srcset for which density or width an address is (HTML §4.8.4.2.1); `end`
+// without one. What is before it must be a whole payload: the last line of a folded one may look the same.
+std::size_t skipDescriptorBack(std::string_view html, std::size_t at, std::size_t end) {
+    if (end == at || std::string_view("wxh").find(html[end - 1]) == npos) return end;
+    std::size_t word = end - 1;
+    while (word > at && ((html[word - 1] >= '0' && html[word - 1] <= '9') || html[word - 1] == '.')) --word;
+    const std::size_t before = skipSpaceBack(html, at, word);
+    if (word == end - 1 || before == word) return end;
+    const auto payload = html.substr(at, before - at);
+    const auto spaces = std::ranges::count_if(payload, [](char c) { return c == ' ' || (c >= '\t' && c <= '\r'); });
+    const bool isWhole = payload.ends_with('=') || (payload.size() - static_cast<std::size_t>(spaces)) % 4 == 0;
+    return isWhole ? before : end;
+}
+
 // Where the payload ends that begins at `at`, in an address that follows `opening`. Within quotes it may be folded.
 // npos: it is written with escapes.
 std::size_t payloadEnd(std::string_view html, std::size_t at, char opening) {
+    static constexpr auto inQuotes = setOf("\"'()<>&\\%,"), bare = setOf("\"'()<>&\\%, \t\r\n\f");
     const bool isQuotedByName = opening == ';';   // &quot;
     const bool isQuoted = opening == '"' || opening == '\'' || isQuotedByName;
-    const std::size_t end =
-        std::min(html.find_first_of(isQuoted ? "\"'()<>&\\%" : "\"'()<>&\\% \t\r\n\f", at), html.size());
+    const auto& ends = isQuoted ? inQuotes : bare;
+    std::size_t end = at;
+    while (end < html.size() && !ends[static_cast<unsigned char>(html[end])]) ++end;
     const char next = end < html.size() ? html[end] : '\0';
     if (next == '%' || next == '\\' || (next == '&' && !isQuotedByName)) return npos;
-    return skipSpaceBack(html, at, end);
+    end = skipSpaceBack(html, at, end);
+    return isQuoted ? skipDescriptorBack(html, at, end) : end;
 }
 
 // The first at or after `from`.
