@@ -157,6 +157,7 @@ ImageRewriter::Own& ImageRewriter::read(const MailAttachment& image) {
     if (!size || base64Length(*size) > embeddedBytesLimit - embeddedBytes_) return entry->second;
     try {
         picture.mediaType = image.mimeType;
+        picture.name = image.filename;
         picture.bytes = image.data();
         // The type is the sender's text: it must not end the attribute.
         uri = "data:" + MessageHTML::escape(image.mimeType) + ";base64," +

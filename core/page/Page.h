@@ -19,6 +19,7 @@ struct PagePicture {
     std::string mediaType;            // as the sender wrote it, which need not be what the bytes are
     Bytes bytes;                      // as the mail carries them
     std::vector<Address> addresses;   // in the order of the page; at least one
+    std::string name{};               // of the message's own, as its sender called it; empty: written into the HTML
     bool operator==(const PagePicture&) const = default;
 };
 

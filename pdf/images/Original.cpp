@@ -22,15 +22,6 @@ using pictures::Orientation;
 using pictures::PNGColours;
 using pictures::PNGHeader;
 
-// What the engine draws at all.
-constexpr std::uint32_t mostPixelsOfASide = 32'767;
-constexpr std::uint64_t mostPixels = std::uint64_t{1} << 28;
-
-bool isDrawn(const pictures::Size& size) {
-    return size.width > 0 && size.height > 0 && size.width <= mostPixelsOfASide && size.height <= mostPixelsOfASide &&
-           std::uint64_t{size.width} * size.height <= mostPixels;
-}
-
 // Of colours: grey, RGB or CMYK.
 int channelsOf(const JPEGHeader& header) {
     switch (header.colours) {

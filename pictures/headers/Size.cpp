@@ -67,6 +67,13 @@ std::optional<Size> anySize(ByteView picture) {
 
 }   // namespace
 
+bool isDrawn(const Size& size) {
+    constexpr std::uint32_t mostOfASide = 32'767;
+    constexpr std::uint64_t mostPixels = std::uint64_t{1} << 28;
+    return size.width > 0 && size.height > 0 && size.width <= mostOfASide && size.height <= mostOfASide &&
+           std::uint64_t{size.width} * size.height <= mostPixels;
+}
+
 std::optional<Size> naturalSize(ByteView picture) {
     const auto size = anySize(picture);
     constexpr std::uint32_t most = std::numeric_limits<std::int32_t>::max();

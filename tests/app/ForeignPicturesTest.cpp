@@ -7,6 +7,8 @@
 namespace ostrel {
 namespace {
 
+using namespace std::string_literals;
+
 std::string uri(const std::string& type, const std::string& bytes) {
     return "data:" + type + ";base64," + TransferEncoding::encodeBase64(bytesOf(bytes));
 }
@@ -45,26 +47,45 @@ TEST(ForeignPictures, BecomeWhatTheEngineShowsWhereverTheyStand) {
     EXPECT_EQ(foreign.shown(pageOf(uri("image/tiff", gif))), std::nullopt) << "nothing to be done";
 }
 
-TEST(ForeignPictures, ThatCannotBeDecodedLeaveABoxThatSaysSo) {
+std::string png(unsigned width, unsigned height) {
+    return "\x89PNG\r\n\x1A\n" + test::chunk("IHDR", test::big(width, 4) + test::big(height, 4) + "\x08\x02\0\0\0"s);
+}
+
+std::string jpeg(unsigned width, unsigned height) {
+    const auto frame = "\x08"s + test::big(height, 2) + test::big(width, 2) + "\1\1\x11\0"s;
+    return "\xFF\xD8" + test::segment(0xC0, frame) + test::segment(0xDA, "\1\1\0\0\x3F\0"s);
+}
+
+TEST(ForeignPictures, ThatCannotBeShownLeaveABoxThatSaysSo) {
     ForeignPictures foreign, without(std::make_shared<pictures::Decoder>("/nowhere/at/all"));
     const struct {
         const char* why;
         ForeignPictures& with;
         std::string picture;
-        const char* said;
+        const char *said, *size;
     } rows[] = {
-        {"cut short", foreign, test::tiff().substr(0, 12), "TIFF picture cannot be shown: it is damaged"},
+        {"cut short", foreign, test::tiff().substr(0, 12), "TIFF picture cannot be shown: it is damaged",
+         "width=\"520\" height=\"64\""},
         {"larger than anything", foreign, test::tiff(1, 60'000, 60'000),
-         "TIFF picture cannot be shown: it is too large"},
-        {"no program", without, test::pdf(), "PDF picture cannot be shown: the program"},
+         "TIFF picture cannot be shown: it is too large", ""},
+        {"no program", without, test::pdf(), "PDF picture cannot be shown: the program", ""},
+        {"no engine could", foreign, png(60'000, 30'000), "PNG picture cannot be shown: it is too large",
+         "width=\"4096\" height=\"2048\""},
+        {"no engine would", foreign, jpeg(50'000, 50'000), "JPEG picture cannot be shown: it is too large", ""},
+        {"without a size", foreign, png(0, 9), "PNG picture cannot be shown: it is damaged", ""},
     };
     for (const auto& row : rows) {
-        const auto shown = row.with.shown(pageOf(uri("image/tiff", row.picture)));
-        ASSERT_TRUE(shown) << row.why;
-        expectWhole(*shown);
-        EXPECT_NE(shown->pictures[0].bytes.chars().find(row.said), std::string::npos)
-            << shown->pictures[0].bytes.chars();
+        auto page = pageOf(uri("image/tiff", row.picture));
+        const auto unnamed = row.with.shown(page);
+        ASSERT_TRUE(unnamed) << row.why;
+        expectWhole(*unnamed);
+        page.pictures[0].name = "a<b.heic";
+        const auto box = std::string(row.with.shown(page).value().pictures[0].bytes.chars());
+        for (const char* const words : {row.said, row.size, "a&lt;b.heic"})
+            EXPECT_NE(box.find(words), std::string::npos) << row.why << ": " << box;
     }
+    // Larger photographs exist, and are decoded to the size in which they are shown.
+    EXPECT_EQ(foreign.shown(pageOf(uri("image/jpeg", jpeg(16'320, 12'240)))), std::nullopt);
 }
 
 }   // namespace
