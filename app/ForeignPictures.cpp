@@ -108,8 +108,8 @@ std::string boxSaying(std::span<const std::string> lines, const pictures::Size& 
     unsigned baseline =
         (size.height - std::min(size.height, lineHeight * static_cast<unsigned>(lines.size()))) / 2 + font;
     for (const auto& line : lines) {
-        box += "<text fill=\"#555\" font-family=\"sans-serif\"" + attribute("x", font) +
-               attribute("y", baseline) + attribute("font-size", font) + ">" + MessageHTML::escape(line) + "</text>";
+        box += "<text fill=\"#555\" font-family=\"sans-serif\"" + attribute("x", font) + attribute("y", baseline) +
+               attribute("font-size", font) + ">" + MessageHTML::escape(line) + "</text>";
         baseline += lineHeight;
     }
     return box + "</svg>";
