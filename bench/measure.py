@@ -12,6 +12,7 @@ import sys
 import tempfile
 import time
 
+from pictures import write_pages
 from printers import Chromium, Ostrel
 from processes import ProcessTree
 
@@ -93,7 +94,7 @@ def measure_print(build, scratch, name, folder, rounds):
     memory = [printer.tree.memory() / 1e6 for printer in printers]
     for printer in printers:
         printer.close()
-    case = f"{len(pages)} pages, {name}"
+    case = f"{len(pages)} page{'s' * (len(pages) > 1)}, {name}"
     labels = ["ms a page", "processor ms a page", "bytes a page"]
     columns = [[list(column) for column in zip(*figures[printer.name])] for printer in printers]
     return [row("print", case, label, ours, "Chromium", peers) for label, ours, peers in zip(labels, *columns)] + [
@@ -271,6 +272,8 @@ def main():
     small, thousand = sample_store(build, scratch), sample_store(build, scratch, 1000)
     about["overrides"] = overrides(build, small)
     results = measure_print(build, scratch, "the sample messages", sample_pages(build, small, scratch / "pages"), rounds)
+    for name, folder in write_pages(scratch / "pictures").items():
+        results += measure_print(build, scratch, name, folder, rounds)
     if arguments.pages:
         results += measure_print(build, scratch, arguments.pages.name, arguments.pages, rounds)
     results += measure_in_process(build, sample_store(build, scratch, 50000), "scan", rounds)

@@ -39,6 +39,8 @@ class Chromium:
              "--disable-background-networking", "--disable-component-update", "--disable-sync",
              "--remote-debugging-pipe"]
 
+    LONGEST_MESSAGE = 64_000_000   # bytes; one of 170 million is never answered
+
     def __init__(self):
         self._profile = tempfile.TemporaryDirectory(ignore_cleanup_errors=True)
         to_it, self._out = self._pipe()
@@ -52,7 +54,7 @@ class Chromium:
         os.close(to_it)
         os.close(from_it)
         self.tree = ProcessTree(self._process.pid)
-        self._received, self._calls = bytearray(), 0
+        self._received, self._calls, self._events = bytearray(), 0, []
         tab = self._call("Target.createTarget", url="about:blank")["targetId"]
         self._session = self._call("Target.attachToTarget", targetId=tab, flatten=True)["sessionId"]
         self._call("Page.enable")
@@ -75,7 +77,7 @@ class Chromium:
         request = {"id": self._calls, "method": method, "params": parameters}
         if self._session:
             request["sessionId"] = self._session
-        data = json.dumps(request).encode() + b"\0"
+        data = memoryview(json.dumps(request).encode() + b"\0")   # a hundred photographs are not copied at each step
         while data:
             data = data[os.write(self._out, data):]
         while True:
@@ -84,6 +86,7 @@ class Chromium:
                 if "error" in answer:
                     raise RuntimeError(f"{method}: {answer['error']}")
                 return answer["result"]
+            self._events.append(answer.get("method"))
 
     def _next_message(self):
         searched = 0
@@ -97,8 +100,17 @@ class Chromium:
         del self._received[:end + 1]
         return message
 
+    def _load(self, page):
+        self._events.clear()
+        if page.stat().st_size <= self.LONGEST_MESSAGE:
+            self._call("Page.setDocumentContent", frameId=self._frame, html=page.read_text("utf-8", "replace"))
+            return
+        self._call("Page.navigate", url=page.resolve().as_uri())
+        while "Page.loadEventFired" not in self._events:
+            self._events.append(json.loads(self._next_message()).get("method"))
+
     def print(self, page, pdf):
-        self._call("Page.setDocumentContent", frameId=self._frame, html=page.read_text("utf-8", "replace"))
+        self._load(page)
         printed = self._call("Page.printToPDF", paperWidth=PAPER[0] / 72, paperHeight=PAPER[1] / 72,
                              **{"margin" + side: points / 72 for side, points in MARGINS.items()},
                              printBackground=True)
