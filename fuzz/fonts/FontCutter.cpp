@@ -48,7 +48,7 @@ std::string drawn(hb_font_t* font, hb_codepoint_t glyph) {
         },
         nullptr, nullptr);
     std::string words;
-    hb_font_get_glyph_shape(font, glyph, funcs.get(), &words);
+    harfBuzz::drawGlyph(font, glyph, funcs.get(), &words);
     return words;
 }
 
