@@ -3,7 +3,9 @@
 #include "core/page/HTMLText.h"
 #include "core/page/MessageHTML.h"
 #include "core/page/PageParts.h"
+#include "platform/Text.h"
 
+#include <cstddef>
 #include <string>
 
 namespace ostrel::MessageHTML {
@@ -23,6 +25,29 @@ std::string wordsOf(std::string_view mail) {
     return html::textOf("<pre>" + std::string(mail) + "</pre>");
 }
 
+// Words of megabytes, or as many marks on one letter, cost an engine time that grows with the square of their length.
+// They get a new line before a letter or digit where there is one soon, else anywhere.
+std::string withoutEndlessWords(std::string_view words) {
+    constexpr std::size_t wishedLength = 1000, maxLength = 1200;   // in characters
+    std::string broken;
+    broken.reserve(words.size() + words.size() / wishedLength);
+    std::size_t length = 0;
+    for (std::size_t at = 0; at < words.size();) {
+        const auto [character, bytes] = text::decodeAt(words, at);
+        if (text::isWhiteSpace(character)) {
+            length = 0;
+        } else if (length >= maxLength || (length >= wishedLength && text::isWordCharacter(character))) {
+            broken += '\n';
+            length = 1;
+        } else {
+            ++length;
+        }
+        broken.append(words, at, bytes);
+        at += bytes;
+    }
+    return broken;
+}
+
 }   // namespace
 
 std::optional<Page> simpler(const Page& page, Simplicity simplicity, std::string_view note) {
@@ -36,7 +61,8 @@ std::optional<Page> simpler(const Page& page, Simplicity simplicity, std::string
     const std::string noteText = "<p class=\"note\">" + escape(note) + "</p>";
     std::string html = page.html;
     if (simplicity == Simplicity::textOnly)
-        html.replace(mail, mailEnd - mail, std::string(plainBegin) + escape(wordsOf(parts->mail)) + "</div>");
+        html.replace(mail, mailEnd - mail,
+                     std::string(plainBegin) + escape(withoutEndlessWords(wordsOf(parts->mail))) + "</div>");
     html.insert(headEnd, noteText);
     if (simplicity == Simplicity::withoutEffects)
         html.insert(offsetOf(parts->styleSheet) + parts->styleSheet.size(), noEffects);
