@@ -11,6 +11,7 @@
 #include "pdf/fonts/FontTexts.h"
 #include "pdf/fonts/GlyphUse.h"
 #include "pdf/images/Images.h"
+#include "pdf/pages/EmptySheets.h"
 #include "pdf/pages/LinkMarks.h"
 #include "pdf/pages/Pages.h"
 #include "pdf/tags/Tagging.h"
@@ -55,6 +56,7 @@ enum class Pass {
     placedPictures,
     linkMarks,
     pageLayout,
+    emptySheets,
     pageText,
     clusterText,
     glyphUse,
@@ -82,6 +84,9 @@ constexpr std::array orders{
     Order{Pass::contents, Pass::placedPictures, "content is read through Contents from the start"},
     Order{Pass::placedPictures, Pass::pictures, "what stands for pictures is none of the engine's"},
     Order{Pass::linkMarks, Pass::pageLayout, "marks are measured as printed, and their links put on the paper"},
+    Order{Pass::pageLayout, Pass::emptySheets, "a sheet with a link is not empty"},
+    Order{Pass::emptySheets, Pass::glyphUse, "what is not there shows no glyphs"},
+    Order{Pass::emptySheets, Pass::tags, "nor is it read"},
     Order{Pass::pageText, Pass::clusterText, "its words are shaped"},
     Order{Pass::clusterText, Pass::fontReduction, "they are shaped with whole fonts"},
     Order{Pass::glyphUse, Pass::emojiText, "emoji are found by the glyphs drawn"},
@@ -139,6 +144,10 @@ void layOut(Work& work) {
     const auto& options = work.options;
     work.result.report.links =
         layOutPages(work.file, *work.contents, {options.widthPoints, options.heightPoints, options.scale}, work.links);
+}
+
+void takeOffSheets(Work& work) {
+    work.result.report.pages -= takeOffEmptySheets(work.file, *work.contents, work.texts);
 }
 
 void readGlyphUse(Work& work) {
@@ -220,6 +229,7 @@ constexpr std::array steps{
     Step{Pass::placedPictures, "placedPictures", Need::essential, placePictures},
     Step{Pass::linkMarks, "linkMarks", Need::optional, takeMarks},
     Step{Pass::pageLayout, "pageLayout", Need::essential, layOut},
+    Step{Pass::emptySheets, "emptySheets", Need::optional, takeOffSheets},
     Step{Pass::pageText, "pageText", Need::optional, [](Work& work) { work.pageText = pageText(work.options.text); }},
     Step{Pass::clusterText, "clusterText", Need::optional,
          [](Work& work) { nameClusters(*work.contents, work.texts, work.pageText); }},

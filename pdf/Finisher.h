@@ -56,8 +56,8 @@ struct FinishReport {
 };
 
 // Turns what the web engine prints into what is kept: pages scaled back to the paper, fonts cut down to the glyphs in
-// use, pictures drawn as they came, links, title and dates added. Text and pixels stay exactly as printed. The same
-// input gives the same bytes.
+// use, pictures drawn as they came, links, title and dates added, empty sheets at the end left out. Text and pixels
+// stay exactly as printed. The same input gives the same bytes.
 //
 // Remembers the fonts of earlier files within a fixed amount of memory, so keep one finisher for a whole export. Any
 // number of threads.
