@@ -9,6 +9,8 @@
 #include <optional>
 #include <string>
 
+#include <gtk/gtk.h>
+
 namespace ostrel::engineLibraries {
 namespace {
 
@@ -46,7 +48,10 @@ void storeStreams() {
 
 void doWithoutGraphics() {
     if (!isWanted(Override::noDrawing)) return;
-    environment::set("GDK_DEBUG", "gl-disable");
+    if (gtk_get_minor_version() < 16)
+        environment::set("GDK_DEBUG", "gl-disable");
+    else   // there the older name is complained of
+        environment::set("GDK_DISABLE", "gl");
     environment::set("WEBKIT_DISABLE_DMABUF_RENDERER", "1");
     if (const auto driver = visibleFile("no-drawing.json"))
         environment::set("__EGL_VENDOR_LIBRARY_FILENAMES", *driver);

@@ -32,7 +32,8 @@ constexpr std::array entries{
           .test = "ReducedFontsPrinting.ReachTheEngine"},
     Entry{.which = Override::noDrawing,
           .name = "no-drawing",
-          .replaces = "the system's EGL driver in programs without windows (__EGL_VENDOR_LIBRARY_FILENAMES, GDK_DEBUG, "
+          .replaces = "the system's EGL driver in programs without windows (__EGL_VENDOR_LIBRARY_FILENAMES, GDK_DEBUG "
+                      "or GDK_DISABLE, "
                       "WEBKIT_DISABLE_DMABUF_RENDERER)",
           .seenWith = "WebKitGTK 2.50.6, GTK 4.8.3 and libglvnd 1.6.0 (Debian 12); "
                       "WebKitGTK 2.54.0, GTK 4.18.6 and libglvnd 1.7.0 (Debian 13)",

@@ -44,7 +44,7 @@ TEST(Overrides, IncludeEveryVariableThatIsChanged) {
     }
 }
 
-// An engine that no longer asks for one of them, or finds it, is noticed here.
+// An engine that no longer takes one of them is noticed here; that of Debian 13 asks for no driver to begin with.
 TEST_F(Printing, ShowsThatEveryOverrideTakesEffect) {
     print("<p style='font-family:sans-serif'>Some words");
     const auto process = webProcess::current();
@@ -54,7 +54,8 @@ TEST_F(Printing, ShowsThatEveryOverrideTakesEffect) {
         const bool needsLook = of.test == "Printing.ShowsThatEveryOverrideTakesEffect" ||
                                status.which == Override::noDrawing;   // a sandbox may hide its processes
         if (of.isOptional && (canLook || !needsLook)) {
-            EXPECT_EQ(nameOf(status.effect), "active") << of.name << ": " << status.reason;
+            EXPECT_TRUE(status.effect == Effect::active || status.effect == Effect::notNeeded)
+                << of.name << " is " << nameOf(status.effect) << ": " << status.reason;
         }
     }
 }

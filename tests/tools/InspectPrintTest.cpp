@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <map>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -41,8 +42,9 @@ protected:
         for (const auto& each : found.answer.value("overrides", json::array()))
             found.effects[each.value("name", "")] = each.value("effect", "");
         const std::string errors = program.errors();
-        for (std::size_t at = errors.find("without "); at != errors.npos; at = errors.find("without ", at + 1))
-            found.log.push_back(errors.substr(at, errors.find('\n', at) - at));
+        static const std::regex line("without [a-z-]+: .*");   // GLib's own lines may be without something, too
+        for (std::sregex_iterator at(errors.begin(), errors.end(), line), end; at != end; ++at)
+            found.log.push_back(at->str());
         return found;
     }
 
