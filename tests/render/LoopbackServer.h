@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <string>
 #include <thread>
 
@@ -13,14 +14,16 @@ public:
     LoopbackServer();
     ~LoopbackServer();
 
-    std::string port() const { return port_; }
-    int connections() const { return connections_; }
+    std::string port() const { return std::to_string(port_); }
+    // Returns how many have connected so far, not yet answered ones included.
+    int connections() const;
 
 private:
     void serve();
 
     int socket_;
-    std::string port_;
+    mutable int ownCalls_ = 0;   // to itself
+    std::uint16_t port_;
     std::atomic<int> connections_ = 0;
     std::thread thread_;
 };
