@@ -4,6 +4,7 @@
 #include "pdf/archival/Conformance.h"
 #include "pdf/archival/Metadata.h"
 #include "pdf/content/Contents.h"
+#include "pdf/content/LateData.h"
 #include "pdf/content/Streams.h"
 #include "pdf/fonts/DrawnFonts.h"
 #include "pdf/fonts/FontReduction.h"
@@ -29,9 +30,7 @@
 #include <utility>
 
 #include <qpdf/Pl_Flate.hh>
-#include <qpdf/Pl_String.hh>
 #include <qpdf/QPDF.hh>
-#include <qpdf/QPDFWriter.hh>
 
 namespace ostrel::pdf {
 
@@ -112,6 +111,7 @@ struct Work {
     const FinishOptions& options;
     FontSubsetter& fonts;
     std::optional<Contents> contents;
+    LateData late;
     FontTexts texts;
     PageText pageText;
     GlyphUse use = GlyphUse::unknown("glyph use was not read");
@@ -130,7 +130,7 @@ struct Work {
 
 void placePictures(Work& work) {
     auto& report = work.result.report;
-    report.notPlaced = placePictures(work.file, *work.contents, work.options.pictures);
+    report.notPlaced = placePictures(work.file, *work.contents, work.options.pictures, work.late);
     if (report.notPlaced.empty()) report.picturesPlaced = work.options.pictures.size();
 }
 
@@ -200,22 +200,6 @@ void pack(Work& work) {
     work.count(work.texts.store());
 }
 
-void write(Work& work) {
-    auto& pdf = work.result.pdf;
-    std::size_t expected = 1 << 16;   // what is in no stream
-    for (auto object : work.file.getAllObjects())
-        if (object.isStream()) expected += storedSize(object);
-    pdf.reserve(expected);
-    Pl_String output("finished", nullptr, pdf);
-    QPDFWriter writer(work.file);
-    writer.setOutputPipeline(&output);
-    writer.setObjectStreamMode(qpdf_o_generate);
-    writer.setDecodeLevel(qpdf_dl_none);   // streams are packed by then
-    writer.setDeterministicID(true);
-    writer.setNewlineBeforeEndstream(true);   // as PDF/A wants it
-    writer.write();
-}
-
 enum class Need { essential, optional };   // the file is finished without what is optional
 
 struct Step {
@@ -248,7 +232,8 @@ constexpr std::array steps{
     Step{Pass::packing, "packing", Need::essential, pack},
     Step{Pass::twins, "twins", Need::optional, [](Work& work) { work.count(shareTwins(work.file)); }},
     Step{Pass::metadata, "metadata", Need::optional, say},
-    Step{Pass::writing, "writing", Need::essential, write},
+    Step{Pass::writing, "writing", Need::essential,
+         [](Work& work) { work.result.pdf = FinishedFile::of(work.file, work.late); }},
 };
 static_assert([] {
     for (std::size_t i = 0; i < steps.size(); ++i)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "pdf/FinishedFile.h"
 #include "pdf/Printed.h"
 #include "pdf/images/PlacedPictures.h"
 #include "pdf/pages/Links.h"
@@ -25,8 +26,8 @@ struct FinishOptions {   // every field has an initialiser, so that callers may 
     std::optional<std::string> language{};          // BCP 47
     std::vector<LinkArea> links{};
     std::vector<LinkMark> linkMarks{};   // to be found on the pages, taken out and added to links
-    // Of the page that was printed; both must live for the call. The text tells what glyphs mean that stand for several
-    // characters. The pictures are those that the engine has not seen.
+    // Of the page that was printed. The text tells what glyphs mean that stand for several characters; the pictures are
+    // those that the engine has not seen, and must live as long as the finished file.
     std::string_view text{};
     std::span<const PlacedPicture> pictures{};
 };
@@ -69,7 +70,7 @@ public:
     ~Finisher();
 
     struct Finished {
-        std::string pdf;
+        FinishedFile pdf;
         FinishReport report;
     };
     // A pass that fails is left out and the file finished without it, as the report tells. Throws Error if the file

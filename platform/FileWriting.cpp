@@ -146,8 +146,12 @@ void createFolder(const std::filesystem::path& folder) {
 }
 
 void writeAtomically(const std::filesystem::path& path, ByteView content) {
+    writeAtomically(path, std::vector<ByteView>{content});
+}
+
+void writeAtomically(const std::filesystem::path& path, const std::vector<ByteView>& pieces) {
     TemporaryFile file(path);
-    file.write(charsOf(content));
+    for (const auto piece : pieces) file.write(charsOf(piece));
     file.moveToTarget();
 }
 

@@ -135,6 +135,8 @@ void createFolder(const std::filesystem::path& folder);
 // Writes beside the target without a name or under a hidden one, checks the close, gives it the target's: the target is
 // whole or not there. On failure the temporary file is removed.
 void writeAtomically(const std::filesystem::path& path, ByteView content);
+// The same for pieces, one after the other.
+void writeAtomically(const std::filesystem::path& path, const std::vector<ByteView>& pieces);
 // Copies a file's bytes the same way.
 void copyAtomically(const std::filesystem::path& from, const std::filesystem::path& to);
 // True for the hidden name of a file that was being written when the program was killed.

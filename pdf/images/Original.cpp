@@ -1,6 +1,7 @@
 #include "pdf/images/Original.h"
 
 #include "pdf/content/Deflate.h"
+#include "pdf/content/LateData.h"
 #include "pictures/Kind.h"
 #include "pictures/headers/Profile.h"
 
@@ -9,7 +10,6 @@
 #include <utility>
 #include <vector>
 
-#include <qpdf/Pipeline.hh>
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFObjectHandle.hh>
 
@@ -144,20 +144,8 @@ QPDFObjectHandle imageDictionary(const pictures::Size& size, std::size_t bits) {
     return dict;
 }
 
-// Pieces of the picture, read when the file is written: a hundred photographs need not be in memory twice.
-void setData(QPDFObjectHandle image, std::vector<ByteView> pieces, QPDFObjectHandle filter,
-             QPDFObjectHandle parameters) {
-    std::size_t size = 0;
-    for (const auto piece : pieces) size += piece.size();
-    const auto write = [pieces = std::move(pieces)](Pipeline* to) {
-        for (const auto piece : pieces) to->write(reinterpret_cast<const unsigned char*>(piece.data()), piece.size());
-        to->finish();
-    };
-    image.replaceStreamData(write, filter, parameters);
-    image.getDict().replaceKey("/Length", number(static_cast<long long>(size)));
-}
-
-QPDFObjectHandle imageOf(QPDF& file, ByteView bytes, const JPEGHeader& header, const std::string& profile) {
+QPDFObjectHandle imageOf(QPDF& file, ByteView bytes, const JPEGHeader& header, const std::string& profile,
+                         LateData& late) {
     auto image = QPDFObjectHandle::newStream(&file);
     auto dict = imageDictionary(header.size, header.bits);
     dict.replaceKey("/ColorSpace", colourSpace(file, channelsOf(header), profile));
@@ -165,12 +153,12 @@ QPDFObjectHandle imageOf(QPDF& file, ByteView bytes, const JPEGHeader& header, c
     image.replaceDict(dict);
     // Three channels without Adobe's segment would be taken for YCbCr.
     const bool isTold = header.colours == JPEGColours::rgb && !header.transform;
-    setData(image, withoutMetadata(bytes, header), name("/DCTDecode"),
-            isTold ? QPDFObjectHandle::parse("<< /ColorTransform 0 >>") : QPDFObjectHandle::newNull());
+    late.give(image, withoutMetadata(bytes, header), name("/DCTDecode"),
+              isTold ? QPDFObjectHandle::parse("<< /ColorTransform 0 >>") : QPDFObjectHandle::newNull());
     return image;
 }
 
-QPDFObjectHandle imageOf(QPDF& file, ByteView, const PNGHeader& header, const std::string& profile) {
+QPDFObjectHandle imageOf(QPDF& file, ByteView, const PNGHeader& header, const std::string& profile, LateData& late) {
     auto image = QPDFObjectHandle::newStream(&file);
     const bool isIndexed = header.colours == PNGColours::palette;
     const int channels = channelsOf(header);
@@ -184,7 +172,7 @@ QPDFObjectHandle imageOf(QPDF& file, ByteView, const PNGHeader& header, const st
     parameters.replaceKey("/BitsPerComponent", number(static_cast<long long>(header.bits)));
     std::vector<ByteView> pieces;
     for (const auto piece : header.data) pieces.push_back(bytesOf(piece));
-    setData(image, std::move(pieces), name("/FlateDecode"), parameters);
+    late.give(image, std::move(pieces), name("/FlateDecode"), parameters);
     return image;
 }
 
@@ -265,10 +253,11 @@ std::array<double, 6> Original::placement() const {
     return {width * x.alongU, height * y.alongU, width * x.alongV, height * y.alongV, width * x.from, height * y.from};
 }
 
-QPDFObjectHandle Original::imageIn(QPDF& file) const {
+QPDFObjectHandle Original::imageIn(QPDF& file, LateData& late) const {
     const auto make = [&](const Picture& picture) {
-        return std::visit([&](const auto& header) { return imageOf(file, picture.bytes, header, picture.profile); },
-                          picture.header);
+        return std::visit(
+            [&](const auto& header) { return imageOf(file, picture.bytes, header, picture.profile, late); },
+            picture.header);
     };
     auto image = make(picture_);
     if (mask_) image.getDict().replaceKey("/SMask", make(*mask_));

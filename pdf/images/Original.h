@@ -17,6 +17,8 @@ class QPDFObjectHandle;
 
 namespace ostrel::pdf {
 
+class LateData;
+
 // A picture that a PDF shows as the engine would, and holds without decoding it: JPEGs as they are, PNGs without alpha
 // by their packed rows. The others are such once Decoder has made them so.
 class Original {
@@ -32,8 +34,8 @@ public:
     // the upper left and y downwards, upright.
     std::array<double, 6> placement() const;
 
-    // A new object of the file, which reads the picture when it is written: this must live as long.
-    QPDFObjectHandle imageIn(QPDF& file) const;
+    // A new object of the file. The picture comes in when that is written: this must live as long.
+    QPDFObjectHandle imageIn(QPDF& file, LateData& late) const;
 
 private:
     using Header = std::variant<pictures::JPEGHeader, pictures::PNGHeader>;

@@ -294,7 +294,8 @@ void findInRasters(QPDF& file, const IndexOfColour& colours, std::set<std::size_
 // The same picture wherever it stands.
 class Images {
 public:
-    Images(QPDF& file, std::span<const PlacedPicture> pictures) : file_(file), pictures_(pictures) {}
+    Images(QPDF& file, std::span<const PlacedPicture> pictures, LateData& late)
+        : file_(file), pictures_(pictures), late_(late) {}
 
     std::string drawing(std::size_t picture, QPDFObjectHandle resources) {
         std::string text = "q ";
@@ -315,12 +316,13 @@ private:
 
     QPDFObjectHandle image(std::size_t picture) {
         auto& made = made_[picture];
-        if (!made) made = pictures_[picture].original.imageIn(file_);
+        if (!made) made = pictures_[picture].original.imageIn(file_, late_);
         return *made;
     }
 
     QPDF& file_;
     std::span<const PlacedPicture> pictures_;
+    LateData& late_;
     std::unordered_map<std::size_t, std::optional<QPDFObjectHandle>> made_;
 };
 
@@ -331,8 +333,9 @@ struct Changed {
     Found found;
 };
 
-void draw(QPDF& file, Contents& contents, const std::vector<Changed>& all, std::span<const PlacedPicture> pictures) {
-    Images images(file, pictures);
+void draw(QPDF& file, Contents& contents, const std::vector<Changed>& all, std::span<const PlacedPicture> pictures,
+          LateData& late) {
+    Images images(file, pictures, late);
     for (const auto& [content, text, found] : all) {
         Rewriter rewriter;
         // Nothing is drawn in them any more, and they are others each time: the same mail is to make the same file.
@@ -349,7 +352,8 @@ void draw(QPDF& file, Contents& contents, const std::vector<Changed>& all, std::
 
 }   // namespace
 
-std::vector<std::uint32_t> placePictures(QPDF& file, Contents& contents, std::span<const PlacedPicture> pictures) {
+std::vector<std::uint32_t> placePictures(QPDF& file, Contents& contents, std::span<const PlacedPicture> pictures,
+                                         LateData& late) {
     if (pictures.empty()) return {};
     IndexOfColour colours;
     for (std::size_t i = 0; i < pictures.size(); ++i) colours.emplace(pictures[i].colour, i);
@@ -372,7 +376,7 @@ std::vector<std::uint32_t> placePictures(QPDF& file, Contents& contents, std::sp
         if (!isUnderstood || odd.contains(i) || (pictures[i].isSeen && !drawn.contains(i)))
             notPlaced.push_back(pictures[i].colour);
     std::ranges::sort(notPlaced);
-    if (notPlaced.empty()) draw(file, contents, changed, pictures);
+    if (notPlaced.empty()) draw(file, contents, changed, pictures, late);
     return notPlaced;
 }
 

@@ -11,6 +11,7 @@ class QPDF;
 namespace ostrel::pdf {
 
 class Contents;
+class LateData;
 
 // A picture that the engine never saw. In its place the page had a drawing of the picture's natural size: one rectangle
 // over all of it, of a colour of its own.
@@ -24,6 +25,7 @@ struct PlacedPicture {
 // those that did not come back as rectangles alone: what the engine made a raster of keeps the colours. If there are
 // any, the file must not be used; the page is to be printed again with those pictures in it. All of them where the
 // file's content is not understood.
-std::vector<std::uint32_t> placePictures(QPDF& file, Contents& contents, std::span<const PlacedPicture> pictures);
+std::vector<std::uint32_t> placePictures(QPDF& file, Contents& contents, std::span<const PlacedPicture> pictures,
+                                         LateData& late);
 
 }   // namespace ostrel::pdf

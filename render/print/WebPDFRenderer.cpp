@@ -100,7 +100,8 @@ struct WebPDFRenderer::State {
     Print print(const std::string& html, PagePrinter::Colours placeholders, PrintReport& report);
     pdf::Printed open(const std::filesystem::path& file, PrintReport& report);
     pdf::Finisher::Finished finish(Print print, pdf::FinishOptions options, PrintReport& report);
-    std::string printAndFinish(const Page& page, const DocumentInfo& info, PrintReport& report);
+    void printAndFinish(const Page& page, const DocumentInfo& info, const std::filesystem::path& destination,
+                        PrintReport& report);
     std::optional<pictures::Decoded> decode(ByteView picture) const;   // what PDFs do not hold as it is
     std::filesystem::path freshFile();
     void close(PrintReport report);
@@ -159,7 +160,8 @@ pdf::Finisher::Finished WebPDFRenderer::State::finish(Print print, pdf::FinishOp
 
 // Pictures that the PDF can hold as they came are kept from the engine, which would decode them only for their pixels
 // to be packed again. Where the page does more with one than to draw it, it is printed again with that one in it.
-std::string WebPDFRenderer::State::printAndFinish(const Page& page, const DocumentInfo& info, PrintReport& report) {
+void WebPDFRenderer::State::printAndFinish(const Page& page, const DocumentInfo& info,
+                                           const std::filesystem::path& destination, PrintReport& report) {
     constexpr int maxPrints = 4;   // in the last, the engine has them all
     Placeholders placeholders(page, [this](ByteView picture) { return decode(picture); });
     for (int count = 1;; ++count) {
@@ -190,7 +192,7 @@ std::string WebPDFRenderer::State::printAndFinish(const Page& page, const Docume
         report.finishedBytes = finished.pdf.size();
         report.finished = std::move(finished.report);
         logLeftOut(report.finished);
-        return std::move(finished.pdf);
+        return files::writeAtomically(destination, finished.pdf.pieces());
     }
 }
 
@@ -240,8 +242,7 @@ void WebPDFRenderer::renderPDF(const Page& asBuilt, const std::filesystem::path&
             PrintReport report;
             const Page& wanted = simpler ? *simpler : asBuilt;
             const auto shown = state.foreignPictures.shown(wanted);
-            const std::string finished = state.printAndFinish(shown ? *shown : wanted, info, report);
-            files::writeAtomically(destination, bytesOf(finished));
+            state.printAndFinish(shown ? *shown : wanted, info, destination, report);
             return state.close(std::move(report));
         } catch (const pdf::Error& error) {
             failure.emplace(RenderError::Kind::writeFailed, error.what());

@@ -1,4 +1,5 @@
 #include "pdf/Finisher.h"
+#include "pictures/headers/JPEGHeader.h"
 #include "tests/pdf/SamplePDF.h"
 
 #include <limits>
@@ -12,8 +13,13 @@ using test::OpenedPDF;
 using test::ref;
 using test::SamplePDF;
 
-Finisher::Finished finish(const std::string& printed, const FinishOptions& options = {}) {
-    return Finisher().finish(Printed::open(Bytes(printed)), options);
+struct Finished {
+    std::string pdf;
+    FinishReport report;
+};
+Finished finish(const std::string& printed, const FinishOptions& options = {}) {
+    auto made = Finisher().finish(Printed::open(Bytes(printed)), options);
+    return {made.pdf.whole(), std::move(made.report)};
 }
 
 std::string box(QPDFObjectHandle rectangle) { return rectangle.unparseResolved(); }
@@ -211,6 +217,46 @@ TEST(Finisher, DrawsOriginalsAndKeepsEveryPixelOfOtherPictures) {
     EXPECT_EQ(test::plainData(finished.resource(0, "/XObject", "/B")), other.pixels);
     EXPECT_EQ(finished.resource(0, "/XObject", "/B").getObjGen(), finished.resource(0, "/XObject", "/C").getObjGen());
     EXPECT_EQ(test::plainData(finished.resource(0, "/XObject", "/D")), "too few pixels");
+}
+
+// They do not pass through the library that writes the file, which is told of none of their places.
+TEST(Finisher, PutsOriginalsOfAllSizesIntoTheirPlaces) {
+    const auto large = test::photograph(640, 480).jpeg, larger = test::photograph(1200, 900).jpeg;
+    const auto small = test::photograph(8, 6).jpeg;
+    const auto commented = large.substr(0, 2) + std::string("\xFF\xFE\0\5abc", 7) + large.substr(2);
+    const std::vector<PlacedPicture> pictures{{0x0033FF, Original::of(bytesOf(large)).value()},
+                                              {0x003366, Original::of(bytesOf(larger)).value()},
+                                              {0x003399, Original::of(bytesOf(small)).value()},
+                                              {0x0033CC, Original::of(bytesOf(commented)).value()},
+                                              {0x003300, Original::of(bytesOf(small)).value()}};
+    SamplePDF pdf;
+    pdf.page(
+        "0 .2 1 rg 0 0 640 480 re f 0 .2 .4 rg 0 0 1200 900 re f 0 .2 .6 rg 0 0 8 6 re f 0 .2 .8 rg 0 0 640 480 re f");
+    pdf.file().getRoot().replaceKey("/ViewerPreferences", pdf.object("<< /DisplayDocTitle true >>"));
+    for (int i = 0; i < 300; ++i) pdf.page(std::to_string(i) + " 0 9 9 re f");
+    const auto made = Finisher().finish(Printed::open(Bytes(pdf.bytes())), {.pictures = pictures}).pdf;
+    EXPECT_EQ(made.size(), made.whole().size());
+    EXPECT_GT(made.pieces().size(), 2u) << "not copied";
+    OpenedPDF finished(made);
+    ASSERT_EQ(finished.file().getAllPages().size(), 301u);
+    EXPECT_NE(finished.content(300).find("299 0 9 9 re"), std::string::npos);
+    const auto dataOf = [&](const char* name) {
+        const auto data = finished.resource(0, "/XObject", name).getRawStreamData();
+        return std::string(reinterpret_cast<const char*>(data->getBuffer()), data->getSize());
+    };
+    const auto stripped = [](const std::string& photo) {
+        std::string bytes;
+        for (const auto piece :
+             pictures::withoutMetadata(bytesOf(photo), pictures::readJPEGHeader(bytesOf(photo)).value()))
+            bytes += charsOf(piece);
+        return bytes;
+    };
+    EXPECT_EQ(dataOf("/Original0"), stripped(large));
+    EXPECT_EQ(dataOf("/Original1"), stripped(larger));
+    EXPECT_EQ(dataOf("/Original2"), stripped(small));
+    EXPECT_EQ(finished.resource(0, "/XObject", "/Original0").getObjGen(),
+              finished.resource(0, "/XObject", "/Original3").getObjGen())
+        << "what is left of both is the same";
 }
 
 TEST(Finisher, PagesThatLookTheSameStayApart) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "pdf/FinishedFile.h"
 #include "pdf/fonts/ToUnicode.h"
 
 #include <optional>
@@ -44,6 +45,7 @@ std::string drawnFont(SamplePDF& pdf, const std::string& name, const pdf::CodeTe
 class OpenedPDF {
 public:
     explicit OpenedPDF(std::string bytes);
+    explicit OpenedPDF(const pdf::FinishedFile& file) : OpenedPDF(file.whole()) {}
     QPDF& file() { return file_; }
     QPDFObjectHandle page(std::size_t number) { return file_.getAllPages().at(number); }
     std::string content(std::size_t number);   // without its tags

@@ -183,7 +183,7 @@ TEST(Files, writesWholeFilesOrNone) {
         std::function<void()> call;
         FileError::Kind kind;
     } rows[] = {
-        {"no such folder", [&] { writeAtomically(folder / "none/x", {}); }, FileError::Kind::notFound},
+        {"no such folder", [&] { writeAtomically(folder / "none/x", ByteView()); }, FileError::Kind::notFound},
         {"a folder has the name", [&] { writeAtomically(folder / "taken", bytesOf("x")); },
          FileError::Kind::unwritable},
         {"copy of nothing", [&] { copyAtomically(folder / "none", folder / "x"); }, FileError::Kind::notFound},
@@ -191,7 +191,8 @@ TEST(Files, writesWholeFilesOrNone) {
         {"folder below a file", [&] { createFolders(folder / "copy/x"); }, FileError::Kind::unwritable},
         {"folder in no folder", [&] { createFolder(folder / "none/x"); }, FileError::Kind::notFound},
         {"folder again", [&] { createFolder(folder / "taken"); }, FileError::Kind::alreadyExists},
-        {"name too long", [&] { writeAtomically(folder / std::string(256, 'n'), {}); }, FileError::Kind::unwritable},
+        {"name too long", [&] { writeAtomically(folder / std::string(256, 'n'), ByteView()); },
+         FileError::Kind::unwritable},
     };
     for (const auto& row : rows) EXPECT_EQ(failureOf(row.call), row.kind) << row.why;
     EXPECT_EQ(list(folder.path()).size(), 4u) << "no temporary file is left behind";

@@ -72,14 +72,14 @@ TEST(Conformance, EveryGlyphMeansACharacter) {
     pdf.page("BT /F 9 Tf <010203> Tj ET", "<< /Font << /F " + font + " >> >>");
     const auto made = finish(pdf, {.title = "<A & B>\u0001", .author = "Ann", .links = {{0, 9, 9, 9, 9, "http://a"}}});
     EXPECT_TRUE(made.report.isArchival);
-    EXPECT_EQ(test::brokenArchivalRules(made.pdf), std::vector<std::string>());
+    EXPECT_EQ(test::brokenArchivalRules(made.pdf.whole()), std::vector<std::string>());
 }
 
 // What the check is for: it finds each of them broken.
 TEST(Conformance, TheCheckSeesBrokenRules) {
     SamplePDF pdf;
     pdf.page("BT /F 9 Tf <01> Tj ET", "<< /Font << /F " + test::drawnFont(pdf, "Symbols", {{1, u"A"}}) + " >> >>");
-    const auto whole = finish(pdf, {.title = "T", .links = {{0, 9, 9, 9, 9, "http://a"}}}).pdf;
+    const auto whole = finish(pdf, {.title = "T", .links = {{0, 9, 9, 9, 9, "http://a"}}}).pdf.whole();
     const struct {
         std::string rule;
         void (*damage)(QPDF& file);

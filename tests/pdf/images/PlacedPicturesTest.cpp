@@ -1,11 +1,11 @@
 #include "pdf/content/Contents.h"
 #include "pdf/content/Deflate.h"
+#include "pdf/content/LateData.h"
 #include "pdf/images/PlacedPictures.h"
 #include "tests/pdf/SamplePDF.h"
 #include "tests/pictures/SamplePictures.h"
 
 #include <gtest/gtest.h>
-#include <qpdf/Buffer.hh>
 
 namespace ostrel::pdf {
 namespace {
@@ -119,7 +119,8 @@ TEST(PlacedPictures, AreDrawnWhereTheirRectanglesWereAndNowhereElse) {
         sample.page(row.content);
         OpenedPDF file(sample.bytes());
         Contents contents(file.file());
-        const auto odd = placePictures(file.file(), contents, std::span(&picture, 1));
+        LateData late;
+        const auto odd = placePictures(file.file(), contents, std::span(&picture, 1), late);
         EXPECT_EQ(odd.empty(), !row.drawn.empty()) << row.why;
         if (!odd.empty()) continue;
         EXPECT_EQ(*contents.textOf(contents.all().front()), row.drawn) << row.why;
@@ -134,7 +135,8 @@ TEST(PlacedPictures, ThatThePageShowsMustComeBack) {
     sample.page("q Q");
     OpenedPDF file(sample.bytes());
     Contents contents(file.file());
-    EXPECT_EQ(placePictures(file.file(), contents, pictures), std::vector{colour});
+    LateData late;
+    EXPECT_EQ(placePictures(file.file(), contents, pictures, late), std::vector{colour});
 }
 
 // What readers are told of the colours, and how much of the file they get.
@@ -161,10 +163,10 @@ TEST(Original, SaysWhichColoursItHas) {
     };
     for (const auto& row : rows) {
         SamplePDF sample;
-        auto image = Original::of(bytesOf(row.file)).value().imageIn(sample.file());
+        LateData late;
+        auto image = Original::of(bytesOf(row.file)).value().imageIn(sample.file(), late);
         EXPECT_EQ(image.getDict().getKey("/ColorSpace").unparse().substr(0, row.space.size()), row.space) << row.why;
-        const auto stored = image.getRawStreamData();
-        EXPECT_LE(stored->getSize(), test::photograph(8, 6).jpeg.size()) << row.why;
+        EXPECT_LE(late.all().front().size, test::photograph(8, 6).jpeg.size()) << row.why;
     }
 }
 
@@ -180,7 +182,8 @@ TEST(PlacedPictures, InARasterGoThroughTheEngine) {
     sample.page("/X Do", "<< /XObject << /X " + test::ref(raster) + " >> >>");
     OpenedPDF file(sample.bytes());
     Contents contents(file.file());
-    EXPECT_EQ(placePictures(file.file(), contents, pictures), std::vector{second});
+    LateData late;
+    EXPECT_EQ(placePictures(file.file(), contents, pictures, late), std::vector{second});
 }
 
 }   // namespace
