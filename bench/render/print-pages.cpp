@@ -19,7 +19,8 @@ std::string print(WebPDFRenderer& renderer, const std::string& request) {
         const auto tab = request.find('\t');
         if (tab == std::string::npos) return "A request is two paths with a tab between.";
         const std::filesystem::path destination = request.substr(tab + 1);
-        std::string html(files::readWhole(request.substr(0, tab)).chars());
+        std::string html;
+        files::ReadHandle(request.substr(0, tab)).readToEnd(html);
         const Page page = makePage(std::move(html));
         std::filesystem::remove(destination);
         renderer.renderPDF(page, destination, {destination.stem().string(), "", std::nullopt});
