@@ -34,9 +34,9 @@ std::string previewPage(const PreviewRequest& request) {
     try {
         const MailMessage message = Emlx::read(request.file);
         const std::string date = ExportPlan::dateText(message.date.value_or(request.date), request.calendar);
-        Page page = MessageHTML::page(message, request.mailbox, date, std::nullopt, request.labels);
-        auto shown = request.foreignPictures->shown(page);
-        return std::move(shown ? *shown : page).html;
+        const Page page = MessageHTML::page(message, request.mailbox, date, std::nullopt, request.labels);
+        const auto shown = request.foreignPictures->shown(page);
+        return wholeHTML(shown ? *shown : page);
     } catch (const std::exception&) {
         return "<p style=\"font:13px -apple-system;color:#888\">" + MessageHTML::escape(request.labels.unreadable) +
                "</p>";

@@ -1,6 +1,5 @@
 #include "app/ForeignPictures.h"
 
-#include "core/message/TransferEncoding.h"
 #include "core/page/MessageHTML.h"
 #include "pictures/Kind.h"
 #include "pictures/headers/Size.h"
@@ -144,7 +143,7 @@ struct Place {
     const std::string* uri;   // null: what stands there
 };
 
-// Puts the addresses in; brings all of them up to date with what moves.
+// Puts the addresses in, open; brings all of them up to date with what moves.
 std::string replaced(std::string_view html, std::vector<Place> places) {
     std::ranges::sort(places, {}, [](const Place& place) { return place.address->begin; });
     std::string out;
@@ -152,7 +151,7 @@ std::string replaced(std::string_view html, std::vector<Place> places) {
     for (const auto& [address, uri] : places) {
         const auto was = *address;
         out += html.substr(done, was.begin - done);
-        *address = {out.size(), uri ? uri->size() : was.size};
+        *address = {out.size(), uri ? uri->size() : was.size, uri || was.isOpen};
         out += uri ? std::string_view(*uri) : html.substr(was.begin, was.size);
         done = was.begin + was.size;
     }
@@ -170,7 +169,7 @@ std::optional<Page> ForeignPictures::shown(const Page& page) const {
         auto& picture = made.pictures[i];
         if (isToBeReplaced(picture)) {
             picture = replacementFor(picture, *decoder_);
-            uris[i] = "data:" + picture.mediaType + ";base64," + TransferEncoding::encodeBase64(picture.bytes.view());
+            uris[i] = "data:" + picture.mediaType + ";base64,";
         }
         for (auto& address : picture.addresses) places.push_back({&address, uris[i].empty() ? nullptr : &uris[i]});
     }

@@ -149,8 +149,8 @@ int inspectPage(const fs::path& file) {
     const MailMessage message = Emlx::read(file);
     // As in an export, a message without any date shows its file's.
     const Instant date = message.date ? *message.date : files::modificationDate(file).value_or(Instant{});
-    std::cout
-        << MessageHTML::page(message, "", isoDateTime(date, Calendar::current()), std::nullopt, PageLabels{}).html;
+    std::cout << wholeHTML(
+        MessageHTML::page(message, "", isoDateTime(date, Calendar::current()), std::nullopt, PageLabels{}));
     return 0;
 }
 

@@ -101,6 +101,13 @@ std::string identifierIn(std::string_view encoded) {
     return isText ? std::move(decoded.bytes) : std::string(encoded);
 }
 
+// Nothing that the sanitizer looks for later ends within an address of such a type.
+bool isPlainType(std::string_view mediaType) {
+    return std::ranges::all_of(mediaType, [](char c) {
+        return ascii::isLetter(c) || ascii::isDigit(c) || c == '/' || c == '-' || c == '+' || c == '.';
+    });
+}
+
 std::uint64_t base64Length(std::uint64_t size) { return size / 3 * 4 + (size % 3 == 0 ? 0 : 4); }
 
 }   // namespace
@@ -121,15 +128,15 @@ void ImageRewriter::rewrite(std::string& out, std::string_view tag) {
 bool ImageRewriter::embed(std::string& out, std::string_view tag, std::string_view contentID) {
     const auto* image = find(identifierIn(contentID));
     if (image == nullptr) return false;
-    auto& [uri, picture] = read(*image);
+    auto& [uri, isOpen, wholeSize, picture] = read(*image);
     if (!uri) return false;
     const std::size_t count = countSourceAttributes(tag);
-    if (uri->size() > (embeddedBytesLimit - embeddedBytes_) / count) return false;
-    embeddedBytes_ += uri->size() * count;
+    if (wholeSize > (embeddedBytesLimit - embeddedBytes_) / count) return false;
+    embeddedBytes_ += wholeSize * count;
     std::size_t done = 0;
     for (auto found = nextSourceAttribute(tag, 0); found; found = nextSourceAttribute(tag, done)) {
         out.append(tag, done, found->begin - done).append(" src=\"");
-        picture.addresses.push_back({out.size(), uri->size()});
+        picture.addresses.push_back({out.size(), uri->size(), isOpen});
         out.append(*uri).append("\"");
         done = found->end;
     }
@@ -149,10 +156,10 @@ const MailAttachment* ImageRewriter::find(std::string_view contentID) {
     return folded == byFoldedID_->end() ? nullptr : folded->second;
 }
 
-// Reads and encodes each image once, however often the page shows it.
+// Reads each image once, however often the page shows it. A photograph would be most of the page's text.
 ImageRewriter::Own& ImageRewriter::read(const MailAttachment& image) {
     const auto [entry, isNew] = own_.try_emplace(&image);
-    auto& [uri, picture] = entry->second;
+    auto& [uri, isOpen, wholeSize, picture] = entry->second;
     const auto size = isNew ? image.size() : std::nullopt;
     if (!size || base64Length(*size) > embeddedBytesLimit - embeddedBytes_) return entry->second;
     try {
@@ -160,8 +167,10 @@ ImageRewriter::Own& ImageRewriter::read(const MailAttachment& image) {
         picture.name = image.filename;
         picture.bytes = image.data();
         // The type is the sender's text: it must not end the attribute.
-        uri = "data:" + MessageHTML::escape(image.mimeType) + ";base64," +
-              TransferEncoding::encodeBase64(picture.bytes.view());
+        uri = "data:" + MessageHTML::escape(image.mimeType) + ";base64,";
+        wholeSize = uri->size() + base64Length(picture.bytes.size());
+        isOpen = isPlainType(image.mimeType);
+        if (!isOpen) *uri += TransferEncoding::encodeBase64(picture.bytes.view());
     } catch (const FileError&) {
         // Gone or not readable: like an image that was never there.
     }

@@ -23,7 +23,7 @@ public:
     explicit ImageRewriter(const std::map<std::string, MailAttachment>& inlineImages) : inlineImages_(inlineImages) {}
 
     // Appends what stands in place of the tag ("<img" to its first ">"): the tag itself (images written into the
-    // HTML), the tag with a data: URI (the message's own images), a grey box of the declared size, or nothing.
+    // HTML), the tag with an open data: URI (the message's own images), a grey box of the declared size, or nothing.
     void rewrite(std::string& out, std::string_view tag);
 
     // Returns the number of images that were not the message's own.
@@ -35,8 +35,10 @@ private:
     bool embed(std::string& out, std::string_view tag, std::string_view contentID);
     const MailAttachment* find(std::string_view contentID);
     struct Own {
-        std::optional<std::string> uri;   // nullopt: the bytes cannot be had
-        PagePicture picture;
+        std::optional<std::string> uri{};   // as the page has it; nullopt: the bytes cannot be had
+        bool isOpen = false;                // it is without its payload
+        std::size_t wholeSize = 0;          // with that
+        PagePicture picture{};
     };
     Own& read(const MailAttachment& image);
     void block(std::string& out, std::string_view tag);

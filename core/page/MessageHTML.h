@@ -37,8 +37,8 @@ struct Sanitized {
     std::vector<PagePicture> pictures{};
 };
 // Turns a message's HTML into a fragment without anything active, embedding or remote; images the message carries
-// become data: URIs, other images grey boxes of their declared size. Reads the files of inline images that are in one.
-// Never fails.
+// become open data: URIs, other images grey boxes of their declared size. Reads the files of inline images that are in
+// one. Never fails.
 Sanitized sanitize(std::string_view html, const std::map<std::string, MailAttachment>& inlineImages);
 
 // Escapes & < > and the double quote, nothing else.

@@ -176,3 +176,33 @@ std::vector<PagePicture> picturesOf(std::string_view html, std::vector<PagePictu
 }
 
 }   // namespace ostrel::html
+
+namespace ostrel {
+
+std::string wholeHTML(std::string_view html, const std::vector<PagePicture>& pictures) {
+    struct Place {
+        std::size_t end, picture;
+    };
+    std::vector<Place> places;
+    std::vector<std::string> payloads(pictures.size());
+    std::size_t size = html.size();
+    for (std::size_t i = 0; i < pictures.size(); ++i) {
+        for (const auto& [begin, length, isOpen] : pictures[i].addresses) {
+            if (!isOpen) continue;
+            if (payloads[i].empty()) payloads[i] = TransferEncoding::encodeBase64(pictures[i].bytes.view());
+            places.push_back({begin + length, i});
+            size += payloads[i].size();
+        }
+    }
+    std::ranges::sort(places, {}, &Place::end);
+    std::string whole;
+    whole.reserve(size);
+    std::size_t done = 0;
+    for (const auto& [end, picture] : places) {
+        whole.append(html, done, end - done).append(payloads[picture]);
+        done = end;
+    }
+    return whole.append(html, done);
+}
+
+}   // namespace ostrel

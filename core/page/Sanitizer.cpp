@@ -142,7 +142,7 @@ void removeFetchingAttributes(std::string& text, std::vector<PagePicture>& pictu
             for (; next < removed.size() && removed[next].end <= address.begin; ++next)
                 removedBytes += removed[next].end - removed[next].begin;
             const bool isCut = next < removed.size() && removed[next].begin < address.begin + address.size;
-            if (!isCut) picture.addresses.push_back({address.begin - removedBytes, address.size});
+            if (!isCut) picture.addresses.push_back({address.begin - removedBytes, address.size, address.isOpen});
         }
     }
     std::erase_if(pictures, [](const PagePicture& picture) { return picture.addresses.empty(); });

@@ -51,21 +51,19 @@ std::string withoutEndlessWords(std::string_view words) {
 }   // namespace
 
 std::optional<Page> simpler(const Page& page, Simplicity simplicity, std::string_view note) {
-    const auto parts = partsOf(page.html);
+    std::string html = wholeHTML(page);
+    const auto parts = partsOf(html);
     if (!parts) return std::nullopt;
-    const auto offsetOf = [&](std::string_view part) {
-        return static_cast<std::size_t>(part.data() - page.html.data());
-    };
+    const auto offsetOf = [&](std::string_view part) { return static_cast<std::size_t>(part.data() - html.data()); };
     const std::size_t headEnd = offsetOf(parts->head) + parts->head.size();
     const std::size_t mail = offsetOf(parts->mail), mailEnd = mail + parts->mail.size();
-    const std::string noteText = "<p class=\"note\">" + escape(note) + "</p>";
-    std::string html = page.html;
+    const std::size_t styleEnd = offsetOf(parts->styleSheet) + parts->styleSheet.size();
+    // From the end to the beginning: what is before keeps its place.
     if (simplicity == Simplicity::textOnly)
         html.replace(mail, mailEnd - mail,
                      std::string(plainBegin) + escape(withoutEndlessWords(wordsOf(parts->mail))) + "</div>");
-    html.insert(headEnd, noteText);
-    if (simplicity == Simplicity::withoutEffects)
-        html.insert(offsetOf(parts->styleSheet) + parts->styleSheet.size(), noEffects);
+    html.insert(headEnd, "<p class=\"note\">" + escape(note) + "</p>");
+    if (simplicity == Simplicity::withoutEffects) html.insert(styleEnd, noEffects);
     return makePage(std::move(html));
 }
 

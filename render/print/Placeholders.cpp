@@ -1,5 +1,6 @@
 #include "render/print/Placeholders.h"
 
+#include "core/message/TransferEncoding.h"
 #include "core/page/PictureAddresses.h"
 #include "pictures/Kind.h"
 #include "pictures/headers/PNGHeader.h"
@@ -7,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <deque>
 #include <string_view>
 #include <unordered_set>
 #include <utility>
@@ -94,22 +96,38 @@ std::optional<Placeholders::PageForEngine> Placeholders::next() {
     PageForEngine made;
     struct Replacement {
         Address address;
-        std::string uri;
+        const std::string* uri;
     };
     std::vector<Replacement> all;
+    std::deque<std::string> uris;
+    std::unordered_set<std::size_t> replaced;   // the beginnings of addresses
     std::unordered_set<std::uint32_t> taken;
     std::uniform_int_distribution<std::uint32_t> anyColour(0, 0xFFFFFF);
     for (auto& [original, addresses, colour] : placeable_) {
         do colour = anyColour(random_);
         while (!taken.insert(colour).second);
         made.pictures.push_back({colour, original});
-        const auto uri = drawingOf(original.naturalSize(), colour);
-        for (const auto& address : addresses) all.push_back({address, uri});
+        uris.push_back(drawingOf(original.naturalSize(), colour));
+        for (const auto& address : addresses) {
+            all.push_back({address, &uris.back()});
+            replaced.insert(address.begin);
+        }
+    }
+    // The others are to be whole.
+    for (const auto& picture : page_.pictures) {
+        const std::string* uri = nullptr;
+        for (const auto& address : picture.addresses) {
+            if (!address.isOpen || replaced.contains(address.begin)) continue;
+            if (!uri)
+                uri = &uris.emplace_back(page_.html.substr(address.begin, address.size) +
+                                         TransferEncoding::encodeBase64(picture.bytes.view()));
+            all.push_back({address, uri});
+        }
     }
     std::ranges::sort(all, {}, [](const Replacement& each) { return each.address.begin; });
     std::size_t done = 0;
     for (const auto& [address, uri] : all) {
-        made.html.append(page_.html, done, address.begin - done).append(uri);
+        made.html.append(page_.html, done, address.begin - done).append(*uri);
         done = address.begin + address.size;
     }
     made.html.append(page_.html, done);

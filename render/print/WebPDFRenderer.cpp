@@ -167,7 +167,7 @@ void WebPDFRenderer::State::printAndFinish(const Page& page, const DocumentInfo&
     for (int count = 1;; ++count) {
         auto without = count < maxPrints ? placeholders.next() : std::nullopt;
         auto printed =
-            without ? print(without->html, coloursOf(without->pictures), report) : print(page.html, {}, report);
+            without ? print(without->html, coloursOf(without->pictures), report) : print(wholeHTML(page), {}, report);
         if (!printed.pdf) {
             placeholders.leaveToEngine(printed.page.changedPictures);
             continue;

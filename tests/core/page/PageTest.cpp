@@ -1,3 +1,4 @@
+#include "core/message/TransferEncoding.h"
 #include "core/page/MessageHTML.h"
 #include "core/page/PictureAddresses.h"
 #include "platform/LocaleFormat.h"
@@ -65,7 +66,8 @@ Found found(const Page& page) {
     for (const auto& picture : page.pictures) {
         auto& [bytes, addresses] = found.emplace_back(picture.bytes.chars(), std::vector<std::string>());
         for (const auto& address : picture.addresses)
-            addresses.push_back(page.html.substr(address.begin, address.size));
+            addresses.push_back(page.html.substr(address.begin, address.size) +
+                                (address.isOpen ? TransferEncoding::encodeBase64(picture.bytes.view()) : ""));
     }
     return found;
 }
