@@ -5,7 +5,6 @@
 #include "pictures/Kind.h"
 #include "pictures/headers/Profile.h"
 
-#include <cstdlib>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -54,19 +53,14 @@ bool isTaken(const JPEGHeader& header) {
     return header.isCommon && isDrawn(header.size) && header.end && isReadAlike(header);
 }
 
-bool isPlainGamma(const PNGHeader& header) {
-    constexpr int gammaOfSRGB = 45'455, near = 500;
-    return header.isSRGB || header.profile || !header.gamma ||
-           std::abs(static_cast<int>(*header.gamma) - gammaOfSRGB) < near;
-}
-
 std::string dataOf(const PNGHeader& header) {
     std::string data;
     for (const auto piece : header.data) data += piece;
     return data;
 }
 
-// The rows are unpacked once to see that all are there, which is done in a twentieth of the time of drawing them.
+// The rows of a sender's picture are unpacked once to see that all are there, which is done in a twentieth of the time
+// of drawing them.
 bool hasAllRows(const PNGHeader& header) {
     const std::size_t rowBits =
         std::size_t{header.size.width} * static_cast<unsigned>(channelsOf(header)) * header.bits;
@@ -85,8 +79,8 @@ bool hasAllRows(const PNGHeader& header) {
 
 bool isTaken(const PNGHeader& header) {
     const bool isIndexed = header.colours == PNGColours::palette;
-    return !header.hasAlpha() && !header.isInterlaced && !header.isAnimated && header.isWhole && isPlainGamma(header) &&
-           !(isIndexed && header.palette.empty()) && isDrawn(header.size) && hasAllRows(header);
+    return !header.hasAlpha() && !header.isInterlaced && !header.isAnimated && header.isWhole &&
+           header.hasPlainGamma() && !(isIndexed && header.palette.empty()) && isDrawn(header.size);
 }
 
 // name 0 method profile, packed: PNG 1.2 §4.2.2.4
@@ -178,7 +172,7 @@ QPDFObjectHandle imageOf(QPDF& file, ByteView, const PNGHeader& header, const st
 
 }   // namespace
 
-std::optional<Original::Picture> Original::read(ByteView bytes) {
+std::optional<Original::Picture> Original::read(ByteView bytes, Maker maker) {
     const auto kind = pictures::kindOf(bytes);
     if (kind == pictures::Kind::jpeg) {
         auto header = pictures::readJPEGHeader(bytes);
@@ -188,7 +182,7 @@ std::optional<Original::Picture> Original::read(ByteView bytes) {
     }
     if (kind == pictures::Kind::png) {
         auto header = pictures::readPNGHeader(bytes);
-        if (!header || !isTaken(*header)) return std::nullopt;
+        if (!header || !isTaken(*header) || (maker == Maker::sender && !hasAllRows(*header))) return std::nullopt;
         auto profile = profileOf(*header);
         return Picture{bytes, std::move(*header), std::move(profile)};
     }
@@ -196,21 +190,22 @@ std::optional<Original::Picture> Original::read(ByteView bytes) {
 }
 
 std::optional<Original> Original::of(ByteView picture) {
-    auto read = Original::read(picture);
+    auto read = Original::read(picture, Maker::sender);
     return read ? std::optional(Original(std::move(*read))) : std::nullopt;
 }
 
 std::optional<Original> Original::of(pictures::Decoded picture) {
     const auto decoded = std::make_shared<const pictures::Decoded>(std::move(picture));
-    auto original = of(bytesOf(decoded->file));
-    if (!original) return std::nullopt;
+    auto colours = read(bytesOf(decoded->file), Maker::decoder);
+    if (!colours) return std::nullopt;
+    Original original(std::move(*colours));
     if (!decoded->mask.empty()) {
-        original->mask_ = read(bytesOf(decoded->mask));
-        const auto* const mask = original->mask_ ? std::get_if<PNGHeader>(&original->mask_->header) : nullptr;
+        original.mask_ = read(bytesOf(decoded->mask), Maker::decoder);
+        const auto* const mask = original.mask_ ? std::get_if<PNGHeader>(&original.mask_->header) : nullptr;
         if (!mask || mask->colours != PNGColours::grey) return std::nullopt;
-        original->mask_->profile.clear();   // it has no colours
+        original.mask_->profile.clear();   // it has no colours
     }
-    original->decoded_ = decoded;
+    original.decoded_ = decoded;
     return original;
 }
 

@@ -45,7 +45,8 @@ private:
         std::string profile;   // ICC, to be kept; empty: sRGB
     };
     explicit Original(Picture picture) : picture_(std::move(picture)) {}
-    static std::optional<Picture> read(ByteView bytes);
+    enum class Maker { sender, decoder };   // what it makes has all its rows
+    static std::optional<Picture> read(ByteView bytes, Maker maker);
 
     std::shared_ptr<const pictures::Decoded> decoded_;   // whose bytes the pictures are; null: the caller's
     Picture picture_;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <string>
 
 namespace ostrel::pictures {
@@ -54,6 +55,11 @@ void take(PNGHeader& header, std::string_view type, std::string_view content) {
 }
 
 }   // namespace
+
+bool PNGHeader::hasPlainGamma() const {
+    constexpr int gammaOfSRGB = 45'455, near = 500;
+    return isSRGB || profile || !gamma || std::abs(static_cast<int>(*gamma) - gammaOfSRGB) < near;
+}
 
 std::optional<PNGHeader> readPNGHeader(ByteView picture) {
     const auto file = charsOf(picture);

@@ -26,6 +26,8 @@ struct PNGHeader {
     bool isSRGB = false;                       // overrules profile and gamma
     std::vector<std::string_view> data;        // the IDAT chunks: pieces of one zlib stream
     bool isWhole = false;                      // ends with IEND
+    // That of all screens, or overruled: what the numbers say is what is shown.
+    bool hasPlainGamma() const;
     bool hasAlpha() const { return tRNS || colours == PNGColours::greyAlpha || colours == PNGColours::rgba; }
 };
 

@@ -60,7 +60,12 @@ struct Made {
 
 Made make(ByteView picture, bool splitsAlpha) {
     Made made;
-    if (kindOf(picture) == Kind::pdf) {
+    auto planes = splitsAlpha && kindOf(picture) == Kind::png ? planesOfPNG(picture) : std::nullopt;
+    if (planes) {
+        made.answer = {wire::Outcome::decoded, Kind::png, planes->size.width, planes->size.height, 0, 0};
+        made.file = std::move(planes->colours);
+        made.mask = std::move(planes->alpha);
+    } else if (kindOf(picture) == Kind::pdf) {
         auto drawing = drawPDF(picture);
         made.file = std::move(drawing.svg);
         made.answer = {wire::Outcome::decoded, Kind::svg, drawing.width, drawing.height, 0, 0};

@@ -153,6 +153,37 @@ TEST_F(DecoderTest, AlphaComesWithinOrApart) {
     EXPECT_TRUE(decoded(png({2, 1}, opaque), "opaque", Decoder::Alpha::apart).mask.empty());
 }
 
+// Their rows are taken apart as they are packed, with all kinds of filters.
+TEST_F(DecoderTest, LargePNGsKeepEveryPixelAndItsAlpha) {
+    const Size size{1200, 1000};
+    for (const bool isOpaque : {false, true}) {
+        std::string pixels, colours, alpha;
+        for (unsigned i = 0; i < size.width * size.height; ++i) {
+            const unsigned x = i % size.width, y = i / size.width;
+            // Rows that are smooth, alike, noisy and of one colour, for each of which another filter is best.
+            const unsigned noise = (i * 2654435761u) >> 24;
+            const unsigned value = y / 50 % 4 == 0 ? x : y / 50 % 4 == 1 ? y : y / 50 % 4 == 2 ? noise : 7 * y / 50;
+            for (const unsigned channel : {value, value / 2 + noise / 64, x + y})
+                colours += static_cast<char>(channel & 0xFF);
+            alpha += static_cast<char>(isOpaque ? 0xFF : (x * y / 100) & 0xFF);
+            pixels.append(colours, colours.size() - 3).push_back(alpha.back());
+        }
+        const auto apart = decoded(png(size, pixels), "large", Decoder::Alpha::apart);
+        const auto shownColours = shownPNG(apart.file).pixels;
+        ASSERT_EQ(shownColours.size(), pixels.size());
+        bool areColoursSame = true;
+        for (std::size_t i = 0; i < pixels.size(); ++i)
+            areColoursSame = areColoursSame && (i % 4 == 3 || shownColours[i] == pixels[i]);
+        EXPECT_TRUE(areColoursSame) << isOpaque;
+        ASSERT_EQ(apart.mask.empty(), isOpaque);
+        if (isOpaque) continue;
+        const auto shownAlpha = shownPNG(apart.mask).pixels;
+        bool isAlphaSame = true;
+        for (std::size_t i = 0; i < alpha.size(); ++i) isAlphaSame = isAlphaSame && shownAlpha[4 * i] == alpha[i];
+        EXPECT_TRUE(isAlphaSame);
+    }
+}
+
 TEST_F(DecoderTest, PDFsAreDrawnWithTheirWords) {
     const auto made = decoded(pdf(), "PDF");
     EXPECT_EQ(made.kind, Kind::svg);
