@@ -2,6 +2,7 @@
 
 #include "core/page/MessageHTML.h"
 #include "pictures/Kind.h"
+#include "pictures/headers/ClaimedSize.h"
 #include "pictures/headers/Size.h"
 #include "platform/Translation.h"
 
@@ -21,12 +22,20 @@ using pictures::Decoded;
 using pictures::Kind;
 using pictures::NotDecoded;
 
+std::optional<pictures::Size> sizeOf(ByteView picture) {
+    const auto size = pictures::naturalSize(picture);
+    return size ? size : pictures::claimedSize(picture);
+}
+
 // Why the engine is not to see a picture of a kind that it shows, as far as headers tell: one without a size it shows
 // as broken, and one that is too large ends its process, and the mail with it.
 std::optional<NotDecoded> whyNotForEngine(ByteView picture) {
     const auto kind = pictures::kindOf(picture);
-    const auto size = pictures::naturalSize(picture);
-    if (!size) return kind == Kind::jpeg || kind == Kind::png ? std::optional(NotDecoded::damaged) : std::nullopt;
+    const auto size = sizeOf(picture);
+    const bool isBroken = kind == Kind::avif ? pictures::isCutShort(picture)
+                                             : !size && (kind == Kind::jpeg || kind == Kind::png || kind == Kind::webp);
+    if (isBroken) return NotDecoded::damaged;
+    if (!size) return std::nullopt;
     // JPEGs are decoded to the size in which they are shown, the others whole.
     constexpr std::uint64_t mostWholePixels = std::uint64_t{1} << 26;
     const bool isTooMuch = kind != Kind::jpeg && std::uint64_t{size->width} * size->height > mostWholePixels;
@@ -54,6 +63,8 @@ std::string_view nameOf(Kind kind) {
             return "GIF";
         case Kind::webp:
             return "WebP";
+        case Kind::avif:
+            return "AVIF";
         case Kind::bmp:
             return "BMP";
         default:
@@ -81,7 +92,7 @@ std::string sentenceFor(NotDecoded why) {
 pictures::Size boxSize(ByteView picture) {
     constexpr pictures::Size unknown{520, 64};
     constexpr double mostOfASide = 4096;
-    const auto size = pictures::naturalSize(picture);
+    const auto size = sizeOf(picture);
     if (!size) return unknown;
     const double shrunk = std::min(1.0, mostOfASide / std::max(size->width, size->height));
     const auto side = [&](std::uint32_t pixels) { return std::max(1u, static_cast<std::uint32_t>(pixels * shrunk)); };
@@ -102,13 +113,15 @@ std::string boxSaying(std::span<const std::string> lines, const pictures::Size& 
     };
     const auto sides = attribute("width", size.width) + attribute("height", size.height);
     std::string box = "<svg xmlns=\"http://www.w3.org/2000/svg\"" + sides + "><rect" + sides +
-                      " fill=\"#f2f2f2\" stroke=\"#b0b0b0\" stroke-dasharray=\"4 3\"/>";
+                      " fill=\"#f2f2f2\" stroke=\"#b0b0b0\"/>";   // dashes become a shape each
     const unsigned lineHeight = font * 3 / 2;
     unsigned baseline =
         (size.height - std::min(size.height, lineHeight * static_cast<unsigned>(lines.size()))) / 2 + font;
     for (const auto& line : lines) {
-        box += "<text fill=\"#555\" font-family=\"sans-serif\"" + attribute("x", font) + attribute("y", baseline) +
-               attribute("font-size", font) + ">" + MessageHTML::escape(line) + "</text>";
+        // Ligatures are not found when somebody searches, and the page's styles do not reach into pictures.
+        box += "<text fill=\"#555\" font-family=\"sans-serif\" style=\"font-variant-ligatures:none\"" +
+               attribute("x", font) + attribute("y", baseline) + attribute("font-size", font) + ">" +
+               MessageHTML::escape(line) + "</text>";
         baseline += lineHeight;
     }
     return box + "</svg>";

@@ -1,4 +1,5 @@
 #include "fuzz/Target.h"
+#include "pictures/headers/ClaimedSize.h"
 #include "pictures/headers/JPEGHeader.h"
 #include "pictures/headers/PNGHeader.h"
 #include "pictures/headers/Size.h"
@@ -50,6 +51,10 @@ void run(ByteView input) {
     everyPrefix(input, [](ByteView picture) {
         const auto size = pictures::naturalSize(picture);
         holds(!size || (size->width > 0 && size->height > 0), "a size is not nothing");
+        const auto claimed = pictures::claimedSize(picture);
+        holds(!claimed || (claimed->width > 0 && claimed->height > 0), "nor is one that is only claimed");
+        holds(!size || !claimed, "a kind has one or the other");
+        pictures::isCutShort(picture);
         jpeg(picture);
         png(picture);
     });
@@ -71,6 +76,12 @@ std::vector<std::string> seeds() {
         "BM" + std::string(12, '\0') + little(40, 4) + little(60, 4) + little(40, 4),
         "\0\0\0\x1C"
         "ftypmif1\0\0\0\0miafheic"s,
+        box("ftyp", "avif") +
+            box("meta", big(0, 4) + box("iprp", box("ipco", box("irot", "\1") +
+                                                                box("ispe", big(0, 4) + big(60, 4) + big(40, 4))))),
+        tiff(6, 40, 60),
+        pdf(),
+        box("jP  ", "\r\n\x87\n") + box("jp2h", box("ihdr", big(40, 4) + big(60, 4))),
     };
 }
 

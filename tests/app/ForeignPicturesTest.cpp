@@ -61,6 +61,10 @@ std::string jpeg(unsigned width, unsigned height) {
     return "\xFF\xD8" + test::segment(0xC0, frame) + test::segment(0xDA, "\1\1\0\0\x3F\0"s);
 }
 
+std::string ispe(unsigned width, unsigned height) {
+    return test::box("ispe", test::big(0, 4) + test::big(width, 4) + test::big(height, 4));
+}
+
 TEST(ForeignPictures, ThatCannotBeShownLeaveABoxThatSaysSo) {
     ForeignPictures foreign, without(std::make_shared<pictures::Decoder>("/nowhere/at/all"));
     const struct {
@@ -77,6 +81,11 @@ TEST(ForeignPictures, ThatCannotBeShownLeaveABoxThatSaysSo) {
         {"no engine could", foreign, png(60'000, 30'000), "PNG picture cannot be shown: it is too large",
          "width=\"4096\" height=\"2048\""},
         {"no engine would", foreign, jpeg(50'000, 50'000), "JPEG picture cannot be shown: it is too large", ""},
+        {"cut where the engine says nothing", foreign,
+         test::box("ftyp", "avif") +
+             test::box("meta", test::big(0, 4) + test::box("iprp", test::box("ipco", ispe(600, 400)))) +
+             test::big(99, 4) + "mdat...",
+         "AVIF picture cannot be shown: it is damaged", "width=\"600\" height=\"400\""},
         {"without a size", foreign, png(0, 9), "PNG picture cannot be shown: it is damaged", ""},
     };
     for (const auto& row : rows) {

@@ -1,3 +1,4 @@
+#include "pictures/headers/ClaimedSize.h"
 #include "pictures/headers/JPEGHeader.h"
 #include "pictures/headers/PNGHeader.h"
 #include "pictures/headers/Size.h"
@@ -195,6 +196,49 @@ TEST(NaturalSize, OfTheOtherKinds) {
         {"BMP without end", bmp(little(40, 4) + little(0xFFFFFFFF, 4) + little(40, 4)), std::nullopt},
     };
     for (const auto& row : rows) EXPECT_EQ(naturalSize(bytesOf(row.file)), row.size) << row.why;
+}
+
+TEST(ClaimedSize, IsWhatThePictureSaysWholeOrNot) {
+    const auto ispe = [](unsigned width, unsigned height) {
+        return box("ispe", big(0, 4) + big(width, 4) + big(height, 4));
+    };
+    const auto heif = [](const std::string& brand, const std::string& properties) {
+        return box("ftyp", brand + big(0, 4)) + box("hdlr", "x") +
+               box("meta", big(0, 4) + box("pitm", "") + box("iprp", box("ipco", properties))) + box("mdat", "pixels");
+    };
+    const auto jp2 = box("jP  ", "\r\n\x87\n") + box("jp2h", box("ihdr", big(40, 4) + big(60, 4) + "\0\3\7\7\0\0"s));
+    const auto codestream =
+        "\xFF\x4F\xFF\x51"s + big(41, 2) + big(0, 2) + big(70, 4) + big(45, 4) + big(10, 4) + big(5, 4);
+    const struct {
+        const char* why;
+        std::string file;
+        std::optional<Size> size;
+    } rows[] = {
+        {"the whole, not a tile", heif("heic", ispe(16, 16) + ispe(60, 40) + ispe(8, 8)), Size{60, 40}},
+        {"turned upright", heif("heic", ispe(40, 60) + box("irot", "\1")), Size{60, 40}},
+        {"on its head", heif("heic", ispe(60, 40) + box("irot", "\2")), Size{60, 40}},
+        {"AVIF", heif("avif", ispe(60, 40)), Size{60, 40}},
+        {"no size", heif("heic", ""), std::nullopt},
+        {"a box with a length of 64 bits",
+         box("ftyp", "heic") + big(1, 4) + "free" + big(17, 8) + "x" +
+             box("meta", big(0, 4) + box("iprp", box("ipco", ispe(60, 40)))),
+         Size{60, 40}},
+        {"a box that is longer than the file",
+         box("ftyp", "heic") + big(900, 4) + "meta" + big(0, 4) + box("iprp", box("ipco", ispe(60, 40))), Size{60, 40}},
+        {"a box that has no end", box("ftyp", "heic") + big(3, 4) + "free", std::nullopt},
+        {"JPEG 2000", jp2, Size{60, 40}},
+        {"its codestream", codestream, Size{60, 40}},
+        {"TIFF", tiff(1, 60, 40), Size{60, 40}},
+        {"TIFF turned", tiff(6, 40, 60), Size{60, 40}},
+        {"TIFF without its end", tiff(1, 60, 40).substr(0, 30), std::nullopt},
+        {"PDF", pdf("", "-10 0 50 39.6"), Size{60, 40}},
+        {"PDF of a million miles", pdf("", "0 0 1e9 40"), std::nullopt},
+        {"none of these", jpeg(frame(sof0, 60, 40, 3)), std::nullopt},
+    };
+    for (const auto& row : rows) EXPECT_EQ(claimedSize(bytesOf(row.file)), row.size) << row.why;
+    const auto whole = heif("avif", ispe(60, 40));
+    EXPECT_FALSE(isCutShort(bytesOf(whole)));
+    EXPECT_TRUE(isCutShort(bytesOf(whole.substr(0, whole.size() - 1))));
 }
 
 }   // namespace

@@ -53,6 +53,11 @@ inline std::string chunk(std::string_view type, std::string_view content) {
     return big(content.size(), 4) + std::string(type) + std::string(content) + "CRC!";
 }
 
+// Of HEIC, AVIF and JPEG 2000.
+inline std::string box(std::string_view type, std::string_view content) {
+    return big(content.size() + 8, 4) + std::string(type) + std::string(content);
+}
+
 // A page of 30 by 20 points.
 inline std::string pdf(std::string_view content = "1 0 0 rg 0 0 15 20 re f BT /F 9 Tf 2 2 Td (office) Tj ET",
                        std::string_view mediaBox = "0 0 30 20") {
