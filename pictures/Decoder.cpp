@@ -1,6 +1,7 @@
 #include "pictures/Decoder.h"
 
 #include "pictures/Wire.h"
+#include "pictures/headers/JPEGHeader.h"
 #include "platform/Descriptor.h"
 #include "platform/Installation.h"
 
@@ -166,12 +167,14 @@ std::variant<Decoded, NotDecoded> Decoder::ask(ByteView picture, Alpha alpha) {
     if (!process_->receive(decoded.file.data(), decoded.file.size(), until) ||
         !process_->receive(decoded.mask.data(), decoded.mask.size(), until))
         return process_->ending(until);
-    const auto isWhatItSays = [&](const std::string& file, Kind kind) {
+    const auto isWhatItSays = [](const std::string& file, Kind kind, const Size& size) {
         return kindOf(bytesOf(file)) == kind &&
-               (kind == Kind::svg || naturalSize(bytesOf(file)) == std::optional(decoded.size));
+               (kind == Kind::svg || naturalSize(bytesOf(file)) == std::optional(size));
     };
-    if (!isWhatItSays(decoded.file, decoded.kind) || (!decoded.mask.empty() && !isWhatItSays(decoded.mask, Kind::png)))
-        return NotDecoded::crashed;
+    if (!isWhatItSays(decoded.file, decoded.kind, decoded.size)) return NotDecoded::crashed;
+    const auto header = readJPEGHeader(bytesOf(decoded.file));
+    const Size stored = header ? header->size : decoded.size;
+    if (!decoded.mask.empty() && !isWhatItSays(decoded.mask, Kind::png, stored)) return NotDecoded::crashed;
     return decoded;
 }
 

@@ -19,7 +19,7 @@ struct Decoded {
     Kind kind = Kind::unknown;   // png, jpeg or svg
     Size size;                   // upright, as it is to be shown; of a PDF, its first page's points
     std::string file;
-    std::string mask;   // a grey PNG of the same size, where alpha was asked for apart and the picture has some
+    std::string mask;   // a grey PNG of the same size as stored, where alpha was asked for apart and there is some
 };
 
 enum class NotDecoded {
@@ -49,8 +49,9 @@ public:
 
     enum class Alpha { within, apart };
     // HEIC, TIFF and JPEG 2000 become PNG or, where they were packed with losses, JPEG; the first page of a PDF becomes
-    // SVG. PNG, and the first picture of GIF and WebP, become the same without interlacing and with 8 bits or a
-    // palette.
+    // SVG. PNG, and the first picture of GIF and WebP, become PNG without interlacing; of GIF and WebP that were cut
+    // short, as much as there is. JPEGs that were cut
+    // short become whole, with what is missing clear where alpha is asked for apart.
     std::variant<Decoded, NotDecoded> decode(ByteView picture, Alpha alpha = Alpha::within);
 
     static std::filesystem::path installedProgram();

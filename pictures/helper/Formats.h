@@ -24,6 +24,13 @@ std::optional<Planes> planesOfPNG(ByteView picture);
 Pixels decodeGIF(ByteView picture);   // the first picture, as WebP
 Pixels decodeWebP(ByteView picture);
 
+// A JPEG that ends within its pixels, as one that ends with them; and a mask, as stored, of the rows that are there.
+// None where all are, if not in full detail.
+struct Completed {
+    std::string file, mask;
+};
+Completed completedJPEG(ByteView picture);
+
 struct Drawing {
     std::uint32_t width = 0, height = 0;   // points
     std::string svg;

@@ -27,6 +27,11 @@ struct Closer {
     void operator()(GifFileType* file) const { DGifCloseFile(file, nullptr); }
 };
 
+// As browsers show them, also where the rest is missing.
+bool hasLine(GifFileType* file, std::vector<GifPixelType>& line) {
+    return DGifGetLine(file, line.data(), static_cast<int>(line.size())) != GIF_ERROR;
+}
+
 void check(int outcome) {
     if (outcome == GIF_ERROR) throw NotAPicture("not as a GIF must be");
 }
@@ -78,8 +83,10 @@ Pixels decodeGIF(ByteView picture) {
         throw NotAPicture("no picture within the screen");
     auto pixels = blank(static_cast<unsigned>(file->SWidth), static_cast<unsigned>(file->SHeight), 4);
     std::vector<GifPixelType> line(static_cast<std::size_t>(image.Width));
+    bool isEmpty = true;
     for (const int row : rowOrder(image.Height, image.Interlace)) {
-        check(DGifGetLine(file.get(), line.data(), image.Width));
+        if (!hasLine(file.get(), line)) break;
+        isEmpty = false;
         auto* to = pixels.row(static_cast<std::size_t>(image.Top + row)) + image.Left * 4;
         for (const auto index : line) {
             if (index < colours->ColorCount && index != transparent) {
@@ -90,6 +97,7 @@ Pixels decodeGIF(ByteView picture) {
             to += 4;
         }
     }
+    if (isEmpty) throw NotAPicture("not one line");
     return pixels;
 }
 

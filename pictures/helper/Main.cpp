@@ -2,6 +2,7 @@
 // is closed before the first byte is read.
 
 #include "pictures/Wire.h"
+#include "pictures/headers/JPEGHeader.h"
 #include "pictures/helper/Encode.h"
 #include "pictures/helper/Formats.h"
 #include "pictures/helper/OpenedBefore.h"
@@ -60,12 +61,20 @@ struct Made {
 
 Made make(ByteView picture, bool splitsAlpha) {
     Made made;
-    auto planes = splitsAlpha && kindOf(picture) == Kind::png ? planesOfPNG(picture) : std::nullopt;
+    const auto kind = kindOf(picture);
+    auto planes = splitsAlpha && kind == Kind::png ? planesOfPNG(picture) : std::nullopt;
     if (planes) {
         made.answer = {wire::Outcome::decoded, Kind::png, planes->size.width, planes->size.height, 0, 0};
         made.file = std::move(planes->colours);
         made.mask = std::move(planes->alpha);
-    } else if (kindOf(picture) == Kind::pdf) {
+    } else if (kind == Kind::jpeg) {
+        auto completed = completedJPEG(picture);
+        made.file = std::move(completed.file);
+        if (splitsAlpha) made.mask = std::move(completed.mask);
+        const auto header = readJPEGHeader(bytesOf(made.file));
+        const auto size = header ? header->naturalSize() : Size();
+        made.answer = {wire::Outcome::decoded, Kind::jpeg, size.width, size.height, 0, 0};
+    } else if (kind == Kind::pdf) {
         auto drawing = drawPDF(picture);
         made.file = std::move(drawing.svg);
         made.answer = {wire::Outcome::decoded, Kind::svg, drawing.width, drawing.height, 0, 0};

@@ -1,6 +1,8 @@
 #include "pictures/helper/Formats.h"
 #include "pictures/helper/Owned.h"
 
+#include <new>
+
 #include <webp/decode.h>
 #include <webp/demux.h>
 
@@ -20,8 +22,9 @@ std::string profileOf(const WebPDemuxer* file) {
 // The first picture of an animation.
 Pixels decodeWebP(ByteView picture) {
     const WebPData data{reinterpret_cast<const std::uint8_t*>(picture.data()), picture.size()};
-    const Owned<WebPDemuxer, WebPDemuxDelete> file(WebPDemux(&data));
-    if (!file) throw NotAPicture("not a WebP");
+    WebPDemuxState state = WEBP_DEMUX_PARSING_HEADER;
+    const Owned<WebPDemuxer, WebPDemuxDelete> file(WebPDemuxPartial(&data, &state));
+    if (!file || state == WEBP_DEMUX_PARSING_HEADER) throw NotAPicture("not a WebP");
     const auto width = WebPDemuxGetI(file.get(), WEBP_FF_CANVAS_WIDTH);
     const auto height = WebPDemuxGetI(file.get(), WEBP_FF_CANVAS_HEIGHT);
     checkSize(width, height);
@@ -38,10 +41,14 @@ Pixels decodeWebP(ByteView picture) {
     constexpr int lossy = 1;
     auto pixels = blank(width, height, 4);
     auto* const to = pixels.row(static_cast<std::size_t>(frame.y_offset)) + frame.x_offset * 4;
-    if (!WebPDecodeRGBAInto(frame.fragment.bytes, frame.fragment.size, to,
-                            pixels.bytes.size() - static_cast<std::size_t>(to - pixels.row(0)),
-                            static_cast<int>(width * 4)))
-        throw NotAPicture("cut short");
+    const Owned<WebPIDecoder, WebPIDelete> decoder(
+        WebPINewRGB(MODE_RGBA, to, pixels.bytes.size() - static_cast<std::size_t>(to - pixels.row(0)),
+                    static_cast<int>(width * 4)));
+    if (!decoder) throw std::bad_alloc();
+    const auto status = WebPIAppend(decoder.get(), frame.fragment.bytes, frame.fragment.size);
+    int rows = 0;
+    WebPIDecGetRGB(decoder.get(), &rows, nullptr, nullptr, nullptr);
+    if ((status != VP8_STATUS_OK && status != VP8_STATUS_SUSPENDED) || rows == 0) throw NotAPicture("not one row");
     pixels.isLossy = features.format == lossy;
     pixels.profile = profileOf(file.get());
     return pixels;

@@ -3,6 +3,7 @@
 #include "core/message/TransferEncoding.h"
 #include "core/page/PictureAddresses.h"
 #include "pictures/Kind.h"
+#include "pictures/headers/JPEGHeader.h"
 #include "pictures/headers/PNGHeader.h"
 
 #include <algorithm>
@@ -38,6 +39,9 @@ std::optional<pdf::Original> originalOf(ByteView bytes, const Placeholders::Deco
     if (kind == Kind::png) {
         const auto header = pictures::readPNGHeader(bytes);
         if (!header || header->isAnimated) return std::nullopt;
+    } else if (kind == Kind::jpeg) {
+        const auto header = pictures::readJPEGHeader(bytes);
+        if (!header || header->end != 0) return std::nullopt;   // whole, and for the engine alone
     } else if (kind != Kind::gif && kind != Kind::webp) {
         return std::nullopt;
     }

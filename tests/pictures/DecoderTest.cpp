@@ -210,7 +210,7 @@ TEST_F(DecoderTest, DamageCostsThePictureOnly) {
         {"a JPEG 2000 of 60,000 by 60,000", hugeJPEG2000},
         {"a HEIC of 60,000 by 60,000", hugeHEIC},
         {"a PDF of 60,000 by 60,000", pdf("", "0 0 60000 60000")},
-        {"a JPEG, which is not decoded", "\xFF\xD8\xFF\xE0"},
+        {"a JPEG of nothing", "\xFF\xD8\xFF\xE0"},
         {"nothing", ""},
     };
     const auto isItsOwnFault = [](std::optional<NotDecoded> why) {
@@ -222,6 +222,24 @@ TEST_F(DecoderTest, DamageCostsThePictureOnly) {
             const auto why = failure(decoder, whole.substr(0, cut));
             EXPECT_TRUE(!why || isItsOwnFault(why)) << whole.size() << " cut at " << cut;
         }
+    }
+}
+
+TEST_F(DecoderTest, WhatWasCutShortIsShownAsFarAsItGoes) {
+    for (const auto& whole : {std::string(embedded::noise_gif), std::string(embedded::noise_webp)}) {
+        const auto all = shown(decoded(whole, "whole"));
+        bool isPart = false;   // of any cut: its first row is there, its last is not
+        for (std::size_t cut = whole.size() / 10; cut < whole.size(); cut += 1 + whole.size() / 50) {
+            const auto result = decoder.decode(bytesOf(whole.substr(0, cut)));
+            const auto* const made = std::get_if<Decoded>(&result);
+            if (!made) continue;
+            ASSERT_EQ(made->size, all.size) << cut;
+            const auto part = shown(*made);
+            expectNear(part.at(0, 0), all.at(0, 0), std::to_string(whole.size()) + " cut at " + std::to_string(cut));
+            const auto last = all.size.height - 1;
+            isPart = isPart || (part.at(0, last)[3] == 0 && all.at(0, last)[3] != 0);
+        }
+        EXPECT_TRUE(isPart) << whole.size();
     }
 }
 
