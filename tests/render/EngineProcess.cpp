@@ -46,34 +46,40 @@ std::map<pid_t, Process> processes() {
     return found;
 }
 
-std::optional<std::pair<pid_t, long>> ourWebProcess() {
+// With their processor time.
+std::map<pid_t, long> ourWebProcesses() {
     const auto all = processes();
+    std::map<pid_t, long> ours;
     for (const auto& [pid, process] : all) {
         if (process.name.rfind("WebKitWebProces", 0) != 0) continue;
-        for (auto at = all.find(process.parent); at != all.end(); at = all.find(at->second.parent)) {
-            if (at->first == getpid()) return std::pair{pid, process.ticks};
-        }
+        for (auto at = all.find(process.parent); at != all.end(); at = all.find(at->second.parent))
+            if (at->first == getpid()) ours.emplace(pid, process.ticks);
     }
-    return std::nullopt;
+    return ours;
 }
 
 }   // namespace
 
+std::vector<int> webProcesses() {
+    std::vector<int> found;
+    for (const auto& [pid, ticks] : ourWebProcesses()) found.push_back(pid);
+    return found;
+}
+
 std::optional<int> webProcess() {
-    const auto found = ourWebProcess();
-    return found ? std::optional<int>(found->first) : std::nullopt;
+    const auto found = webProcesses();
+    return found.empty() ? std::nullopt : std::optional(found.front());
 }
 
 bool killBusyWebProcess() {
     const long busy = sysconf(_SC_CLK_TCK) / 2;   // half a second of work: loading is over by then
-    std::optional<std::pair<pid_t, long>> first;
+    std::map<pid_t, long> first;
     const auto giveUp = std::chrono::steady_clock::now() + std::chrono::seconds(30);
     while (std::chrono::steady_clock::now() < giveUp) {
-        const auto now = ourWebProcess();
-        if (now && first && now->first == first->first && now->second - first->second >= busy) {
-            return kill(now->first, SIGKILL) == 0;
+        for (const auto& [pid, ticks] : ourWebProcesses()) {
+            const auto [known, isNew] = first.emplace(pid, ticks);
+            if (!isNew && ticks - known->second >= busy) return kill(pid, SIGKILL) == 0;
         }
-        if (now && (!first || now->first != first->first)) first = now;
         std::this_thread::yield();
     }
     return false;

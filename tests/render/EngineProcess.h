@@ -1,14 +1,16 @@
 #pragma once
 
 #include <optional>
+#include <vector>
 
 namespace ostrel {
 
-// The process id of this program's web process.
+// The process ids of this program's web processes; and the first of them.
+std::vector<int> webProcesses();
 std::optional<int> webProcess();
 
-// Waits until the web process of this program works on a page, then kills it. Gives up when there is none for long;
-// false then.
+// Waits until a web process of this program has worked for long on a page, then kills it. Gives up when there is none
+// for long; false then.
 bool killBusyWebProcess();
 
 }   // namespace ostrel
