@@ -37,8 +37,8 @@ std::optional<NotDecoded> whyNotForEngine(ByteView picture) {
     if (isBroken) return NotDecoded::damaged;
     if (!size) return std::nullopt;
     // JPEGs are decoded to the size in which they are shown, the others whole.
-    constexpr std::uint64_t mostWholePixels = std::uint64_t{1} << 26;
-    const bool isTooMuch = kind != Kind::jpeg && std::uint64_t{size->width} * size->height > mostWholePixels;
+    constexpr std::uint64_t maxWholePixels = std::uint64_t{1} << 26;
+    const bool isTooMuch = kind != Kind::jpeg && std::uint64_t{size->width} * size->height > maxWholePixels;
     return isTooMuch || !pictures::isDrawn(*size) ? std::optional(NotDecoded::tooLarge) : std::nullopt;
 }
 
@@ -91,10 +91,10 @@ std::string sentenceFor(NotDecoded why) {
 // The size of the box for a picture: its own as far as it can be believed, in its shape.
 pictures::Size boxSize(ByteView picture) {
     constexpr pictures::Size unknown{520, 64};
-    constexpr double mostOfASide = 4096;
+    constexpr double maxSide = 4096;
     const auto size = sizeOf(picture);
     if (!size) return unknown;
-    const double shrunk = std::min(1.0, mostOfASide / std::max(size->width, size->height));
+    const double shrunk = std::min(1.0, maxSide / std::max(size->width, size->height));
     const auto side = [&](std::uint32_t pixels) { return std::max(1u, static_cast<std::uint32_t>(pixels * shrunk)); };
     return {side(size->width), side(size->height)};
 }

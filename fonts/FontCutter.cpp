@@ -113,7 +113,7 @@ std::optional<Tables> trueTypeTables(hb_face_t* face, const hb_map_t* glyphs) {
     // with the units of PostScript fonts.
     const int grid = std::max(1, static_cast<int>(hb_face_get_upem(face)) / 500);
     const unsigned count = hb_map_get_population(glyphs);
-    std::size_t mostPoints = 0, mostContours = 0;
+    std::size_t maxPoints = 0, maxContours = 0;
     Tables tables;
     for (hb_codepoint_t number = 0; number < count; ++number) {
         const hb_codepoint_t id = hb_map_get(glyphs, number);
@@ -125,12 +125,12 @@ std::optional<Tables> trueTypeTables(hb_face_t* face, const hb_map_t* glyphs) {
         tables.glyf += *entry;
         append16(tables.hmtx, hb_font_get_glyph_h_advance(font.get(), id));
         append16(tables.hmtx, glyph.left());   // viewers move a glyph until its box begins there
-        mostPoints = std::max(mostPoints, glyph.pointCount());
-        mostContours = std::max(mostContours, glyph.contourCount());
+        maxPoints = std::max(maxPoints, glyph.pointCount());
+        maxContours = std::max(maxContours, glyph.contourCount());
     }
     append32(tables.loca, tables.glyf.size());
     append32(tables.maxp, 0x10000);
-    for (const std::size_t number : {std::size_t{count}, mostPoints, mostContours}) append16(tables.maxp, int(number));
+    for (const std::size_t number : {std::size_t{count}, maxPoints, maxContours}) append16(tables.maxp, int(number));
     for (const int number : {0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0}) append16(tables.maxp, number);   // 1: one zone
     return tables;
 }

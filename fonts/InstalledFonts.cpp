@@ -25,7 +25,7 @@ constexpr std::array weights{FC_WEIGHT_REGULAR, FC_WEIGHT_BOLD};
 constexpr std::array slants{FC_SLANT_ROMAN, FC_SLANT_ITALIC};
 
 // Smaller files cost the engine next to nothing; larger ones would take longer to make than they save.
-constexpr std::uint64_t leastFileBytes = 64 << 10, mostFileBytes = 16 << 20;
+constexpr std::uint64_t minFileBytes = 64 << 10, maxFileBytes = 16 << 20;
 
 using PatternPtr = std::unique_ptr<FcPattern, Releaser<FcPatternDestroy>>;
 using CharSetPtr = std::unique_ptr<FcCharSet, Releaser<FcCharSetDestroy>>;
@@ -143,8 +143,8 @@ auto find(std::vector<PortionedFace>& faces, const AnyFace& face) {
 }
 
 bool isWorthPortions(const Face& face) {
-    constexpr std::uint64_t leastBytes = 1 << 20;
-    return !face.isVariable && files::size(face.file).value_or(0) >= leastBytes;
+    constexpr std::uint64_t minBytes = 1 << 20;
+    return !face.isVariable && files::size(face.file).value_or(0) >= minBytes;
 }
 
 // Those of one weight: for each kind of text its face when nobody says the language, and the one when somebody does.
@@ -192,7 +192,7 @@ std::set<fs::path> textFonts(FcConfig* config) {
                 const auto face = faceOf(match(config, family, weight, slant).get());
                 if (!face || face->format != "TrueType" || face->index != 0 || face->isVariable) continue;
                 const auto bytes = files::size(face->file).value_or(0);
-                if (bytes >= leastFileBytes && bytes <= mostFileBytes) result.insert(face->file);
+                if (bytes >= minFileBytes && bytes <= maxFileBytes) result.insert(face->file);
             }
     return result;
 }

@@ -11,7 +11,7 @@ namespace {
 using Cubic = std::array<Place, 4>;
 using Controls = std::vector<Place>;   // of quadratic curves that meet halfway between them
 
-constexpr std::size_t mostCurves = 16;   // for one cubic curve; far more than a letter's need
+constexpr std::size_t maxCurves = 16;   // for one cubic curve; far more than a letter's need
 
 // ---- Distance
 
@@ -72,7 +72,7 @@ std::optional<Controls> controlsOf(const Cubic& cubic, std::size_t curves, doubl
         const Place end = i + 1 < curves ? (controls[i] + controls[i + 1]) / 2.0 : cubic[3];
         const bool fits = isWithin(tolerance, end - parts[i][3]) &&
                           staysWithin(tolerance, difference(start, controls[i], end, parts[i]));
-        if (!fits && curves < mostCurves) return std::nullopt;
+        if (!fits && curves < maxCurves) return std::nullopt;
         start = end;
     }
     return controls;

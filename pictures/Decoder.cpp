@@ -27,7 +27,7 @@ using files::Descriptor;
 
 // Processor time is what a picture is given, and the program ends itself when that is over. A machine at work may take
 // so many times longer; beyond it something is wrong.
-constexpr int mostDelay = 10;
+constexpr int maxDelay = 10;
 
 struct SpawnActions {
     posix_spawn_file_actions_t actions;
@@ -132,7 +132,7 @@ std::filesystem::path Decoder::installedProgram() {
 }
 
 std::variant<Decoded, NotDecoded> Decoder::decode(ByteView picture, Alpha alpha) {
-    if (picture.size() > wire::mostPictureBytes) return NotDecoded::tooLarge;
+    if (picture.size() > wire::maxPictureBytes) return NotDecoded::tooLarge;
     const std::lock_guard held(mutex_);
     if (!process_) process_ = Process::start(program_, environment_);
     if (!process_) return NotDecoded::unavailable;
@@ -146,7 +146,7 @@ std::variant<Decoded, NotDecoded> Decoder::decode(ByteView picture, Alpha alpha)
 std::variant<Decoded, NotDecoded> Decoder::ask(ByteView picture, Alpha alpha) {
     const auto time =
         std::min(patience_.most, patience_.base + patience_.perMegabyte * static_cast<long>(picture.size() >> 20));
-    const auto until = Clock::now() + time * mostDelay;
+    const auto until = Clock::now() + time * maxDelay;
     const wire::Request request{alpha == Alpha::apart, static_cast<std::uint32_t>(time.count()), picture.size()};
     wire::Answer answer{};
     if (!process_->send(&request, sizeof request, until) || !process_->send(picture.data(), picture.size(), until) ||
@@ -157,8 +157,8 @@ std::variant<Decoded, NotDecoded> Decoder::ask(ByteView picture, Alpha alpha) {
     // A picture may have taken it over: nothing that it says is believed.
     const bool isKindKnown = answer.kind == Kind::png || answer.kind == Kind::jpeg || answer.kind == Kind::svg;
     const std::uint64_t pixels = std::uint64_t{answer.width} * answer.height;
-    if (answer.outcome != wire::Outcome::decoded || !isKindKnown || pixels == 0 || pixels > wire::mostPixels ||
-        answer.bytes > wire::mostAnswerBytes || answer.maskBytes > wire::mostAnswerBytes)
+    if (answer.outcome != wire::Outcome::decoded || !isKindKnown || pixels == 0 || pixels > wire::maxPixels ||
+        answer.bytes > wire::maxAnswerBytes || answer.maskBytes > wire::maxAnswerBytes)
         return NotDecoded::crashed;
     Decoded decoded{answer.kind,
                     {answer.width, answer.height},

@@ -60,8 +60,8 @@ Kind kindOfText(std::string_view file) {
 }   // namespace
 
 Kind kindOf(ByteView picture) {
-    constexpr std::size_t mostProlog = 1024;
-    const auto file = charsOf(picture).substr(0, mostProlog);
+    constexpr std::size_t maxProlog = 1024;
+    const auto file = charsOf(picture).substr(0, maxProlog);
     for (const auto& [offset, bytes, kind] : signatures)
         if (offset < file.size() && file.substr(offset).starts_with(bytes)) return kind;
     const auto branded = kindOfBrands(file);

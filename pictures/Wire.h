@@ -11,9 +11,9 @@
 namespace ostrel::pictures::wire {
 
 // Larger pictures are refused unread. 64 million pixels are the largest sensors of telephones and cameras.
-inline constexpr std::uint64_t mostPixels = std::uint64_t{1} << 26;
-inline constexpr std::uint64_t mostPictureBytes = std::uint64_t{1} << 28;
-inline constexpr std::uint64_t mostAnswerBytes = std::uint64_t{1} << 28;   // of picture and mask together
+inline constexpr std::uint64_t maxPixels = std::uint64_t{1} << 26;
+inline constexpr std::uint64_t maxPictureBytes = std::uint64_t{1} << 28;
+inline constexpr std::uint64_t maxAnswerBytes = std::uint64_t{1} << 28;   // of picture and mask together
 
 // The program's exit status where it could not shut itself in: it then decodes nothing.
 inline constexpr int cannotStart = 3;

@@ -21,7 +21,7 @@ namespace {
 
 using i18n::tr;
 
-constexpr int defaultWidth = 780, defaultHeight = 540, leastWidth = 680, leastHeight = 440;
+constexpr int defaultWidth = 780, defaultHeight = 540, minWidth = 680, minHeight = 440;
 constexpr int listWidth = 220, padding = 24, paragraphSpacing = 14;
 
 }   // namespace
@@ -32,7 +32,7 @@ HelpWindow::HelpWindow()
       page_(Gtk::Orientation::VERTICAL, paragraphSpacing) {
     set_title(tr("Ostrel Help"));
     set_default_size(textScale::scaled(defaultWidth), textScale::scaled(defaultHeight));
-    set_size_request(leastWidth, leastHeight);
+    set_size_request(minWidth, minHeight);
     set_titlebar(header_);
 
     titles_.add_css_class("navigation-sidebar");

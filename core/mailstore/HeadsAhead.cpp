@@ -12,9 +12,9 @@ namespace {
 
 // A few files at a time, so that handing them over costs nothing beside reading them; on a slow disk fewer, so that
 // neither the progress nor an end that is asked for waits.
-constexpr std::size_t mostInBatch = 64;
+constexpr std::size_t maxInBatch = 64;
 constexpr auto longestBatch = std::chrono::milliseconds(50);
-constexpr std::size_t mostBatches = 4;
+constexpr std::size_t maxBatches = 4;
 
 files::Walk notYet(const files::Entry& entry) {
     if (entry.name == "MailData" || entry.name == "Attachments")
@@ -31,7 +31,7 @@ bool isMessageFile(const files::Entry& entry) {
 }   // namespace
 
 HeadsAhead::HeadsAhead(std::filesystem::path root, SummaryCache* cache) : cache_(cache) {
-    for (std::size_t i = 0; i < mostBatches; ++i) spare_.push_back(std::make_unique<Batch>());
+    for (std::size_t i = 0; i < maxBatches; ++i) spare_.push_back(std::make_unique<Batch>());
     reader_ = std::jthread([this, root = std::move(root)](const std::stop_token& stop) {
         std::exception_ptr failure;
         try {
@@ -54,7 +54,7 @@ void HeadsAhead::readAll(const std::filesystem::path& root, const std::stop_toke
         if (!isMessageFile(entry)) return notYet(entry);
         if (!batch) return files::Walk::stop;
         batch->heads.push_back(readHead(entry, batch->blocks));
-        if (batch->heads.size() >= mostInBatch || Clock::now() - begun > longestBatch) {
+        if (batch->heads.size() >= maxInBatch || Clock::now() - begun > longestBatch) {
             hand(std::move(batch));
             batch = emptyBatch(stop);
             begun = Clock::now();

@@ -66,9 +66,9 @@ bool hasAllRows(const PNGHeader& header) {
         std::size_t{header.size.width} * static_cast<unsigned>(channelsOf(header)) * header.bits;
     const std::size_t rowBytes = 1 + (rowBits + 7) / 8, expected = rowBytes * header.size.height;
     // A packed byte holds no more than this; and a picture may not take all memory.
-    constexpr std::size_t mostPacking = 1040, mostBytes = std::size_t{1} << 28;
+    constexpr std::size_t maxPacking = 1040, maxBytes = std::size_t{1} << 28;
     const auto data = dataOf(header);
-    if (expected > mostBytes || expected / mostPacking > data.size()) return false;
+    if (expected > maxBytes || expected / maxPacking > data.size()) return false;
     const auto rows = zlib::inflate(data, expected, expected);
     if (!rows || rows->size() != expected) return false;
     constexpr char lastFilter = 4;   // PNG 1.2 §6
@@ -85,11 +85,11 @@ bool isTaken(const PNGHeader& header) {
 
 // name 0 method profile, packed: PNG 1.2 §4.2.2.4
 std::string profileOf(const PNGHeader& header) {
-    constexpr std::size_t mostBytes = std::size_t{1} << 22, usual = 1 << 12;
+    constexpr std::size_t maxBytes = std::size_t{1} << 22, usual = 1 << 12;
     if (header.isSRGB || !header.profile) return {};
     const auto nameEnd = header.profile->find('\0');
     if (nameEnd == std::string_view::npos || nameEnd + 2 > header.profile->size()) return {};
-    auto profile = zlib::inflate(header.profile->substr(nameEnd + 2), usual, mostBytes);
+    auto profile = zlib::inflate(header.profile->substr(nameEnd + 2), usual, maxBytes);
     const bool isGrey = header.colours == PNGColours::grey;
     return profile ? worthKeeping(std::move(*profile), spaceOf(isGrey ? 1 : 3)) : std::string();
 }

@@ -68,10 +68,10 @@ std::optional<Size> anySize(ByteView picture) {
 }   // namespace
 
 bool isDrawn(const Size& size) {
-    constexpr std::uint32_t mostOfASide = 32'767;
-    constexpr std::uint64_t mostPixels = std::uint64_t{1} << 28;
-    return size.width > 0 && size.height > 0 && size.width <= mostOfASide && size.height <= mostOfASide &&
-           std::uint64_t{size.width} * size.height <= mostPixels;
+    constexpr std::uint32_t maxSide = 32'767;
+    constexpr std::uint64_t maxPixels = std::uint64_t{1} << 28;
+    return size.width > 0 && size.height > 0 && size.width <= maxSide && size.height <= maxSide &&
+           std::uint64_t{size.width} * size.height <= maxPixels;
 }
 
 std::optional<Size> naturalSize(ByteView picture) {

@@ -27,7 +27,7 @@ constexpr int compression = 6;
 
 void append(png_structp writer, png_bytep bytes, std::size_t count) {
     auto& file = *static_cast<std::string*>(png_get_io_ptr(writer));
-    if (file.size() + count > wire::mostAnswerBytes) throw TooLarge();
+    if (file.size() + count > wire::maxAnswerBytes) throw TooLarge();
     file.append(reinterpret_cast<const char*>(bytes), count);
 }
 
@@ -60,7 +60,7 @@ Rows greysOf(const Pixels& pixels) {
 
 // nullopt: it has more colours than a palette.
 std::optional<Rows> withPalette(const Pixels& pixels) {
-    constexpr std::size_t mostColours = 256;
+    constexpr std::size_t maxColours = 256;
     Rows rows{{}, 1, 8, PNG_COLOR_TYPE_PALETTE, {}};
     std::unordered_map<std::uint32_t, char> indexes;
     const auto* at = pixels.row(0);
@@ -72,7 +72,7 @@ std::optional<Rows> withPalette(const Pixels& pixels) {
         const std::uint32_t colour = at[0] << 16 | at[1] << 8 | at[2];
         if (colour != last) {
             const auto [entry, isNew] = indexes.try_emplace(colour, static_cast<char>(rows.palette.size()));
-            if (isNew && rows.palette.size() == mostColours) return std::nullopt;
+            if (isNew && rows.palette.size() == maxColours) return std::nullopt;
             if (isNew) rows.palette.push_back({at[0], at[1], at[2]});
             last = colour;
             index = entry->second;

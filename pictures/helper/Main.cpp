@@ -92,7 +92,7 @@ Made make(ByteView picture, bool splitsAlpha) {
     }
     made.answer.bytes = made.file.size();
     made.answer.maskBytes = made.mask.size();
-    if (made.answer.bytes + made.answer.maskBytes > wire::mostAnswerBytes) throw TooLarge();
+    if (made.answer.bytes + made.answer.maskBytes > wire::maxAnswerBytes) throw TooLarge();
     return made;
 }
 

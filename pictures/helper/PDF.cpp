@@ -19,13 +19,13 @@ using Surface = Owned<cairo_surface_t, cairo_surface_destroy>;
 using Context = Owned<cairo_t, cairo_destroy>;
 
 // What an engine shows at ease; a map with a million lines is a bomb to it.
-constexpr std::size_t mostBytes = std::size_t{16} << 20;
+constexpr std::size_t maxBytes = std::size_t{16} << 20;
 // Three metres; PDF readers draw no larger pages.
-constexpr double mostPoints = 14400;
+constexpr double maxPoints = 14400;
 
 cairo_status_t append(void* to, const unsigned char* bytes, unsigned count) {
     auto& svg = *static_cast<std::string*>(to);
-    if (svg.size() + count > mostBytes) return CAIRO_STATUS_WRITE_ERROR;
+    if (svg.size() + count > maxBytes) return CAIRO_STATUS_WRITE_ERROR;
     svg.append(reinterpret_cast<const char*>(bytes), count);
     return CAIRO_STATUS_SUCCESS;
 }
@@ -60,7 +60,7 @@ Drawing drawPDF(ByteView document) {
     double width = 0, height = 0;
     poppler_page_get_size(page.get(), &width, &height);
     if (!(width >= 0.5 && height >= 0.5)) throw NotAPicture("no size");
-    if (width > mostPoints || height > mostPoints) throw TooLarge();
+    if (width > maxPoints || height > maxPoints) throw TooLarge();
 
     Drawing drawing{static_cast<std::uint32_t>(std::ceil(width)), static_cast<std::uint32_t>(std::ceil(height)), {}};
     const Surface surface(cairo_svg_surface_create_for_stream(append, &drawing.svg, drawing.width, drawing.height));

@@ -65,7 +65,7 @@ std::string fileOf(const PNGHeader& header, PNGColours colours, std::string_view
     if (!profile.empty()) appendChunk(file, "iCCP", profile);
     appendChunk(file, "IDAT", deflated(rows));
     appendChunk(file, "IEND", "");
-    if (file.size() > wire::mostAnswerBytes) throw TooLarge();
+    if (file.size() > wire::maxAnswerBytes) throw TooLarge();
     return file;
 }
 

@@ -35,7 +35,7 @@ bool isGrey(const Pixels& pixels) {
 
 void checkSize(std::uint64_t width, std::uint64_t height) {
     if (width == 0 || height == 0) throw NotAPicture("no size");
-    if (width > wire::mostPixels || height > wire::mostPixels || width * height > wire::mostPixels) throw TooLarge();
+    if (width > wire::maxPixels || height > wire::maxPixels || width * height > wire::maxPixels) throw TooLarge();
 }
 
 Pixels blank(std::uint64_t width, std::uint64_t height, std::size_t channels) {

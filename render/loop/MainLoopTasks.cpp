@@ -10,7 +10,7 @@ namespace ostrel {
 namespace {
 
 // An export and a scan take long, and so may a page or two that somebody made to: what comes next finds another thread.
-constexpr std::size_t mostThreads = 6;
+constexpr std::size_t maxThreads = 6;
 
 }   // namespace
 
@@ -35,7 +35,7 @@ void MainLoopTasks::inBackground(std::function<void()> task) {
     const std::lock_guard held(lock_);
     if (isEnding_) return;
     waiting_.push_back(std::move(task));
-    if (idle_ >= waiting_.size() || threads_.size() == mostThreads) {
+    if (idle_ >= waiting_.size() || threads_.size() == maxThreads) {
         changed_.notify_one();
         return;
     }

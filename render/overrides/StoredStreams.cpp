@@ -24,8 +24,8 @@ constexpr uLong betweenLooks = 1 << 18;
 constexpr long smallProcess = 80 << 20;
 
 // In the field of z_stream that zlib leaves alone, and how often its size was looked at: this stream is still stored.
-constexpr uLong storing = 0x6f730000, mostLooks = 0xffff;
-bool isStored(const z_stream& stream) { return stream.reserved >= storing && stream.reserved < storing + mostLooks; }
+constexpr uLong storing = 0x6f730000, maxLooks = 0xffff;
+bool isStored(const z_stream& stream) { return stream.reserved >= storing && stream.reserved < storing + maxLooks; }
 bool isLookDue(const z_stream& stream) {
     return isStored(stream) && stream.total_in / betweenLooks > stream.reserved - storing;
 }

@@ -22,10 +22,10 @@ using i18n::trCount;
 
 // Wider than any mail that a person laid out; beyond it the text would be too small to find on the sheet, and paper
 // sizes reach what PDF readers still open.
-constexpr double mostEnlargement = 100;
+constexpr double maxEnlargement = 100;
 
 // What is ours on the page is shrunk with it, but not until nobody can read it.
-constexpr double mostShrinkingOfFrame = 3;
+constexpr double maxShrinkingOfFrame = 3;
 
 // A print job that ends with no file was mostly cut short by the engine's process going down, which is reported apart.
 constexpr auto crashNews = 1s;
@@ -171,9 +171,9 @@ void PagePrinter::giveBack(std::vector<std::uint32_t> changedPictures) {
 }
 
 void PagePrinter::measured(double contentWidth) {
-    const double widest = pageGeometry::printableWidth(paper_) * pageGeometry::mostPixelsPerPoint;
-    if (contentWidth > widest * mostEnlargement && !isSqueezed_) return squeeze();
-    if (contentWidth > widest) enlargement_ = std::min(contentWidth / widest * 1.002, mostEnlargement);
+    const double widest = pageGeometry::printableWidth(paper_) * pageGeometry::maxPixelsPerPoint;
+    if (contentWidth > widest * maxEnlargement && !isSqueezed_) return squeeze();
+    if (contentWidth > widest) enlargement_ = std::min(contentWidth / widest * 1.002, maxEnlargement);
     startPrinting();
 }
 
@@ -189,10 +189,9 @@ void PagePrinter::startPrinting() {
     if (!view_->setPageMargins(pageGeometry::verticalMargin * enlargement_,
                                pageGeometry::horizontalMargin * enlargement_))
         return printNow();
-    evaluate(pageScripts::layOut(enlargement_ / mostShrinkingOfFrame),
-             [page = page_](PagePrinter& self, GAsyncResult*) {
-                 if (self.page_ == page && self.phase_ == Phase::measuring) self.printNow();
-             });
+    evaluate(pageScripts::layOut(enlargement_ / maxShrinkingOfFrame), [page = page_](PagePrinter& self, GAsyncResult*) {
+        if (self.page_ == page && self.phase_ == Phase::measuring) self.printNow();
+    });
 }
 
 void PagePrinter::printNow() {
@@ -241,7 +240,7 @@ void PagePrinter::printWider(Done done) {
     std::error_code ignored;
     std::filesystem::remove(output_, ignored);
     if (!isSqueezed_) return squeeze();
-    enlargement_ = std::min(enlargement_ * 2, mostEnlargement);
+    enlargement_ = std::min(enlargement_ * 2, maxEnlargement);
     startPrinting();
 }
 

@@ -95,8 +95,8 @@ Placeholders::Placeholders(const Page& page, const Decode& decode) : page_(page)
 }
 
 std::optional<Placeholders::PageForEngine> Placeholders::next() {
-    constexpr std::size_t mostPictures = std::size_t{1} << 20;   // a sixteenth of all colours
-    if (placeable_.empty() || placeable_.size() > mostPictures) return std::nullopt;
+    constexpr std::size_t maxPictures = std::size_t{1} << 20;   // a sixteenth of all colours
+    if (placeable_.empty() || placeable_.size() > maxPictures) return std::nullopt;
     PageForEngine made;
     struct Replacement {
         Address address;

@@ -38,7 +38,7 @@ constexpr int maxAttempts = 5;
 // through, so something is where only the print's own layout finds it.
 bool mayLackItsRightEdge(const pdf::Printed& printed) {
     const auto scale = printed.scale();
-    return scale && *scale * pageGeometry::mostPixelsPerPoint < 1.0006;
+    return scale && *scale * pageGeometry::maxPixelsPerPoint < 1.0006;
 }
 
 // A mail that the engine cannot print as it is loses its looks one after the other, never its words.

@@ -153,7 +153,7 @@ private:
     // After the end of the process. What it had not begun with may have been lost by the fault of the page before.
     void startAfresh() {
         isStarted_ = false;
-        if (phase_ == Phase::beginning && ++attempts_ < mostAttempts) return begin();
+        if (phase_ == Phase::beginning && ++attempts_ < maxAttempts) return begin();
         shown_ = nullptr;   // who asks for this page again gets another try
         finish();
     }
@@ -181,7 +181,7 @@ private:
         if (reason != WEBKIT_WEB_PROCESS_TERMINATED_BY_API) static_cast<View*>(data)->startAfresh();
     }
 
-    static constexpr int mostAttempts = 2;
+    static constexpr int maxAttempts = 2;
 
     WebPreview& owner_;
     const PreviewPatience patience_;

@@ -57,13 +57,13 @@ void SheetWindow::addButton(Gtk::Button& button, const std::string& text) {
 
 // The scrolled window does not know how its lines will break.
 void SheetWindow::fit() {
-    const int width = textScale::scaled(usualWidth), mostHeight = textScale::scaled(usualMostHeight);
+    const int width = textScale::scaled(usualWidth), maxHeight = textScale::scaled(usualMostHeight);
     const auto heightOf = [width](const Gtk::Widget& part) {
         int least = 0, natural = 0, unused = 0;
         part.measure(Gtk::Orientation::VERTICAL, width - frame, least, natural, unused, unused);
         return natural;
     };
-    const int content = std::min(heightOf(content_), mostHeight);
+    const int content = std::min(heightOf(content_), maxHeight);
     scroller_.set_min_content_height(content);
     set_default_size(width, content + heightOf(buttons_) + heightOf(header_));
 }

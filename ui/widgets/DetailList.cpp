@@ -13,7 +13,7 @@ namespace {
 
 using i18n::tr;
 
-constexpr int spacing = 6, padding = 6, leastHeight = 60, mostHeight = 140, lineHeight = 22;
+constexpr int spacing = 6, padding = 6, minHeight = 60, maxHeight = 140, lineHeight = 22;
 
 // On one line, whatever a subject or a file's name contains.
 std::string oneLine(std::string text) {
@@ -49,7 +49,7 @@ void DetailList::set(const std::vector<std::string>& lines) {
     for (const std::string& line : lines) text += (text.empty() ? "" : "\n") + oneLine(line);
     text_.get_buffer()->set_text(text);
     const int wanted =
-        std::clamp(static_cast<int>(std::min<std::size_t>(lines.size(), 100)) * lineHeight, leastHeight, mostHeight);
+        std::clamp(static_cast<int>(std::min<std::size_t>(lines.size(), 100)) * lineHeight, minHeight, maxHeight);
     scroller_.set_min_content_height(textScale::scaled(wanted));
     set_visible(!lines.empty());
 }

@@ -10,27 +10,27 @@ namespace ostrel {
 namespace {
 
 // Pixels at the usual text size.
-constexpr int mailboxesLeast = 200, mailboxesIdeal = 240, mailboxesMost = 360;
-constexpr int messagesLeast = 396, messagesIdeal = 520;   // all columns of the list at their least need it
-constexpr int pageLeast = 280, pageIdeal = 320;           // does not follow the size of the window's text
+constexpr int minMailboxes = 200, mailboxesIdeal = 240, maxMailboxes = 360;
+constexpr int minMessages = 396, messagesIdeal = 520;   // all columns of the list at their least need it
+constexpr int minPage = 280, pageIdeal = 320;           // does not follow the size of the window's text
 
-int roomForAll() { return textScale::scaled(mailboxesLeast + messagesLeast) + pageLeast; }
+int roomForAll() { return textScale::scaled(minMailboxes + minMessages) + minPage; }
 
 }   // namespace
 
 ThreeColumns::ThreeColumns(Gtk::Widget& mailboxes, Gtk::Widget& messages, Gtk::Widget& page)
-    : SplitView({textScale::scaled(mailboxesIdeal), textScale::scaled(mailboxesMost)}),
+    : SplitView({textScale::scaled(mailboxesIdeal), textScale::scaled(maxMailboxes)}),
       mailboxes_(mailboxes),
       messages_(messages),
       page_(page),
       messagesAndPage_({textScale::scaled(messagesIdeal), 0}) {
     messagesAndPage_.leaveSecond(pageIdeal);
-    mailboxes.set_size_request(mailboxesLeast, -1);
-    messages.set_size_request(messagesLeast, -1);
-    page.set_size_request(pageLeast, -1);
+    mailboxes.set_size_request(minMailboxes, -1);
+    messages.set_size_request(minMessages, -1);
+    page.set_size_request(minPage, -1);
     messagesAndPage_.setColumns(messages, page);
     setColumns(mailboxes, messagesAndPage_);
-    leaveSecond(textScale::scaled(messagesLeast) + pageIdeal);
+    leaveSecond(textScale::scaled(minMessages) + pageIdeal);
 }
 
 void ThreeColumns::toggleMailboxes() {
@@ -44,8 +44,8 @@ void ThreeColumns::measure_vfunc(Gtk::Orientation orientation, int forSize, int&
                                  int& minimumBaseline, int& naturalBaseline) const {
     SplitView::measure_vfunc(orientation, forSize, minimum, natural, minimumBaseline, naturalBaseline);
     if (orientation != Gtk::Orientation::HORIZONTAL) return;
-    if (mailboxes_.get_visible() && page_.get_visible()) minimum -= mailboxesLeast;
-    if (!page_.get_visible()) minimum += pageLeast - mailboxesLeast;
+    if (mailboxes_.get_visible() && page_.get_visible()) minimum -= minMailboxes;
+    if (!page_.get_visible()) minimum += minPage - minMailboxes;
     natural = std::max(natural, minimum);
 }
 
@@ -73,7 +73,7 @@ void ThreeColumns::fold() {
         messages_.child_focus(Gtk::DirectionType::TAB_FORWARD);
     mailboxes_.set_visible(isShown);
     page_.set_visible(isPageShown);
-    leaveSecond(textScale::scaled(messagesLeast) + (isPageShown ? pageIdeal : 0));
+    leaveSecond(textScale::scaled(minMessages) + (isPageShown ? pageIdeal : 0));
     signalMailboxes.emit(isShown);
 }
 

@@ -5,7 +5,7 @@
 // Returns the links that were marked, in the order drawn: { colour, url }, or with the part of the marked box that the
 // link takes: [left, top, width, height] as parts of the box, and the box's width over its height.
 const markLinks = text => {
-    const mostLinks = 100000, mostMarks = 300000, mostPlaced = 5000;
+    const maxLinks = 100000, maxMarks = 300000, maxPlaced = 5000;
     const apart = new Set(), outlined = new Set();
     if (/filter|blend|clip|mask|reflect|\\/i.test(text)) {
         for (const box of document.getElementsByTagName('*'))
@@ -18,7 +18,7 @@ const markLinks = text => {
     const mark = (link, paint) => {
         const waiting = [link];
         let isMarked = false, isMissed = false;
-        while (waiting.length && marks.length < mostMarks) {
+        while (waiting.length && marks.length < maxMarks) {
             const box = waiting.pop(), style = getComputedStyle(box);
             if (!box.style || style.display == 'none') continue;
             if (apart.has(box)) { isMissed = true; continue; }
@@ -60,13 +60,13 @@ const markLinks = text => {
     };
     let placed = 0;
     const place = (address, rects, from) => {
-        const [host, colour] = rects.length && ++placed <= mostPlaced && hostOf(from) || [];
+        const [host, colour] = rects.length && ++placed <= maxPlaced && hostOf(from) || [];
         if (!host) return;
         const whole = host.getBoundingClientRect();
         for (const rect of rects) {
             const left = Math.max(rect.left, whole.left), top = Math.max(rect.top, whole.top);
             const width = Math.min(rect.right, whole.right) - left, height = Math.min(rect.bottom, whole.bottom) - top;
-            if (!(width >= 1 && height >= 1) || links.length >= mostLinks) continue;
+            if (!(width >= 1 && height >= 1) || links.length >= maxLinks) continue;
             const parts = [(left - whole.left) / whole.width, (top - whole.top) / whole.height, width / whole.width,
                 height / whole.height, whole.width / whole.height];
             links.push({ colour, url: address, part: parts.map(part => Number(part.toFixed(6))) });
@@ -74,7 +74,7 @@ const markLinks = text => {
     };
     const unmarked = [], maps = new Map();
     for (const link of document.links) {
-        if (links.length >= mostLinks) break;
+        if (links.length >= maxLinks) break;
         const address = addressOf(link.href);
         if (!address) continue;
         if (link instanceof HTMLAreaElement) {
@@ -89,15 +89,15 @@ const markLinks = text => {
     }
     for (const image of document.images) {
         const areas = image.useMap && isSeen(image) && maps.get(image.useMap.replace(/^.*#/, '')) || [];
-        for (let i = areas.length - 1; i >= 0 && placed < mostPlaced; --i)   // the first lies on top: it comes last
+        for (let i = areas.length - 1; i >= 0 && placed < maxPlaced; --i)   // the first lies on top: it comes last
             place(areas[i][1], [areaOf(areas[i][0], image)], image);
     }
     for (const [link, address] of unmarked)
-        if (placed < mostPlaced && getComputedStyle(link).visibility == 'visible' && isSeen(link.parentElement))
+        if (placed < maxPlaced && getComputedStyle(link).visibility == 'visible' && isSeen(link.parentElement))
             place(address, rectsOf(link), link.parentElement);
     for (const link of document.getElementsByTagNameNS('http://www.w3.org/2000/svg', 'a')) {
         const address = addressOf(link.href.baseVal);
-        if (address && placed < mostPlaced && isSeen(link)) place(address, [link.getBoundingClientRect()], link.ownerSVGElement);
+        if (address && placed < maxPlaced && isSeen(link)) place(address, [link.getBoundingClientRect()], link.ownerSVGElement);
     }
 
     if (!paintByStyle(marks, text)) paintByAttribute(marks, 'mark');

@@ -3,7 +3,7 @@
 // Rules that ask for the very text of a style attribute must find the same boxes afterwards.
 const asksForStyles = /\[[^\]]*style|\\/i;
 const askingSelectors = text => {   // nothing when it cannot be told
-    const mostRules = 50, selectors = [], groups = [];
+    const maxRules = 50, selectors = [], groups = [];
     if (/\[[\s*|]*(style|\/\*)|\battr\b|@namespace|\\/i.test(text)) groups.push(...document.styleSheets);
     while (groups.length) {
         let rules;
@@ -13,7 +13,7 @@ const askingSelectors = text => {   // nothing when it cannot be told
             if (rule.styleSheet) groups.push(rule.styleSheet);
             if (/attr\([^)]*style/i.test(rule.cssText) || asksForStyles.test(`${rule.start} ${rule.end}`)) return;
             if (!asksForStyles.test(rule.selectorText)) continue;
-            if (selectors.length >= mostRules || /&|\\/.test(rule.selectorText) || rule.cssRules?.length) return;
+            if (selectors.length >= maxRules || /&|\\/.test(rule.selectorText) || rule.cssRules?.length) return;
             selectors.push(rule.selectorText.replace(/::[-\w]+(\([^)]*\))?|:(before|after|first-line|first-letter)\b/gi, ''));
         }
     }

@@ -132,7 +132,7 @@ TEST(HostileMessageTest, PartsFieldsAndParametersHaveLimitsForTheWholeMessage) {
 }
 
 TEST(HostileMessageTest, ListsOfAddressesAndIdentifiersHaveLimits) {
-    constexpr auto most = MailAddress::listLimit, mostIDs = MessageIDs::listLimit;
+    constexpr auto most = MailAddress::listLimit, maxIDs = MessageIDs::listLimit;
     const auto repeatedTimes = [](std::string_view piece, std::size_t count) {
         return repeated(piece, piece.size() * count);
     };
@@ -143,13 +143,13 @@ TEST(HostileMessageTest, ListsOfAddressesAndIdentifiersHaveLimits) {
     EXPECT_EQ(MailAddress::list(words + "b").front().name, words + "b");
     for (const std::string piece : {"@", "a ", "<a", "<@a,", "a:"})
         EXPECT_LE(MailAddress::list(repeated(piece, 8 * megabyte)).front().name.size(), 2 * MailAddress::pieceLimit);
-    EXPECT_EQ(MessageIDs::list(repeatedTimes("<a@b>", mostIDs + 1)).size(), mostIDs);
+    EXPECT_EQ(MessageIDs::list(repeatedTimes("<a@b>", maxIDs + 1)).size(), maxIDs);
 
     const auto problems = [](const std::string& field) { return read(field + "\n\n").problems; };
     const std::vector<std::string> none, tooMany = {problem::tooManyAddresses};
     EXPECT_EQ(problems("To: " + repeatedTimes("a@b,", most - 1)), none);
     EXPECT_EQ(problems("To: " + repeatedTimes("a@b,", most + 1)), tooMany);
-    EXPECT_EQ(problems("References: " + repeatedTimes("<a@b>", mostIDs + 1)), tooMany);
+    EXPECT_EQ(problems("References: " + repeatedTimes("<a@b>", maxIDs + 1)), tooMany);
 }
 
 TEST(HostileMessageTest, BoundariesWithLineFeeds) {
