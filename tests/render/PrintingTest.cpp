@@ -148,6 +148,18 @@ TEST_F(Printing, KeepsWordsSearchable) {
     }
 }
 
+TEST_F(Printing, HoldsWordsThatRunAcrossThePage) {
+    const std::string words =
+        "one two three four five six seven eight nine ten eleven twelve thirteen fourteen fifteen "
+        "sixteen seventeen eighteen nineteen twenty";
+    for (const char* const how : {"", " direction=right", " direction=up height=9", " behavior=slide"}) {
+        const auto text =
+            readText(print("<p>before<marquee" + std::string(how) + ">" + words + "<b>bold</b></marquee>"));
+        for (const char* const word : {"before", "one two", "nineteen", "bold"})
+            EXPECT_NE(text.find(word), std::string::npos) << word << how << " in " << text;
+    }
+}
+
 TEST_F(Printing, KeepsTabs) {
     const std::string pages[] = {"<pre>first\tsecond", "<pre>first&#9;second", "<pre>first&#x0009;second",
                                  "<pre>first&Tab;second",

@@ -1,6 +1,7 @@
 // Rules of the mail for pages would change our margins and with them the scale; they go. Media queries are answered as
 // for paper, so that the width measured on the screen is the printed one. Boxes that scroll cannot be scrolled on
-// paper: they grow to their content.
+// paper: they grow to their content. Words that run across the page would be printed wherever they have come to, which
+// mostly is outside: they stand still.
 const prepareAndMeasure = () => {
     const forPaper = list => {
         if (!list || !/\b(print|screen)\b/i.test(list.mediaText)) return;
@@ -16,6 +17,14 @@ const prepareAndMeasure = () => {
         const isCut = box.scrollHeight > box.clientHeight;
         set(box, 'overflow', 'visible');
         if (isCut) { set(box, 'height', 'auto'); set(box, 'max-height', 'none'); }
+    };
+    const holdStill = box => {
+        const still = document.createElement('div');
+        for (const name of ['style', 'class', 'id', 'dir', 'lang'])
+            if (box.hasAttribute(name)) still.setAttribute(name, box.getAttribute(name));
+        still.style.backgroundColor ||= getComputedStyle(box).backgroundColor;
+        still.append(...box.childNodes);
+        box.replaceWith(still);
     };
     const waiting = [...document.styleSheets];
     while (waiting.length) {
@@ -46,6 +55,7 @@ const prepareAndMeasure = () => {
             if (/auto|scroll/.test(style.overflowX + style.overflowY)) unroll(box);
         }
     }
+    if (/<marquee/i.test(text)) [...document.getElementsByTagName('marquee')].forEach(holdStill);
     const width = Math.max(root.scrollWidth, body ? body.scrollWidth : 0);
     const hasLinks = document.links.length || document.getElementsByTagNameNS('http://www.w3.org/2000/svg', 'a').length;
     const pictures = findPictures(text);
