@@ -28,6 +28,9 @@ constexpr std::string_view userStyles =
 // as long to lay out a plain mail. Where there are no tabs nobody sees a difference.
 constexpr std::string_view tabsAreNothing = "*{tab-size:0 !important}";
 
+// A page of ours has no address but this.
+constexpr std::string_view placeOfPage = "about:blank#";
+
 // As they are, as references ("&#9;", "&#x09;", "&Tab;") or as escapes in style sheets ("\9 ").
 bool mayHaveTabs(std::string_view html) {
     if (html.find('\t') != std::string_view::npos) return true;
@@ -198,6 +201,11 @@ gboolean EngineView::decidePolicy(WebKitWebView*, WebKitPolicyDecision* decision
     const char* uri = webkit_uri_request_get_uri(webkit_navigation_action_get_request(action));
     const std::string url = uri ? uri : "";
     const bool isClick = webkit_navigation_action_get_navigation_type(action) == WEBKIT_NAVIGATION_TYPE_LINK_CLICKED;
+    // To a place of the page itself: the engine scrolls there, nothing is loaded.
+    if (isClick && url.starts_with(placeOfPage) && type == WEBKIT_POLICY_DECISION_TYPE_NAVIGATION_ACTION) {
+        webkit_policy_decision_use(decision);
+        return TRUE;
+    }
     const auto answer = navigationPolicy(url, isClick, self.opensOutside_ ? OpenLinks::yes : OpenLinks::no);
     if (answer.opensOutside) self.opensOutside_(url);
     // A page may not leave itself for an empty one either (a refresh to about:blank or about:srcdoc), nor get a new

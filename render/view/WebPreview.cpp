@@ -1,9 +1,11 @@
 #include "render/view/WebPreview.h"
 
+#include "EmbeddedFiles.h"
 #include "render/engine/OfflineRules.h"
 #include "render/loop/GRef.h"
 #include "render/loop/MainLoop.h"
 #include "render/view/EngineView.h"
+#include "render/view/SheetScale.h"
 
 #include <algorithm>
 #include <array>
@@ -25,8 +27,8 @@ constexpr std::array keptMenuEntries = {WEBKIT_CONTEXT_MENU_ACTION_COPY, WEBKIT_
                                         WEBKIT_CONTEXT_MENU_ACTION_COPY_LINK_TO_CLIPBOARD,
                                         WEBKIT_CONTEXT_MENU_ACTION_COPY_IMAGE_TO_CLIPBOARD};
 
-// Paper knows no dark style, so the preview shows none either. Print leaves it out by itself. The view is transparent:
-// a page that paints no ground of its own would be written over the one before.
+// Paper knows no dark style, so the preview shows none either. Print leaves it out by itself. The view is transparent
+// at first: a page that paints no ground of its own would be written over the one before.
 constexpr const char* lightStyle = "*{color-scheme:only light !important}html{background:#fff}";
 constexpr const char* lightScript = R"js(
 const groups = [...document.styleSheets];
@@ -50,10 +52,28 @@ void stayLight(WebKitUserContentManager* content) {
                                     nullptr, nullptr));
     webkit_user_content_manager_add_style_sheet(content, style.get());
     // In a world of its own: page scripts stay off.
-    const std::unique_ptr<WebKitUserScript, Releaser<webkit_user_script_unref>> script(
-        webkit_user_script_new_for_world(lightScript, WEBKIT_USER_CONTENT_INJECT_TOP_FRAME,
-                                         WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_END, "ostrel", nullptr, nullptr));
+    const std::unique_ptr<WebKitUserScript, Releaser<webkit_user_script_unref>> script(webkit_user_script_new_for_world(
+        lightScript, WEBKIT_USER_CONTENT_INJECT_TOP_FRAME, WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_END,
+        EngineView::isolatedWorld, nullptr, nullptr));
     webkit_user_content_manager_add_script(content, script.get());
+}
+
+// What is read of a page: more than a screen reader says in one go, less than takes time.
+constexpr const char* longestText = "2000";
+
+const std::string& readingScript() {
+    static const std::string made =
+        "(() => {\n" + std::string(embedded::read_page_js) + "return readPage(" + longestText + ");\n})()";
+    return made;
+}
+
+void tellLinks(WebKitUserContentManager* content) {
+    const std::string source = "(() => {\n" + std::string(embedded::tell_links_js) + "tellLinks();\n})()";
+    const std::unique_ptr<WebKitUserScript, Releaser<webkit_user_script_unref>> script(webkit_user_script_new_for_world(
+        source.c_str(), WEBKIT_USER_CONTENT_INJECT_TOP_FRAME, WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_START,
+        EngineView::isolatedWorld, nullptr, nullptr));
+    webkit_user_content_manager_add_script(content, script.get());
+    webkit_user_content_manager_register_script_message_handler(content, "link", EngineView::isolatedWorld);
 }
 
 // TRUE: no menu at all.
@@ -89,15 +109,20 @@ class WebPreview::View {
 public:
     View(WebPreview& owner, LinkOpener opensOutside, PreviewPatience patience)
         : owner_(owner), patience_(patience), engine_(std::move(opensOutside)) {
-        const GdkRGBA transparent{};
-        webkit_web_view_set_background_color(engine_.web(), &transparent);
-        stayLight(webkit_web_view_get_user_content_manager(engine_.web()));
+        setBackground({});   // what is behind the view, until there is a page
+        WebKitUserContentManager* content = webkit_web_view_get_user_content_manager(engine_.web());
+        stayLight(content);
+        tellLinks(content);
         keepFocusOut(children_.get(), 0, 0, g_list_model_get_n_items(children_.get()), nullptr);
         signals_ = {SignalHandler(children_.get(), "items-changed", G_CALLBACK(keepFocusOut), nullptr),
                     SignalHandler(engine_.web(), "load-changed", G_CALLBACK(loadChanged), this),
                     SignalHandler(engine_.web(), "load-failed", G_CALLBACK(loadFailed), this),
                     SignalHandler(engine_.web(), "web-process-terminated", G_CALLBACK(processEnded), this),
-                    SignalHandler(engine_.web(), "context-menu", G_CALLBACK(reduceMenu), nullptr)};
+                    SignalHandler(engine_.web(), "context-menu", G_CALLBACK(reduceMenu), nullptr),
+                    SignalHandler(engine_.web(), "mouse-target-changed", G_CALLBACK(pointerMoved), this),
+                    SignalHandler(content, "script-message-received::link", G_CALLBACK(focusMoved), this),
+                    SignalHandler(finder(), "found-text", G_CALLBACK(found), this),
+                    SignalHandler(finder(), "failed-to-find-text", G_CALLBACK(notFound), this)};
     }
 
     // The widget may be kept by others, and what it shows must not outlive its limits.
@@ -114,6 +139,16 @@ public:
         if (phase_ != Phase::beginning) begin();
         return true;
     }
+
+    const std::string& text() const { return text_; }
+    SheetScale& scale() { return scale_; }
+
+    void find(const std::string& text) {
+        if (text.empty()) return webkit_find_controller_search_finish(finder());
+        webkit_find_controller_search(
+            finder(), text.c_str(), WEBKIT_FIND_OPTIONS_CASE_INSENSITIVE | WEBKIT_FIND_OPTIONS_WRAP_AROUND, G_MAXUINT);
+    }
+    WebKitFindController* finder() const { return webkit_web_view_get_find_controller(engine_.web()); }
 
 private:
     enum class Phase { idle, beginning, loading };
@@ -140,8 +175,50 @@ private:
         attempts_ = 0;
         if (loading_ != shown_) return begin();
         phase_ = Phase::loading;
+        setBackground({1, 1, 1, 1});   // also below the end of the sheet
+        text_.clear();
+        tellLink("");
+        scale_.begin();
         limit_ = mainLoop::Timer(patience_.limits.load + patience_.limits.perMegabyte * (loading_->size() / 1'000'000),
                                  [this] { giveUp(); });
+    }
+
+    void setBackground(const GdkRGBA& colour) { webkit_web_view_set_background_color(engine_.web(), &colour); }
+
+    // The scale depends on what the page has become, and the page is told as loaded when it has its scale.
+    void read() {
+        struct Asked {
+            View* view;
+            std::weak_ptr<int> alive;
+            std::shared_ptr<const std::string> page;
+        };
+        const auto answered = [](GObject* web, GAsyncResult* result, gpointer data) noexcept {
+            const std::unique_ptr<Asked> asked(static_cast<Asked*>(data));
+            const auto value = GRef<JSCValue>::adopt(
+                webkit_web_view_evaluate_javascript_finish(WEBKIT_WEB_VIEW(web), result, nullptr));
+            if (asked->alive.expired()) return;
+            View& self = *asked->view;
+            if (self.phase_ != Phase::loading || self.loading_ != asked->page) return;
+            if (value && jsc_value_is_object(value.get())) self.take(value.get());
+            self.finish();
+        };
+        const std::string& script = readingScript();
+        webkit_web_view_evaluate_javascript(engine_.web(), script.c_str(), static_cast<gssize>(script.size()),
+                                            EngineView::isolatedWorld, nullptr, nullptr, answered,
+                                            std::make_unique<Asked>(Asked{this, alive_, loading_}).release());
+    }
+
+    void take(JSCValue* answer) {
+        const auto property = [&](const char* name) {
+            return GRef<JSCValue>::adopt(jsc_value_object_get_property(answer, name));
+        };
+        const auto number = [&](const char* name) { return jsc_value_to_double(property(name).get()); };
+        text_ = GChars(jsc_value_to_string(property("text").get())).get();
+        scale_.measured(number("width"), number("room"), number("bar"));
+    }
+
+    void tellLink(const std::string& url) const {
+        if (owner_.onLink) owner_.onLink(url);
     }
 
     // The process is busy with this page or the one before, perhaps for ever.
@@ -168,7 +245,7 @@ private:
     static void loadChanged(WebKitWebView*, WebKitLoadEvent event, gpointer data) noexcept {
         auto& self = *static_cast<View*>(data);
         if (event == WEBKIT_LOAD_COMMITTED && self.phase_ == Phase::beginning) self.committed();
-        if (event == WEBKIT_LOAD_FINISHED && self.phase_ == Phase::loading) self.finish();
+        if (event == WEBKIT_LOAD_FINISHED && self.phase_ == Phase::loading) self.read();
     }
 
     static gboolean loadFailed(WebKitWebView*, WebKitLoadEvent, const char*, GError* error, gpointer data) noexcept {
@@ -181,6 +258,23 @@ private:
         if (reason != WEBKIT_WEB_PROCESS_TERMINATED_BY_API) static_cast<View*>(data)->startAfresh();
     }
 
+    static void pointerMoved(WebKitWebView*, WebKitHitTestResult* hit, guint, gpointer data) noexcept {
+        const char* url = webkit_hit_test_result_context_is_link(hit) ? webkit_hit_test_result_get_link_uri(hit) : "";
+        static_cast<View*>(data)->tellLink(url ? url : "");
+    }
+
+    static void focusMoved(WebKitUserContentManager*, JSCValue* url, gpointer data) noexcept {
+        static_cast<View*>(data)->tellLink(GChars(jsc_value_to_string(url)).get());
+    }
+
+    static void found(WebKitFindController*, guint matches, gpointer data) noexcept {
+        if (const auto& tell = static_cast<View*>(data)->owner_.onFound) tell(matches);
+    }
+
+    static void notFound(WebKitFindController*, gpointer data) noexcept {
+        if (const auto& tell = static_cast<View*>(data)->owner_.onFound) tell(0);
+    }
+
     static constexpr int maxAttempts = 2;
 
     WebPreview& owner_;
@@ -190,10 +284,12 @@ private:
     int attempts_ = 0;          // that the engine did not begin with
     bool isStarted_ = false;    // the process has shown that it lives
     bool isBlocking_ = false;   // the offline rules are installed
+    std::string text_;
     EngineView engine_;
+    SheetScale scale_{engine_.web()};
     GRef<GListModel> children_ = GRef<GListModel>::adopt(gtk_widget_observe_children(GTK_WIDGET(engine_.web())));
     mainLoop::Timer limit_;
-    std::array<SignalHandler, 5> signals_;
+    std::array<SignalHandler, 9> signals_;
     std::shared_ptr<int> alive_ = std::make_shared<int>();
 };
 
@@ -207,6 +303,20 @@ WebPreview::~WebPreview() { assert(mainLoop::isMainThread()); }
 GtkWidget* WebPreview::widget() const { return view_->widget(); }
 
 bool WebPreview::update(const std::string& html) { return view_->update(html); }
+
+const std::string& WebPreview::text() const { return view_->text(); }
+
+void WebPreview::setPaper(PaperSize paper) { view_->scale().setPaper(paper); }
+
+void WebPreview::setWidth(int pixels) { view_->scale().setViewWidth(pixels); }
+
+void WebPreview::setZoom(double zoom) { view_->scale().setZoom(zoom); }
+
+void WebPreview::find(const std::string& text) { view_->find(text); }
+
+void WebPreview::findNext() { webkit_find_controller_search_next(view_->finder()); }
+
+void WebPreview::findPrevious() { webkit_find_controller_search_previous(view_->finder()); }
 
 std::string WebPreview::withPadding(std::string html) {
     if (const auto end = html.find(styleEnd); end != std::string::npos) html.insert(end, paddingRule);

@@ -151,6 +151,103 @@ TEST_F(WebPreviewTest, OpensLinksOutsideAndStays) {
     for (const auto& url : opened_) EXPECT_TRUE(url.starts_with("http") || url.starts_with("mailto:")) << url;
 }
 
+TEST_F(WebPreviewTest, FollowsLinksWithinThePage) {
+    show("<a href='#end'>down</a><div style='height:9000px'></div><p id=end>end");
+    inPage("document.querySelector('a').click()");
+    std::string place;
+    for (int i = 0; i < 1000 && (place.empty() || place == "0"); ++i) place = inPage("scrollY");
+    EXPECT_NE(place, "0");
+    EXPECT_EQ(text(), "down\nend");
+    EXPECT_TRUE(opened_.empty());
+}
+
+// The lines are those of the sheet however wide the view is and however large the page is shown.
+TEST_F(WebPreviewTest, LaysOutAsOnPaperAndScalesToTheView) {
+    const auto setWidth = [&](int pixels) {
+        onMain([&] {
+            gtk_widget_allocate(preview_->widget(), pixels, 600, -1, nullptr);
+            preview_->setWidth(pixels);
+        });
+    };
+    const std::string lines =
+        "(() => { const all = document.createRange(); all.selectNodeContents(document.querySelector('p'));"
+        "return new Set([...all.getClientRects()].map(line => Math.round(line.top))).size; })()";
+    const std::string overflow =
+        "Math.round(document.scrollingElement.scrollWidth / document.scrollingElement.clientWidth * 10)";
+    std::string words;
+    for (int i = 0; i < 200; ++i) words += "words of a letter ";
+    const std::string style = "<style>@media (max-width:600px){b{display:none}}</style><p style='font-size:11px'>";
+
+    setWidth(677);
+    show(style + words + "<b>wide</b>");
+    const std::string onPaper = inPage(lines);
+    EXPECT_GT(std::stoi(onPaper), 20);
+    const auto setOverlay = [](gboolean is) {
+        onMain([=] { g_object_set(gtk_settings_get_default(), "gtk-overlay-scrolling", is, nullptr); });
+    };
+    for (const int width : {250, 300, 1100}) {
+        setOverlay(width != 250);   // a scroll bar beside the page takes room from it
+        onMain([&] { preview_ = nullptr; });
+        make({});
+        setWidth(width);
+        show(style + words + "<b>wide</b>");
+        EXPECT_EQ(inPage(lines), onPaper) << width;
+        EXPECT_EQ(inPage(overflow), "10") << "nothing to scroll sideways at " << width;
+        EXPECT_EQ(inPage("getComputedStyle(document.querySelector('b')).display"), "inline") << "as wide as paper";
+    }
+    setOverlay(TRUE);
+    onMain([&] { preview_->setZoom(2); });
+    EXPECT_EQ(inPage(lines), onPaper);
+    EXPECT_EQ(inPage(overflow), "20");
+    onMain([&] { preview_->setZoom(1); });
+    show("<table width=1500><tr><td>wide</table>");
+    EXPECT_EQ(inPage(overflow), "10") << "print makes it narrower, too";
+    show("<!DOCTYPE html><p style='font-size:80px'>narrow");
+    const std::string length = "document.scrollingElement.scrollHeight <= innerHeight + 1";
+    onMain([&] { preview_->setZoom(8); });
+    EXPECT_EQ(inPage(length), "false");
+    onMain([&] { preview_->setZoom(1); });
+    EXPECT_EQ(inPage(length), "true") << "nothing stays of the larger page";
+    EXPECT_EQ(inPage("Math.round(innerWidth / 10)"), "68") << "and the next page has its own width";
+}
+
+TEST_F(WebPreviewTest, ReadsHowThePageBegins) {
+    show("<style>p{}</style><p> One\n two <b>three</b><p style='display:none'>hidden<p>&lt;four");
+    EXPECT_EQ(preview_->text(), "One two three <four");
+    std::string endless = "<p>";
+    for (int i = 0; i < 100'000; ++i) endless += "word ";
+    show(endless);
+    EXPECT_GT(preview_->text().size(), 1000u);
+    EXPECT_LT(preview_->text().size(), 2100u);
+    show("<img name=body><img name=createTreeWalker><p>pictures that are called like the page's own");
+    EXPECT_EQ(preview_->text(), "pictures that are called like the page's own");
+}
+
+TEST_F(WebPreviewTest, FindsInThePage) {
+    std::promise<std::size_t> matches;
+    onMain([&] { preview_->onFound = [&](std::size_t count) { matches.set_value(count); }; });
+    show("<p>Apple, apples, pear");
+    const auto count = [&](const std::string& text) {
+        matches = {};
+        onMain([&] { preview_->find(text); });
+        return matches.get_future().get();
+    };
+    EXPECT_EQ(count("apple"), 2u);
+    EXPECT_EQ(count("plum"), 0u);
+}
+
+TEST_F(WebPreviewTest, TellsWhereALinkLeads) {
+    std::string link = "none yet";
+    onMain([&] { preview_->onLink = [&](const std::string& url) { link = url; }; });
+    show("<p><a href='https://a.example/x'>one</a> <button>two");
+    inPage("document.querySelector('a').focus()");
+    inPage("1");   // what the page told before has come
+    onMain([&] { EXPECT_EQ(link, "https://a.example/x"); });
+    inPage("document.querySelector('a').blur()");
+    inPage("1");
+    onMain([&] { EXPECT_EQ(link, ""); });
+}
+
 TEST_F(WebPreviewTest, IsLightOnADarkDesktop) {
     const auto dark = [](gboolean is) {
         onMain([=] { g_object_set(gtk_settings_get_default(), "gtk-application-prefer-dark-theme", is, nullptr); });
