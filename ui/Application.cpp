@@ -58,6 +58,10 @@ void Application::on_startup() {
     main_ = std::make_unique<MainWindow>(*model_, *desktop_, &DesktopServices::openLink, commands_->menu());
     set_accel_for_action("win.mailboxes", "F9");
     set_accel_for_action("win.find", "<Primary>f");
+    set_accel_for_action("win.find-in-message", "<Primary><Shift>f");
+    set_accels_for_action("win.zoom-in", {"<Primary>plus", "<Primary>equal", "<Primary>KP_Add"});
+    set_accels_for_action("win.zoom-out", {"<Primary>minus", "<Primary>KP_Subtract"});
+    set_accels_for_action("win.zoom-fit", {"<Primary>0", "<Primary>KP_0"});
     subscriptions_.push_back(model_->exportPhase.observe([this] { exportChanged(); }));
 }
 

@@ -86,7 +86,17 @@ void MainWindow::addToolbar(const Glib::RefPtr<Gio::MenuModel>& menu) {
     prepare(reload_, "arrow.clockwise", tr("Reload"), tr("Read the mail folder again (⌘R)"), "app.reload");
     prepare(export_, "square.and.arrow.up", tr("Export"), tr("Export the messages in the list to PDFs (⇧⌘E)"),
             "app.export");
-    add_action("find", [this] { filter_.find(); });
+    add_action("find", [this] {
+        if (widgets::hasFocus(preview_)) {
+            preview_.find();
+        } else {
+            filter_.find();
+        }
+    });
+    add_action("find-in-message", [this] { preview_.find(); });
+    add_action("zoom-in", [this] { preview_.zoomIn(); });
+    add_action("zoom-out", [this] { preview_.zoomOut(); });
+    add_action("zoom-fit", [this] { preview_.fitWidth(); });
     menu_.set_menu_model(menu);
     menu_.set_icon_name("open-menu-symbolic");
     menu_.set_primary();   // F10 opens it

@@ -235,7 +235,7 @@ def by_keyboard():
                     return
             raise AssertionError(f"{name!r} cannot be reached; the focus is at {desktop.focused()!r}")
 
-        tab_to("Message preview", 3)
+        tab_to("Message preview", 8)
         everything = journey.count()
         tab_to("All Mailboxes", 15)
         for _ in range(3):
@@ -252,6 +252,28 @@ def by_keyboard():
         desktop.find(tides, "row", ["selected"])
         desktop.key("F9")
         desktop.find("All Mailboxes")
+        journey.leave()
+
+
+def reading():
+    """A message is heard, searched and enlarged."""
+    with Journey.on_sample() as journey:
+        desktop = journey.desktop
+        desktop.click(desktop.find(re.compile("Spring papers"), "row"))
+        desktop.find("The preview is loaded")
+        wait(lambda: "Forty new washi patterns" in desktop.find("Message preview").description, "the message to be heard")
+        desktop.click(desktop.find("Message preview"))
+        wait(lambda: desktop.focused() == "Message preview", "the page to have the keyboard")
+        desktop.key("ctrl+f")
+        wait(lambda: desktop.focused() == "Find in the message", "the field to search in")
+        desktop.type("washi")
+        desktop.find(re.compile("^1 match"))
+        desktop.key("Escape")
+        wait(lambda: desktop.focused() == "Message preview", "the page to have the keyboard again")
+        desktop.key("ctrl+plus")
+        desktop.find("120%")
+        desktop.key("ctrl+0")
+        desktop.find("100%")
         journey.leave()
 
 
@@ -359,7 +381,7 @@ def in_german():
 
 
 JOURNEYS = {journey.__name__: journey
-            for journey in (first_start, finding, exporting, keeping_an_export, by_keyboard, vanished_folder,
+            for journey in (first_start, finding, exporting, keeping_an_export, by_keyboard, reading, vanished_folder,
                             vanished_message, help_beside_a_sheet, staying, in_german)}
 
 if __name__ == "__main__":
