@@ -116,6 +116,7 @@ struct Work {
     PageText pageText;
     GlyphUse use = GlyphUse::unknown("glyph use was not read");
     std::vector<LinkArea> links;
+    std::vector<std::vector<std::optional<std::size_t>>> linkElements;   // PlacedLinks
     Finisher::Finished result;
 
     void keep(std::string reason) {
@@ -142,8 +143,10 @@ void takeMarks(Work& work) {
 
 void layOut(Work& work) {
     const auto& options = work.options;
-    work.result.report.links =
+    auto placed =
         layOutPages(work.file, *work.contents, {options.widthPoints, options.heightPoints, options.scale}, work.links);
+    work.result.report.links = placed.count;
+    work.linkElements = std::move(placed.elements);
 }
 
 void takeOffSheets(Work& work) {
@@ -175,9 +178,12 @@ void fillInTexts(Work& work) {
 }
 
 void addTags(Work& work) {
-    auto why = tag(work.file, *work.contents);
-    work.result.report.isTagged = why.empty();
-    if (!why.empty()) work.keep("no tags: " + why);
+    const auto tagged = tag(work.file, *work.contents, work.texts, work.options.listing, work.linkElements);
+    auto& report = work.result.report;
+    report.isTagged = tagged.kind != Tagged::Kind::none;
+    report.isAccessible = tagged.kind == Tagged::Kind::listed && !work.options.title.empty();
+    if (tagged.kind == Tagged::Kind::none) work.keep("no tags: " + tagged.why);
+    if (tagged.kind == Tagged::Kind::flat) work.keep("lines instead of elements: " + tagged.why);
 }
 
 void judge(Work& work) {
@@ -192,7 +198,8 @@ void say(Work& work) {
                          .author = options.author,
                          .created = options.created,
                          .language = options.language.value_or(""),
-                         .isArchival = work.result.report.isArchival});
+                         .isArchival = work.result.report.isArchival,
+                         .isAccessible = work.result.report.isAccessible});
 }
 
 void pack(Work& work) {

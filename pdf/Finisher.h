@@ -4,6 +4,7 @@
 #include "pdf/Printed.h"
 #include "pdf/images/PlacedPictures.h"
 #include "pdf/pages/Links.h"
+#include "pdf/tags/PageListing.h"
 #include "platform/Time.h"
 
 #include <chrono>
@@ -26,6 +27,7 @@ struct FinishOptions {   // every field has an initialiser, so that callers may 
     std::optional<std::string> language{};          // BCP 47
     std::vector<LinkArea> links{};
     std::vector<LinkMark> linkMarks{};   // to be found on the pages, taken out and added to links
+    PageListing listing{};               // what was printed, as its document has it
     // Of the page that was printed. The text tells what glyphs mean that stand for several characters; the pictures are
     // those that the engine has not seen, and must live as long as the finished file.
     std::string_view text{};
@@ -50,6 +52,7 @@ struct FinishReport {
     std::size_t picturesPlaced = 0;   // as they came
     bool isArchival = false;          // says that it is PDF/A-2u (ISO 19005-2)
     bool isTagged = false;            // tells what is read on its pages, and in which order
+    bool isAccessible = false;        // says that it is PDF/UA-1 (ISO 14289-1): tells it by the document's elements
     // The colours of pictures that did not come back as they must (PlacedPictures.h). If there are any, there is no
     // file: the page is to be printed again with those in it.
     std::vector<std::uint32_t> notPlaced{};

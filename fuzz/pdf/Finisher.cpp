@@ -40,13 +40,17 @@ std::optional<std::string> mended(std::string_view file) {
 void finish(const std::string& printed, const std::string& address) {
     static pdf::Finisher finisher;   // remembers fonts of earlier files
     const std::vector<pdf::PlacedPicture> pictures{{0x0033FF, pdf::Original::of(bytesOf(photo().jpeg)).value()}};
-    const pdf::FinishOptions options{.scale = printed.size() % 2 ? 0.5 : 1,
-                                     .title = "T",
-                                     .created = Instant{},
-                                     .links = {{0, 10, 10, 50, 10, address}},
-                                     .linkMarks = {{0x336699, "http://marked"}},
-                                     .text = "\u0939\u093f\u0928 \U0001f469\u200d\U0001f468 1\ufe0f\u20e3",
-                                     .pictures = pictures};
+    const pdf::FinishOptions options{
+        .scale = printed.size() % 2 ? 0.5 : 1,
+        .title = "T",
+        .created = Instant{},
+        .links = {{0, 10, 10, 50, 10, address}},
+        .linkMarks = {{0x336699, "http://marked"}},
+        .listing = {{.text = "Document"},
+                    {.parent = 0, .text = "P"},
+                    {.kind = pdf::ListedNode::Kind::text, .parent = 1, .text = "\u0939\u0928"}},
+        .text = "\u0939\u093f\u0928 \U0001f469\u200d\U0001f468 1\ufe0f\u20e3",
+        .pictures = pictures};
     try {
         auto opened = pdf::Printed::open(Bytes(printed));
         opened.scale();

@@ -61,6 +61,16 @@ std::string pdfDate(std::string iso) {
     return "D:" + iso;
 }
 
+// The claim to be PDF/UA-1, and what its property is, which PDF/A wants to be told (ISO 19005-2 §6.6.2.3).
+constexpr std::string_view accessibleClaim =
+    "<pdfuaid:part>1</pdfuaid:part><pdfaExtension:schemas><rdf:Bag><rdf:li rdf:parseType=\"Resource\">"
+    "<pdfaSchema:schema>PDF/UA</pdfaSchema:schema>"
+    "<pdfaSchema:namespaceURI>http://www.aiim.org/pdfua/ns/id/</pdfaSchema:namespaceURI>"
+    "<pdfaSchema:prefix>pdfuaid</pdfaSchema:prefix><pdfaSchema:property><rdf:Seq><rdf:li rdf:parseType=\"Resource\">"
+    "<pdfaProperty:name>part</pdfaProperty:name><pdfaProperty:valueType>Integer</pdfaProperty:valueType>"
+    "<pdfaProperty:category>internal</pdfaProperty:category><pdfaProperty:description>part</pdfaProperty:description>"
+    "</rdf:li></rdf:Seq></pdfaSchema:property></rdf:li></rdf:Bag></pdfaExtension:schemas>";
+
 std::string xmpPacket(const Description& said, const std::string& date) {
     std::string xmp =
         "<?xpacket begin=\"\xEF\xBB\xBF\" id=\"W5M0MpCehiHzreSzNTczkc9d\"?>"
@@ -68,6 +78,13 @@ std::string xmpPacket(const Description& said, const std::string& date) {
         "<rdf:Description rdf:about=\"\" xmlns:dc=\"http://purl.org/dc/elements/1.1/\" "
         "xmlns:xmp=\"http://ns.adobe.com/xap/1.0/\" xmlns:pdf=\"http://ns.adobe.com/pdf/1.3/\"";
     if (said.isArchival) xmp += " xmlns:pdfaid=\"http://www.aiim.org/pdfa/ns/id/\"";
+    if (said.isAccessible) {
+        xmp +=
+            " xmlns:pdfuaid=\"http://www.aiim.org/pdfua/ns/id/\""
+            " xmlns:pdfaExtension=\"http://www.aiim.org/pdfa/ns/extension/\""
+            " xmlns:pdfaSchema=\"http://www.aiim.org/pdfa/ns/schema#\""
+            " xmlns:pdfaProperty=\"http://www.aiim.org/pdfa/ns/property#\"";
+    }
     xmp += ">";
     const auto add = [&](std::string_view opening, std::string_view value, std::string_view closing) {
         if (!value.empty()) xmp.append(opening).append(escaped(value)).append(closing);
@@ -78,6 +95,7 @@ std::string xmpPacket(const Description& said, const std::string& date) {
     add("<pdf:Producer>", program, "</pdf:Producer>");
     add("<xmp:CreateDate>", date, "</xmp:CreateDate>");
     if (said.isArchival) xmp += "<pdfaid:part>2</pdfaid:part><pdfaid:conformance>U</pdfaid:conformance>";
+    if (said.isAccessible) xmp += accessibleClaim;
     return xmp + "</rdf:Description></rdf:RDF></x:xmpmeta><?xpacket end=\"r\"?>";
 }
 
@@ -115,6 +133,8 @@ void describe(QPDF& file, const Description& description) {
     file.getTrailer().replaceKey("/Info", file.makeIndirectObject(info));
 
     auto root = file.getRoot();
+    // PDF/UA wants a language; "und" says that it is not known (BCP 47, ISO 639-2).
+    if (said.language.empty() && said.isAccessible) said.language = "und";
     if (!said.language.empty()) root.replaceKey("/Lang", QPDFObjectHandle::newUnicodeString(said.language));
     if (!said.title.empty())
         root.replaceKey("/ViewerPreferences", QPDFObjectHandle::parse("<< /DisplayDocTitle true >>"));

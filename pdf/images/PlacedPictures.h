@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string>
 #include <vector>
 
 class QPDF;
@@ -19,6 +20,7 @@ struct PlacedPicture {
     std::uint32_t colour = 0;   // 0xRRGGBB
     Original original;
     bool isSeen = false;   // the page shows it: its rectangle must have come back
+    std::string name{};    // of its file; empty: none
 };
 
 // Draws the originals where their rectangles were filled, each picture held once. Returns the colours, ascending, of

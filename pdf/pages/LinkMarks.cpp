@@ -138,6 +138,7 @@ public:
                 if (part && (count[link] > 1 || !isInShape(area, *part))) continue;
                 all.push_back(part ? partOf(area, *part) : area);
                 all.back().url = marks_[i].url;
+                all.back().element = marks_[i].element;
             }
         }
         return all;

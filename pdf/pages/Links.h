@@ -12,7 +12,8 @@ namespace ostrel::pdf {
 struct LinkArea {
     std::size_t page = 0;   // 0 is the first
     double x = 0, y = 0, width = 0, height = 0;
-    std::string url;   // http, https or mailto; areas with anything else are dropped
+    std::string url;                        // http, https or mailto; areas with anything else are dropped
+    std::optional<std::size_t> element{};   // LinkMark::element
 };
 
 // A part of a box, in fractions of its width and height. It counts only if the box was printed whole and in its shape.
@@ -28,6 +29,7 @@ struct LinkMark {
     std::uint32_t colour = 0;   // 0xRRGGBB
     std::string url;
     std::optional<PartOfBox> part{};
+    std::optional<std::size_t> element{};   // the number of the document's element that is the link
     bool operator==(const LinkMark&) const = default;
 };
 

@@ -150,14 +150,15 @@ std::string linkTarget(std::string_view url) {
     return target;
 }
 
-std::size_t layOutPages(QPDF& file, Contents& contents, const PageLayout& layout, const std::vector<LinkArea>& links) {
+PlacedLinks layOutPages(QPDF& file, Contents& contents, const PageLayout& layout, const std::vector<LinkArea>& links) {
     std::map<std::size_t, std::vector<const LinkArea*>> linksOf;
     for (const auto& link : links) linksOf[link.page].push_back(&link);
 
     QPDFPageDocumentHelper document(file);
     document.pushInheritedAttributesToPage();
     ScaledPatterns patterns(file, contents);
-    std::size_t number = 0, placedLinks = 0;
+    PlacedLinks placed;
+    std::size_t number = 0;
     for (auto& page : document.getAllPages()) {
         auto box = page.getMediaBox();
         if (!box.isRectangle()) throw std::runtime_error(i18n::tr("a page has no size"));
@@ -165,19 +166,24 @@ std::size_t layOutPages(QPDF& file, Contents& contents, const PageLayout& layout
         place(contents, page, placement, patterns);
 
         std::vector<QPDFObjectHandle> annotations;
+        std::vector<std::optional<std::size_t>> elements;
         for (const auto* link : linksOf[number++]) {
             const auto target = linkTarget(link->url);
-            if (const auto area = placement.place(*link); area && !target.empty())
-                annotations.push_back(linkAnnotation(*area, target));
+            const auto area = placement.place(*link);
+            if (!area || target.empty()) continue;
+            annotations.push_back(linkAnnotation(*area, target));
+            elements.push_back(link->element);
         }
-        if (annotations.empty()) continue;
-        placedLinks += annotations.size();
+        placed.count += annotations.size();
         auto all = page.getObjectHandle().getKey("/Annots");
         all = all.isArray() ? all.shallowCopy() : QPDFObjectHandle::newArray();
+        elements.insert(elements.begin(), static_cast<std::size_t>(all.getArrayNItems()), std::nullopt);
+        placed.elements.push_back(std::move(elements));
+        if (annotations.empty()) continue;
         for (auto& annotation : annotations) all.appendItem(annotation);
         page.getObjectHandle().replaceKey("/Annots", all);
     }
-    return placedLinks;
+    return placed;
 }
 
 }   // namespace ostrel::pdf

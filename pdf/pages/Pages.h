@@ -4,6 +4,7 @@
 #include "pdf/pages/Links.h"
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -18,9 +19,14 @@ struct PageLayout {
     double scale = 1;
 };
 
+struct PlacedLinks {
+    std::size_t count = 0;
+    std::vector<std::vector<std::optional<std::size_t>>> elements;   // by page and annotation, LinkArea::element
+};
+
 // Brings every page onto its paper: what stood in the top left corner stays there, everything else moves by the scale.
-// Then puts the links on. Returns the number of links added.
-std::size_t layOutPages(QPDF& file, Contents& contents, const PageLayout& layout, const std::vector<LinkArea>& links);
+// Then puts the links on.
+PlacedLinks layOutPages(QPDF& file, Contents& contents, const PageLayout& layout, const std::vector<LinkArea>& links);
 
 // Returns the address as a PDF stores it: ASCII, everything else percent-encoded. Empty unless it is http, https or
 // mailto.

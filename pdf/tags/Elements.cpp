@@ -44,13 +44,16 @@ public:
 private:
     void fill(QPDFObjectHandle made, const Element& element) {
         made.replaceKey("/S", QPDFObjectHandle::newName("/" + element.type));
+        if (!element.alternative.empty())
+            made.replaceKey("/Alt", QPDFObjectHandle::newUnicodeString(element.alternative));
+        if (!element.attributes.empty()) made.replaceKey("/A", QPDFObjectHandle::parse(element.attributes));
         const std::size_t* home = nullptr;   // the page that needs no mention
         for (const auto& part : element.parts)
-            if (part.kind == Element::Part::Kind::content && !home) home = &part.page;
+            if (part.kind != Element::Part::Kind::element && !home) home = &part.page;
         if (home) made.replaceKey("/Pg", pages_[*home]);
         auto kids = QPDFObjectHandle::newArray();
         for (const auto& part : element.parts) kids.appendItem(kid(made, part, home));
-        made.replaceKey("/K", kids.getArrayNItems() == 1 ? kids.getArrayItem(0) : kids);
+        if (kids.getArrayNItems() > 0) made.replaceKey("/K", kids.getArrayNItems() == 1 ? kids.getArrayItem(0) : kids);
     }
 
     QPDFObjectHandle kid(QPDFObjectHandle parent, const Element::Part& part, const std::size_t* home) {
@@ -59,7 +62,7 @@ private:
                 made_[part.number].replaceKey("/P", parent);
                 return made_[part.number];
             case Element::Part::Kind::annotation:
-                return annotation(parent, part);
+                return annotation(parent, part, *home);
             case Element::Part::Kind::content:
                 break;
         }
@@ -71,7 +74,7 @@ private:
         return reference;
     }
 
-    QPDFObjectHandle annotation(QPDFObjectHandle parent, const Element::Part& part) {
+    QPDFObjectHandle annotation(QPDFObjectHandle parent, const Element::Part& part, std::size_t home) {
         auto all = pages_[part.page].getKey("/Annots");
         auto annotation = all.getArrayItem(static_cast<int>(part.number));
         // Links are written out as one token (see layOutPages): what is added goes before its closing bracket.
@@ -82,7 +85,7 @@ private:
         annotated_.push_back(parent);
         auto reference = QPDFObjectHandle::parse("<< /Type /OBJR >>");
         reference.replaceKey("/Obj", made);
-        reference.replaceKey("/Pg", pages_[part.page]);
+        if (part.page != home) reference.replaceKey("/Pg", pages_[part.page]);
         return reference;
     }
 

@@ -16,7 +16,9 @@ struct Element {
         std::size_t page = 0;     // of content and annotations
         std::size_t number = 0;   // of the element; the marked content's number on its page; of the page's annotation
     };
-    std::string type;   // "P"
+    std::string type;            // "P"
+    std::string alternative{};   // text in place of a picture, UTF-8
+    std::string attributes{};    // a dictionary in PDF syntax, or nothing
     std::vector<Part> parts{};
 };
 

@@ -4,7 +4,6 @@
 #include "pdf/content/Resources.h"
 #include "pdf/content/StateStack.h"
 
-#include <algorithm>
 #include <utility>
 
 #include <qpdf/QPDFMatrix.hh>
@@ -14,11 +13,20 @@ namespace {
 
 constexpr int maxFormDepth = 64;   // as for link marks
 
-// Whether a mark only says what glyphs read (ISO 32000-1 §14.9.4).
-bool isActualText(const Operation& operation) {
-    return std::ranges::any_of(operation.operands, [](const Token& operand) {
-        return operand.kind == Token::Kind::name && operand.text == "ActualText";
-    });
+// The text that the operands of a mark say in place of what is shown (ISO 32000-1 §14.9.4).
+std::optional<std::u16string> actualText(const Operation& operation) {
+    const auto& operands = operation.operands;
+    for (std::size_t i = 0; i + 1 < operands.size(); ++i) {
+        const bool isKey = operands[i].kind == Token::Kind::name && operands[i].text == "ActualText";
+        if (!isKey || operands[i + 1].kind != Token::Kind::string) continue;
+        const auto bytes = operands[i + 1].bytes();
+        std::u16string text;
+        for (std::size_t at = 2; at + 1 < bytes.size(); at += 2)   // behind the byte order mark
+            text += static_cast<char16_t>(static_cast<unsigned char>(bytes[at]) << 8 |
+                                          static_cast<unsigned char>(bytes[at + 1]));
+        return text;
+    }
+    return std::nullopt;
 }
 
 }   // namespace
@@ -42,6 +50,7 @@ public:
 private:
     struct State {
         QPDFMatrix matrix;
+        const ToUnicode* font = nullptr;
     };
 
     bool apply(const Operation& operation) {
@@ -71,9 +80,13 @@ private:
                 if (const auto n = operation.numbers<6>())
                     state_->matrix.concat(QPDFMatrix((*n)[0], (*n)[1], (*n)[2], (*n)[3], (*n)[4], (*n)[5]));
                 return true;
+            case "Tf"_op:
+                state_->font = all_.texts_.of(resources_.find("/Font", operation.name()));
+                return true;
             case "BT"_op:
                 if (textAt_) return false;
                 textAt_ = operation.begin;
+                text_.clear();
                 baseline_.reset();
                 return true;
             case "Tm"_op:
@@ -85,7 +98,8 @@ private:
             case "TJ"_op:
             case "'"_op:
             case "\""_op:
-                isShown_ = true;
+                for (const auto& operand : operation.operands)
+                    if (operand.kind == Token::Kind::string) show(operand);
                 return textAt_.has_value();
             case "BDC"_op:
             case "BMC"_op:
@@ -110,17 +124,37 @@ private:
             baseline_.reset();
         else
             baseline_ = y;
+        if (!isShown_) left_ = x;
     }
 
-    // Only within a text object.
-    bool beginMark(const Operation& operation) { return textAt_ && isActualText(operation) && ++marks_ == 1; }
+    // Only those that say what glyphs read, within a text object.
+    bool beginMark(const Operation& operation) {
+        const auto text = actualText(operation);
+        if (!textAt_ || !text || ++marks_ > 1) return false;
+        text_ += *text;
+        return true;
+    }
+
+    void show(const Token& string) {
+        isShown_ = true;
+        if (!state_->font || marks_ > 0) return;
+        const auto bytes = string.bytes();
+        const auto step = state_->font->codeBytes;
+        for (std::size_t at = 0; at + step <= bytes.size(); at += step) {
+            int code = 0;
+            for (std::size_t i = 0; i < step; ++i) code = code << 8 | static_cast<unsigned char>(bytes[at + i]);
+            if (const auto found = state_->font->texts.find(code); found != state_->font->texts.end())
+                text_ += found->second;
+        }
+    }
 
     bool endText(std::size_t end) {
         if (!textAt_ || marks_ > 0) return false;
         const auto begin = *std::exchange(textAt_, std::nullopt);
         if (!std::exchange(isShown_, false)) return true;
         endDrawing();
-        painted_.push_back({Painted::Kind::text, begin, end, baseline_});
+        painted_.push_back({Painted::Kind::text, begin, end, std::move(text_), baseline_, left_});
+        text_.clear();
         return true;
     }
 
@@ -128,14 +162,24 @@ private:
         if (textAt_) return false;
         auto object = resources_.find("/XObject", operation.name());
         if (!object.isStream()) return true;
-        const bool isForm = object.getDict().getKey("/Subtype").isNameAndEquals("/Form");
-        if (isForm && all_.showsText(object, depth_ + 1)) {
-            endDrawing();
-            painted_.push_back({Painted::Kind::text, operation.begin, operation.end});
+        if (object.getDict().getKey("/Subtype").isNameAndEquals("/Form")) {
+            auto text = all_.textOf(object, depth_ + 1);
+            if (text)
+                add({Painted::Kind::text, operation.begin, operation.end, std::move(*text)});
+            else
+                draws(operation.begin, operation.end);
         } else {
-            draws(operation.begin, operation.end);
+            Painted picture{Painted::Kind::picture, operation.begin, operation.end};
+            const auto box = state_->matrix.transformRectangle({0, 0, 1, 1});
+            picture.box = {box.llx, box.lly, box.urx, box.ury};
+            add(std::move(picture));
         }
         return !all_.isBroken_;
+    }
+
+    void add(Painted painted) {
+        endDrawing();
+        painted_.push_back(std::move(painted));
     }
 
     // Drawings with nothing that is read between them are one.
@@ -154,7 +198,9 @@ private:
     std::vector<Painted> painted_;
     std::optional<Painted> drawing_;
     std::optional<std::size_t> pathAt_, textAt_;   // of the path and the text object under way
+    std::u16string text_;
     std::optional<double> baseline_;
+    double left_ = 0;
     bool isShown_ = false;   // something, in this text object
     int marks_ = 0;          // within each other
 };
@@ -166,19 +212,24 @@ std::optional<std::vector<Painted>> PaintedContent::of(Content& page) {
     return reader.take();
 }
 
-bool PaintedContent::showsText(QPDFObjectHandle form, int depth) {
-    const auto [place, isNew] = forms_.try_emplace(form.getObjGen());   // one that draws itself draws nothing more
-    if (!isNew) return place->second;
+std::optional<std::u16string> PaintedContent::textOf(QPDFObjectHandle form, int depth) {
+    const auto known = forms_.find(form.getObjGen());
+    if (known != forms_.end()) return known->second;
     auto* const content = contents_.find(form);
     const auto bytes = content && depth <= maxFormDepth ? contents_.textOf(*content) : nullptr;
+    forms_[form.getObjGen()] = std::nullopt;   // one that draws itself draws nothing more
     Reader reader(*this, content ? content->resources : QPDFObjectHandle::newNull(), depth);
     if (!bytes || !reader.read(*bytes)) {
         isBroken_ = true;
-        return false;
+        return std::nullopt;
     }
-    const auto parts = reader.take();
-    return place->second =
-               std::ranges::any_of(parts, [](const Painted& part) { return part.kind == Painted::Kind::text; });
+    std::optional<std::u16string> all;
+    for (const auto& part : reader.take()) {
+        if (part.kind != Painted::Kind::text) continue;
+        if (!all) all.emplace();
+        all->append(part.text);
+    }
+    return forms_[form.getObjGen()] = all;
 }
 
 }   // namespace ostrel::pdf

@@ -23,6 +23,13 @@ public:
         for (int i = 0; i + 1 < numbers.getArrayNItems(); i += 2)
             parents_.emplace(numbers.getArrayItem(i).getIntValue(), numbers.getArrayItem(i + 1));
         visit(tree.getKey("/K"), tree);
+        if (plainData(root.getKey("/Metadata")).find("<pdfuaid:part>1</pdfuaid:part>") != std::string::npos) {
+            expect(root.getKey("/Lang").isString(), "7.2: no language");
+            expect(root.getKey("/ViewerPreferences").getKey("/DisplayDocTitle").getBoolValue() &&
+                       opened_.file().getTrailer().getKey("/Info").getKey("/Title").isString(),
+                   "7.1: the title is not shown");
+            for (const auto& rule : accessible_) expect(false, rule);
+        }
         for (auto page : opened_.file().getAllPages()) look(page);
         return broken_;
     }
@@ -34,7 +41,9 @@ private:
 
     void visit(QPDFObjectHandle element, QPDFObjectHandle parent) {
         expect(element.getKey("/P").getObjGen() == parent.getObjGen(), "an element with another parent");
+        rules(element, parent);
         auto kids = element.getKey("/K");
+        if (kids.isNull()) return;
         const auto all = kids.isArray() ? kids.getArrayAsVector() : std::vector{kids};
         for (auto kid : all) {
             if (kid.isInteger())
@@ -47,6 +56,26 @@ private:
                        "content read twice");
             else
                 visit(kid, element);
+        }
+    }
+
+    // What PDF/UA-1 wants of an element.
+    void rules(QPDFObjectHandle element, QPDFObjectHandle parent) {
+        static const std::map<std::string, std::set<std::string>> homes{
+            {"/TR", {"/Table"}}, {"/TH", {"/TR"}},  {"/TD", {"/TR"}},   {"/Caption", {"/Table"}},
+            {"/LI", {"/L"}},     {"/Lbl", {"/LI"}}, {"/LBody", {"/LI"}}};
+        const auto type = element.getKey("/S").getName();
+        const auto outer = parent.hasKey("/S") ? parent.getKey("/S").getName() : "";
+        const auto want = [&](bool isKept, const char* rule) {
+            if (!isKept) accessible_.emplace_back(rule);
+        };
+        if (const auto home = homes.find(type); home != homes.end())
+            want(home->second.contains(outer), "7.2: an element out of its place");
+        if (type == "/Figure") want(element.getKey("/Alt").isString(), "7.3: a picture without words");
+        if (type == "/TH") want(element.getKey("/A").getKey("/Scope").isName(), "7.5: a head of nothing");
+        if (type.size() == 3 && type[1] == 'H') {
+            want(type[2] <= level_ + 1, "7.4.2: a level of headings left out");
+            level_ = type[2];
         }
     }
 
@@ -90,6 +119,8 @@ private:
     std::map<long long, QPDFObjectHandle> parents_;
     std::set<std::pair<QPDFObjGen, long long>> said_;   // by page and number
     std::set<QPDFObjGen> linked_;
+    char level_ = '0';                      // of the last heading
+    std::vector<std::string> accessible_;   // rules of PDF/UA that are broken
     std::vector<std::string> broken_;
 };
 

@@ -42,12 +42,40 @@ TEST(Tagging, EveryLineIsReadAndAllElseIsAnArtifact) {
         const auto made =
             Finisher().finish(Printed::open(Bytes(pdf.bytes())), {.links = {{0, 9, 9, 9, 9, "http://a"}}});
         EXPECT_EQ(made.report.isTagged, !row.expected.empty()) << row.why;
-        OpenedPDF opened(made.pdf);
+        OpenedPDF opened(made.pdf.whole());
         EXPECT_EQ(test::plainData(opened.page(0).getKey("/Contents")),
                   row.expected.empty() ? row.content : row.expected)
             << row.why;
         EXPECT_EQ(opened.file().getRoot().hasKey("/StructTreeRoot"), !row.expected.empty()) << row.why;
         EXPECT_EQ(test::brokenTagRules(made.pdf.whole()), std::vector<std::string>()) << row.why;
+    }
+}
+
+TEST(Tagging, ClaimsToBeAccessibleWhereItKnowsTheDocument) {
+    SamplePDF pdf;
+    pdf.page("BT 1 0 0 1 9 9 Tm /F 9 Tf (\\1) Tj ET",
+             "<< /Font << /F " + test::drawnFont(pdf, "Song", {{1, u"A"}}) + " >> >>");
+    const auto printed = pdf.bytes();
+    const struct {
+        const char* why;
+        std::string title, text;
+        bool isAccessible;
+    } rows[] = {
+        {"the document's own text", "T", "a", true},
+        {"another document's", "T", "b", false},
+        {"no title to show", "", "a", false},
+    };
+    for (const auto& row : rows) {
+        const PageListing listing{{.text = "Document"},
+                                  {.parent = 0, .text = "H1"},
+                                  {.kind = ListedNode::Kind::text, .parent = 1, .text = row.text}};
+        const auto made = Finisher().finish(Printed::open(Bytes(printed)), {.title = row.title, .listing = listing});
+        EXPECT_EQ(made.report.isAccessible, row.isAccessible) << row.why;
+        EXPECT_TRUE(made.report.isTagged) << row.why;
+        EXPECT_EQ(test::brokenTagRules(made.pdf.whole()), std::vector<std::string>()) << row.why;
+        OpenedPDF opened(made.pdf.whole());
+        const auto metadata = test::plainData(opened.file().getRoot().getKey("/Metadata"));
+        EXPECT_EQ(metadata.find("<pdfuaid:part>1") != std::string::npos, row.isAccessible) << row.why;
     }
 }
 
