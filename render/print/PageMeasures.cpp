@@ -1,5 +1,7 @@
 #include "render/print/PageMeasures.h"
 
+#include "render/print/ListedElements.h"
+
 #include <array>
 #include <cstdint>
 #include <string>
@@ -55,6 +57,10 @@ std::optional<pdf::LinkMark> linkIn(const json& value) {
         link.part = partIn(*part);
         if (!link.part) return std::nullopt;
     }
+    if (const json* const element = member(value, "element")) {
+        if (!element->is_number_unsigned()) return std::nullopt;
+        link.element = element->get<std::size_t>();
+    }
     return link;
 }
 
@@ -65,12 +71,17 @@ std::optional<PageMeasures> parsePageMeasures(std::string_view answer) {
     if (!all.is_object()) return std::nullopt;
     const json *const width = member(all, "width"), *const links = member(all, "links");
     if (!width || !width->is_number() || !links || !links->is_array()) return std::nullopt;
-    PageMeasures measures{width->get<double>(), {}, {}, {}};
+    PageMeasures measures{width->get<double>(), {}};
     if (measures.width < 0) return std::nullopt;
     for (const json& each : *links) {
         auto link = linkIn(each);
         if (!link) return std::nullopt;
         measures.links.push_back(std::move(*link));
+    }
+    if (const json* const listing = member(all, "listing")) {
+        auto listed = listedElements(*listing);
+        if (!listed) return std::nullopt;
+        measures.listing = std::move(*listed);
     }
     const json* const pictures = member(all, "pictures");
     if (!pictures) return measures;

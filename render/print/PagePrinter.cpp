@@ -64,6 +64,7 @@ void PagePrinter::print(const std::string& html, Colours placeholders, std::file
     done_ = std::move(done);
     isSqueezed_ = false;
     links_.clear();
+    listing_.clear();
     placeholders_ = std::move(placeholders);
     seenPictures_.clear();
     enlargement_ = 1;
@@ -153,6 +154,7 @@ void PagePrinter::measure(std::string_view script) {
         auto measures = parsePageMeasures(answer ? answer.get() : "");
         if (!measures) engineLog::note("the page could not be measured: its links stay dead");
         if (measures && !measures->links.empty()) self.links_ = std::move(measures->links);
+        if (measures && !measures->listing.empty()) self.listing_ = std::move(measures->listing);
         if (measures && !self.placeholders_.empty()) {
             // The page may hold drawings that look like ours.
             const auto isForeign = [&](std::uint32_t colour) { return !self.placeholders_.contains(colour); };
@@ -223,8 +225,11 @@ void PagePrinter::printFinished() {
         return fail(RenderError::Kind::writeFailed, i18n::filled(tr("The PDF could not be printed: %@."), *failure_));
     if (files::size(output_).value_or(0) > 0) {
         enter(Phase::printing);   // adds up what it took
-        return complete(
-            PrintedPage{.scale = 1 / enlargement_, .links = links_, .seenPictures = seenPictures_, .took = took_});
+        return complete(PrintedPage{.scale = 1 / enlargement_,
+                                    .links = links_,
+                                    .listing = listing_,
+                                    .seenPictures = seenPictures_,
+                                    .took = took_});
     }
     limit_ = mainLoop::Timer(crashNews, [this] {
         fail(RenderError::Kind::writeFailed, tr("The PDF could not be printed: the web engine wrote no file."));

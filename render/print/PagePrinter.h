@@ -3,6 +3,7 @@
 #include "core/export/PDFRendering.h"
 #include "core/export/Paper.h"
 #include "pdf/pages/Links.h"
+#include "pdf/tags/PageListing.h"
 #include "render/engine/PrintLimits.h"
 #include "render/loop/MainLoop.h"
 #include "render/print/PrintReport.h"
@@ -29,6 +30,7 @@ namespace ostrel {
 struct PrintedPage {
     double scale = 1;                     // final size over printed size
     std::vector<pdf::LinkMark> links{};   // marked on the pages
+    pdf::PageListing listing{};           // empty: not known
     // Of what stands for pictures, as PageMeasures has them. Where pictures are changed there is no file.
     std::vector<std::uint32_t> changedPictures{}, seenPictures{};
     PrintTimes took{};
@@ -97,6 +99,7 @@ private:
     bool isCommitted_ = false;   // the page is in the engine's process
     bool isSqueezed_ = false;
     std::vector<pdf::LinkMark> links_;   // as marked in the page
+    pdf::PageListing listing_;
     Colours placeholders_;
     std::vector<std::uint32_t> seenPictures_;   // of these
     double enlargement_ = 1;                    // paper and margins against the real ones

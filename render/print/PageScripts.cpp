@@ -22,7 +22,8 @@ std::string script(std::initializer_list<std::string_view> files, std::string_vi
 const std::string& prepareAndMeasure() {
     using namespace embedded;
     static const std::string text = script(
-        {link_places_js, paint_marks_js, mark_links_js, find_pictures_js, prepare_and_measure_js}, "prepareAndMeasure");
+        {link_places_js, paint_marks_js, mark_links_js, find_pictures_js, list_elements_js, prepare_and_measure_js},
+        "prepareAndMeasure");
     return text;
 }
 

@@ -90,7 +90,7 @@ Placeholders::Placeholders(const Page& page, const Decode& decode) : page_(page)
         });
         if (addresses.empty()) continue;
         if (auto original = originalOf(picture.bytes.view(), decode))
-            placeable_.push_back({std::move(*original), std::move(addresses)});
+            placeable_.push_back({std::move(*original), std::move(addresses), 0, picture.name});
     }
 }
 
@@ -107,10 +107,10 @@ std::optional<Placeholders::PageForEngine> Placeholders::next() {
     std::unordered_set<std::size_t> replaced;   // the beginnings of addresses
     std::unordered_set<std::uint32_t> taken;
     std::uniform_int_distribution<std::uint32_t> anyColour(0, 0xFFFFFF);
-    for (auto& [original, addresses, colour] : placeable_) {
+    for (auto& [original, addresses, colour, name] : placeable_) {
         do colour = anyColour(random_);
         while (!taken.insert(colour).second);
-        made.pictures.push_back({colour, original});
+        made.pictures.push_back({.colour = colour, .original = original, .name = name});
         uris.push_back(drawingOf(original.naturalSize(), colour));
         for (const auto& address : addresses) {
             all.push_back({address, &uris.back()});

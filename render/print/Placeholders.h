@@ -39,6 +39,7 @@ private:
         pdf::Original original;
         std::vector<PagePicture::Address> addresses;   // where nothing but the picture depends on them
         std::uint32_t colour = 0;
+        std::string name{};   // of the file
     };
     const Page& page_;
     std::vector<Placeable> placeable_;

@@ -21,7 +21,10 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <span>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 #include <unordered_set>
 #include <utility>
 #include <variant>
@@ -30,6 +33,8 @@
 namespace ostrel {
 
 namespace {
+
+using i18n::tr;
 
 // Tries to catch a page's whole width; then what there is must do.
 constexpr int maxAttempts = 5;
@@ -79,6 +84,18 @@ PagePrinter::Colours coloursOf(const std::vector<pdf::PlacedPicture>& pictures) 
     PagePrinter::Colours colours;
     for (const auto& picture : pictures) colours.insert(picture.colour);
     return colours;
+}
+
+// A picture without words of its own is named by its file.
+void nameListed(pdf::PageListing& listing, std::span<const pdf::PlacedPicture> pictures) {
+    std::unordered_map<std::uint32_t, std::string_view> names;
+    for (const auto& picture : pictures) names.emplace(picture.colour, picture.name);
+    for (auto& node : listing) {
+        if (node.isNamed) continue;
+        const auto name = node.colour ? names.find(*node.colour) : names.end();
+        node.text = name == names.end() || name->second.empty() ? tr("Picture") : std::string(name->second);
+        node.isNamed = true;
+    }
 }
 
 void markSeen(std::vector<pdf::PlacedPicture>& pictures, const std::vector<std::uint32_t>& colours) {
@@ -155,6 +172,8 @@ pdf::Finisher::Finished WebPDFRenderer::State::finish(Print print, pdf::FinishOp
     const Stopwatch time(report.finish);
     options.scale = print.page.scale;
     options.linkMarks = std::move(print.page.links);
+    options.listing = std::move(print.page.listing);
+    nameListed(options.listing, options.pictures);
     return finisher.finish(std::move(*print.pdf), options);
 }
 
@@ -181,6 +200,7 @@ void WebPDFRenderer::State::printAndFinish(const Page& page, const DocumentInfo&
                                    .language = {},
                                    .links = {},
                                    .linkMarks = {},
+                                   .listing = {},
                                    .text = page.text,
                                    .pictures = {}};
         if (without) options.pictures = without->pictures;

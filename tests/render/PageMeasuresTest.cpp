@@ -14,6 +14,8 @@ TEST(PageMeasures, AreTakenWholeOrNotAtAll) {
     const std::string link = R"({"colour":255,"url":"https://example.com/"})";
     const std::string part = R"({"colour":16777215,"url":"mailto:a@example.com","part":[0,0.25,1,0.5,1.75]})";
     const auto with = [](const std::string& links) { return R"({"width":640.5,"links":[)" + links + "]}"; };
+    const auto listed = [](const std::string& list) { return R"({"width":1,"links":[],"listing":[)" + list + "]}"; };
+    using Node = pdf::ListedNode;
     const struct {
         const char* why;
         std::string answer;
@@ -28,6 +30,29 @@ TEST(PageMeasures, AreTakenWholeOrNotAtAll) {
         {"a picture's colour that is none", R"({"width":1,"links":[],"pictures":{"changed":[],"seen":["6"]}})",
          std::nullopt},
         {"half of the pictures", R"({"width":1,"links":[],"pictures":{"changed":[]}})", std::nullopt},
+        {"a link's element", with(R"({"colour":255,"url":"https://example.com/","element":7})"),
+         PageMeasures{640.5, {{255, "https://example.com/", std::nullopt, 7}}}},
+        {"a listing",
+         listed(R"({"open":"TH","columns":2,"scope":"Row"},"a",null,{"picture":null,"shape":[1,2,3,4],"colour":5})"),
+         PageMeasures{1,
+                      {},
+                      {},
+                      {},
+                      {{.text = "Document"},
+                       {.text = "TH", .columns = 2, .scope = Node::Scope::row},
+                       {.kind = Node::Kind::text, .parent = 1, .text = "a"},
+                       {.kind = Node::Kind::picture,
+                        .width = 1,
+                        .height = 2,
+                        .naturalWidth = 3,
+                        .naturalHeight = 4,
+                        .isNamed = false,
+                        .colour = 5}}}},
+        {"an element that does not end", listed(R"({"open":"P"})"), std::nullopt},
+        {"an end without an element", listed("null"), std::nullopt},
+        {"a span that is no number", listed(R"({"open":"TD","rows":-1},null)"), std::nullopt},
+        {"a picture without a shape", listed(R"({"picture":"a"})"), std::nullopt},
+        {"an entry of no kind", listed("7"), std::nullopt},
         {"nothing", "", std::nullopt},
         {"a number alone", "640", std::nullopt},
         {"cut short", with(link).substr(0, 40), std::nullopt},

@@ -45,6 +45,31 @@ std::vector<PrintedSheet> readSheets(const std::filesystem::path& pdf) {
 
 std::string readText(const std::filesystem::path& pdf) { return outputOf("pdftotext", pdf, "-"); }
 
+// A line for each element, attribute, text and area, further to the right the deeper it is.
+std::string readStructure(const std::filesystem::path& pdf) {
+    std::istringstream lines(outputOf("pdfinfo -struct-text", pdf, ""));
+    std::string told;
+    std::size_t before = 0;
+    for (std::string line; std::getline(lines, line);) {
+        const auto blanks = std::min(line.find_first_not_of(' '), line.size()), depth = blanks / 2;
+        auto text = line.substr(blanks);
+        if (text.empty() || text == "Document") continue;
+        if (text.starts_with("/")) {   // of the element above
+            told += text;
+            continue;
+        }
+        if (text.starts_with("Object")) text = "->";
+        if (text[0] != '"' && text[0] != '-') text = text.substr(0, text.find_first_of(" :"));
+        if (depth > before && before > 0)
+            told += '(';
+        else if (before > 0)
+            told.append(before - depth, ')') += ' ';
+        told += text;
+        before = depth;
+    }
+    return told.append(before > 0 ? before - 1 : 0, ')');
+}
+
 std::vector<PrintedLink> readLinks(const std::filesystem::path& pdf) {
     QPDF file;
     file.processFile(pdf.c_str());

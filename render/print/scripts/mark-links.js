@@ -2,9 +2,10 @@
 // background may lie hidden behind a picture, an outline within the box does. What the engine prints as a picture
 // (filters) or draws twice (masks) would show the mark or find it in two places. The colours are spread over all there
 // are, so that faint paint of the mail is hardly ever taken for a mark.
-// Returns the links that were marked, in the order drawn: { colour, url }, or with the part of the marked box that the
-// link takes: [left, top, width, height] as parts of the box, and the box's width over its height.
-const markLinks = text => {
+// Returns the links that were marked, in the order drawn: { colour, url, element }, or with the part of the marked box
+// that the link takes: [left, top, width, height] as parts of the box, and the box's width over its height. Gives each
+// link's element its number in elements.
+const markLinks = (text, elements) => {
     const maxLinks = 100000, maxMarks = 300000, maxPlaced = 5000;
     const apart = new Set(), outlined = new Set();
     if (/filter|blend|clip|mask|reflect|\\/i.test(text)) {
@@ -59,7 +60,11 @@ const markLinks = text => {
         }
     };
     let placed = 0;
-    const place = (address, rects, from) => {
+    const numberOf = link => {
+        if (!elements.has(link)) elements.set(link, elements.size);
+        return elements.get(link);
+    };
+    const place = (address, rects, from, link) => {
         const [host, colour] = rects.length && ++placed <= maxPlaced && hostOf(from) || [];
         if (!host) return;
         const whole = host.getBoundingClientRect();
@@ -69,7 +74,8 @@ const markLinks = text => {
             if (!(width >= 1 && height >= 1) || links.length >= maxLinks) continue;
             const parts = [(left - whole.left) / whole.width, (top - whole.top) / whole.height, width / whole.width,
                 height / whole.height, whole.width / whole.height];
-            links.push({ colour, url: address, part: parts.map(part => Number(part.toFixed(6))) });
+            links.push({ colour, url: address, part: parts.map(part => Number(part.toFixed(6))),
+                ...link ? { element: numberOf(link) } : {} });
         }
     };
     const unmarked = [], maps = new Map();
@@ -84,7 +90,7 @@ const markLinks = text => {
             continue;
         }
         const colour = nextColour(), [isMarked, isMissed] = mark(link, paintOf(colour));
-        if (isMarked) links.push({ colour, url: address });
+        if (isMarked) links.push({ colour, url: address, element: numberOf(link) });
         if (isMissed) unmarked.push([link, address]);
     }
     for (const image of document.images) {
@@ -94,7 +100,7 @@ const markLinks = text => {
     }
     for (const [link, address] of unmarked)
         if (placed < maxPlaced && getComputedStyle(link).visibility == 'visible' && isSeen(link.parentElement))
-            place(address, rectsOf(link), link.parentElement);
+            place(address, rectsOf(link), link.parentElement, link);
     for (const link of document.getElementsByTagNameNS('http://www.w3.org/2000/svg', 'a')) {
         const address = addressOf(link.href.baseVal);
         if (address && placed < maxPlaced && isSeen(link)) place(address, [link.getBoundingClientRect()], link.ownerSVGElement);

@@ -59,7 +59,9 @@ const prepareAndMeasure = () => {
     const width = Math.max(root.scrollWidth, body ? body.scrollWidth : 0);
     const hasLinks = document.links.length || document.getElementsByTagNameNS('http://www.w3.org/2000/svg', 'a').length;
     const pictures = findPictures(text);
-    let links = [];
-    try { if (hasLinks) links = markLinks(text); } catch {}   // what cannot be marked stays unmarked
-    return JSON.stringify({ width, links, pictures });
+    const elements = new Map();
+    let links = [], listing = [];
+    try { if (hasLinks) links = markLinks(text, elements); } catch {}   // what cannot be marked stays unmarked
+    try { listing = listElements(text, elements); } catch {}            // what cannot be listed is read line by line
+    return JSON.stringify({ width, links, pictures, listing });
 };

@@ -21,11 +21,13 @@ const putFrame = ({ styleSheet, head, files, padding }) => {
     const above = sheetOf(padding ? `:host { padding: ${padding} !important; padding-bottom: 0 !important; }` : '');
     const below = sheetOf(`:host { clear: both !important; position: relative !important; z-index: 1 !important;
         ${padding ? `padding: ${padding} !important; padding-top: 0 !important;` : ''} }`);
+    globalThis.frameTrees = new Map();   // for scripts of ours that read the page
     const place = (html, ...sheets) => {
         const box = Document.prototype.createElement.call(document, 'ostrel-frame');
         const tree = box.attachShadow({ mode: 'closed' });
         tree.adoptedStyleSheets = sheets;
         tree.innerHTML = html;
+        globalThis.frameTrees.set(box, tree);
         return box;
     };
 
