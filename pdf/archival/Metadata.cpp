@@ -140,6 +140,7 @@ void describe(QPDF& file, const Description& description) {
         root.replaceKey("/ViewerPreferences", QPDFObjectHandle::parse("<< /DisplayDocTitle true >>"));
     auto metadata = QPDFObjectHandle::newStream(&file);
     replaceDeflated(metadata, zlib::deflate(xmpPacket(said, date), zlib::Effort::good));
+    metadata.setFilterOnWrite(false);   // libqpdf would unpack metadata, as PDF/A-1 wanted it
     metadata.getDict().replaceKey("/Type", QPDFObjectHandle::newName("/Metadata"));
     metadata.getDict().replaceKey("/Subtype", QPDFObjectHandle::newName("/XML"));
     root.replaceKey("/Metadata", metadata);
