@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <map>
-#include <stdexcept>
 #include <utility>
 
 #include <qpdf/Pl_String.hh>
@@ -27,8 +26,10 @@ struct Opening {
     std::size_t end() const { return mark + data->mark.size(); }
 };
 
-// What libqpdf writes is found again by the places that it tells, and by how it ends dictionaries: /Length last.
-[[noreturn]] void unknownForm() { throw std::logic_error("a file is not written as it was"); }
+// What libqpdf writes is found again by the places that it tells, and by how it ends dictionaries: /Length last. A
+// version that does otherwise gets the data itself.
+struct UnknownForm {};
+[[noreturn]] void unknownForm() { throw UnknownForm(); }
 
 Opening openingIn(std::string_view text, std::size_t object, const LateData::Entry& data, std::size_t next) {
     constexpr std::string_view stream = ">>\nstream\n", length = "/Length ";
@@ -163,7 +164,7 @@ void FinishedFile::refer(ByteView bytes) {
     size_ += bytes.size();
 }
 
-FinishedFile FinishedFile::of(QPDF& file, const LateData& late) {
+FinishedFile FinishedFile::of(QPDF& file, LateData& late) {
     std::size_t expected = 1 << 16;   // what is in no stream
     for (auto object : file.getAllObjects())
         if (object.isStream()) expected += storedSize(object);
@@ -184,21 +185,31 @@ FinishedFile FinishedFile::of(QPDF& file, const LateData& late) {
         made.made_ = std::move(text);
         return made;
     }
+    try {
+        made.join(text, writer, late);
+        return made;
+    } catch (const UnknownForm&) {
+        late.settle();
+        return of(file, late);
+    }
+}
+
+// Makes the file of the text with the data in their places.
+void FinishedFile::join(std::string_view text, QPDFWriter& writer, const LateData& late) {
     const auto entries = writer.getWrittenXRefTable();
     const auto table = placeOfTable(text);
     Moved moved;
     std::size_t done = 0;
     for (const auto& opening : openingsIn(text, writer, entries, late)) {
-        made.append(std::string_view(text).substr(done, opening.length - done));
-        made.append(std::to_string(opening.data->size));
-        made.append(std::string_view(text).substr(opening.lengthEnd, opening.mark - opening.lengthEnd));
-        for (const auto piece : opening.data->pieces) made.refer(piece);
+        append(text.substr(done, opening.length - done));
+        append(std::to_string(opening.data->size));
+        append(text.substr(opening.lengthEnd, opening.mark - opening.lengthEnd));
+        for (const auto piece : opening.data->pieces) refer(piece);
         done = opening.end();
-        moved.at(done, made.size() - done);
+        moved.at(done, size_ - done);
     }
-    made.append(std::string_view(text).substr(done, table - done));
-    made.append(trailerOf(text, table, entries, moved));
-    return made;
+    append(text.substr(done, table - done));
+    append(trailerOf(text, table, entries, moved));
 }
 
 std::vector<ByteView> FinishedFile::pieces() const {

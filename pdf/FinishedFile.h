@@ -8,6 +8,7 @@
 #include <vector>
 
 class QPDF;
+class QPDFWriter;
 
 namespace ostrel::pdf {
 
@@ -20,13 +21,14 @@ public:
     FinishedFile() = default;
 
     // Writes the open file, which must not change any more. Throws what libqpdf throws.
-    static FinishedFile of(QPDF& file, const LateData& late);
+    static FinishedFile of(QPDF& file, LateData& late);
 
     std::size_t size() const { return size_; }
     std::vector<ByteView> pieces() const;   // one after the other
     std::string whole() const;              // all of them, copied
 
 private:
+    void join(std::string_view text, QPDFWriter& writer, const LateData& late);
     void append(std::string_view bytes);
     void refer(ByteView bytes);
 

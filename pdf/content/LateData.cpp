@@ -34,4 +34,14 @@ void LateData::give(QPDFObjectHandle stream, std::vector<ByteView> pieces, QPDFO
     entries_.push_back(std::move(entry));
 }
 
+void LateData::settle() {
+    for (auto& [stream, mark, pieces, size] : entries_) {
+        std::string data;
+        for (const auto piece : pieces) data += charsOf(piece);
+        auto dict = stream.getDict();
+        stream.replaceStreamData(data, dict.getKey("/Filter"), dict.getKey("/DecodeParms"));
+    }
+    entries_.clear();
+}
+
 }   // namespace ostrel::pdf

@@ -28,6 +28,9 @@ public:
     };
     std::span<const Entry> all() const { return entries_; }
 
+    // Puts the data in as they are, copied.
+    void settle();
+
 private:
     std::vector<Entry> entries_;
     std::unordered_multimap<std::size_t, std::size_t> byHash_;   // index of the first with these data

@@ -1,4 +1,5 @@
 #include "pdf/Finisher.h"
+#include "pdf/content/LateData.h"
 #include "pictures/headers/JPEGHeader.h"
 #include "tests/pdf/SamplePDF.h"
 
@@ -257,6 +258,20 @@ TEST(Finisher, PutsOriginalsOfAllSizesIntoTheirPlaces) {
     EXPECT_EQ(finished.resource(0, "/XObject", "/Original0").getObjGen(),
               finished.resource(0, "/XObject", "/Original3").getObjGen())
         << "what is left of both is the same";
+}
+
+TEST(Finisher, WritesOriginalsThroughTheLibraryWhereTheyCannotBePutIn) {
+    const std::string data(10'000, 'x');
+    SamplePDF pdf;
+    const auto filter = QPDFObjectHandle::newName("/DCTDecode");
+    auto image = pdf.stream(imageEntries + " /Width 4 /Height 4 >>", "");
+    pdf.page("/I Do", "<< /XObject << /I " + ref(image) + " >> >>");
+    LateData late;
+    late.give(image, {bytesOf(data)}, filter, QPDFObjectHandle::newNull());
+    image.replaceStreamData("no mark", filter, QPDFObjectHandle::newNull());
+    OpenedPDF finished(FinishedFile::of(pdf.file(), late));
+    const auto stored = finished.resource(0, "/XObject", "/I").getRawStreamData();
+    EXPECT_EQ(std::string(reinterpret_cast<const char*>(stored->getBuffer()), stored->getSize()), data);
 }
 
 TEST(Finisher, PagesThatLookTheSameStayApart) {
