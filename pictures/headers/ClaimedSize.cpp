@@ -112,8 +112,8 @@ std::optional<Size> pdfSize(std::string_view file) {
         text.remove_prefix(static_cast<std::size_t>(end - text.data()));
     }
     const double width = std::abs(sides[2] - sides[0]), height = std::abs(sides[3] - sides[1]);
-    constexpr double most = 14'400;   // Annex C.2
-    if (!(width <= most && height <= most)) return std::nullopt;
+    constexpr double maxSide = 14'400;   // Annex C.2
+    if (!(width <= maxSide && height <= maxSide)) return std::nullopt;
     return Size{static_cast<std::uint32_t>(std::lround(width)), static_cast<std::uint32_t>(std::lround(height))};
 }
 
@@ -137,8 +137,8 @@ std::optional<Size> anySize(Kind kind, std::string_view file) {
 
 std::optional<Size> claimedSize(ByteView picture) {
     const auto size = anySize(kindOf(picture), charsOf(picture));
-    constexpr std::uint32_t most = std::numeric_limits<std::int32_t>::max();
-    const bool isSane = size && size->width > 0 && size->height > 0 && size->width <= most && size->height <= most;
+    constexpr std::uint32_t max = std::numeric_limits<std::int32_t>::max();
+    const bool isSane = size && size->width > 0 && size->height > 0 && size->width <= max && size->height <= max;
     return isSane ? size : std::nullopt;
 }
 
