@@ -14,6 +14,8 @@
 #include <utility>
 
 #include <glibmm/main.h>
+#include <gtkmm/eventcontrollerkey.h>
+#include <gtkmm/popover.h>
 
 namespace ostrel {
 namespace {
@@ -53,6 +55,7 @@ MainWindow::MainWindow(AppModel& model, Desktop& desktop, WebPreview::LinkOpener
     set_hide_on_close();
     group_->add_window(*this);
     addToolbar(menu);
+    keepFocus();
 
     mailboxes_.append(sidebar_);
     mailboxes_.append(footer_);
@@ -74,7 +77,7 @@ MainWindow::MainWindow(AppModel& model, Desktop& desktop, WebPreview::LinkOpener
     showProblem();
 }
 
-MainWindow::~MainWindow() = default;
+MainWindow::~MainWindow() { g_clear_weak_pointer(&beforeMenu_); }
 
 void MainWindow::addToolbar(const Glib::RefPtr<Gio::MenuModel>& menu) {
     const auto toggle = add_action_bool(
@@ -107,6 +110,36 @@ void MainWindow::addToolbar(const Glib::RefPtr<Gio::MenuModel>& menu) {
     header_.pack_end(menu_);
     header_.pack_end(export_);
     set_titlebar(header_);
+}
+
+// Where the toolkit and the engine lose it.
+void MainWindow::keepFocus() {
+    // A menu that is closed leaves it on its button.
+    property_focus_widget().signal_changed().connect([this] {
+        Gtk::Widget* focus = get_focus();
+        if (focus != nullptr && !widgets::hasFocus(menu_)) g_set_weak_pointer(&beforeMenu_, focus->gobj());
+    });
+    menu_.get_popover()->signal_closed().connect([this] {
+        Glib::signal_idle().connect_once([this] {
+            const bool isLost = get_focus() == nullptr || widgets::hasFocus(menu_);
+            if (isLost && beforeMenu_ != nullptr) gtk_widget_grab_focus(beforeMenu_);
+        });
+    });
+    // A Tab key that leads out of the page comes back from the engine once the focus has moved, and would move it
+    // again.
+    const auto keys = Gtk::EventControllerKey::create();
+    keys->set_propagation_phase(Gtk::PropagationPhase::CAPTURE);
+    keys->signal_key_pressed().connect(
+        [this, controller = keys.get()](guint key, guint, Gdk::ModifierType) {
+            if (key != GDK_KEY_Tab && key != GDK_KEY_ISO_Left_Tab) return false;
+            const std::uint32_t when = controller->get_current_event_time();
+            const bool isInPage = widgets::hasFocus(preview_);
+            const bool isBack = !isInPage && when == tabbedInPage_;
+            tabbedInPage_ = isInPage ? when : 0;
+            return isBack;
+        },
+        false);
+    add_controller(keys);
 }
 
 void MainWindow::showState() {

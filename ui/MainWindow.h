@@ -14,6 +14,7 @@
 #include "ui/widgets/ThreeColumns.h"
 #include "ui/widgets/ToastArea.h"
 
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -40,6 +41,7 @@ protected:
     void on_hide() override;
 
 private:
+    void keepFocus();
     void addToolbar(const Glib::RefPtr<Gio::MenuModel>& menu);
     void showState();
     void showSheet();
@@ -70,6 +72,8 @@ private:
     Gtk::Box mailboxes_, messages_;
     ThreeColumns columns_;
     std::shared_ptr<Gtk::Window> sheet_;
+    GtkWidget* beforeMenu_ = nullptr;   // had the focus when the menu opened; null once it is gone
+    std::uint32_t tabbedInPage_ = 0;    // when
     std::vector<Subscription> subscriptions_;
 };
 
