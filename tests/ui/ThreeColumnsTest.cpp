@@ -45,5 +45,15 @@ TEST_F(ThreeColumnsTest, foldWhereThereIsNoRoomForAll) {
     EXPECT_EQ(shownAt(1200), "messages page") << "hidden by the user, they stay hidden";
 }
 
+TEST_F(ThreeColumnsTest, shareWhatAWideWindowHasMore) {
+    shownAt(1240);
+    const int usual = messages_.get_width();
+    EXPECT_GT(usual, 500);
+    shownAt(2240);
+    EXPECT_NEAR(messages_.get_width(), usual + 500, 1);
+    shownAt(1240);
+    EXPECT_EQ(messages_.get_width(), usual);
+}
+
 }   // namespace
 }   // namespace ostrel

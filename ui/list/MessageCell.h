@@ -26,6 +26,8 @@ public:
     // From the icon theme; spoken as the label says.
     void showSymbol(const char* iconName, const std::string& label);
     void hideSymbol();
+    // Whether there is more than can be read.
+    bool isCut() const { return text_->is_ellipsized(); }
 
 protected:
     Gtk::SizeRequestMode get_request_mode_vfunc() const override { return Gtk::SizeRequestMode::CONSTANT_SIZE; }

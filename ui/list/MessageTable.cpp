@@ -38,6 +38,8 @@ constexpr Layout layouts[] = {
     {"Subject", 140, 260, 0, SortKey::subject},
     {"Mailbox", 60, 90, 0, std::nullopt},
 };
+// With a scroll bar beside them all columns at their least are a little wider than the list at its least.
+constexpr int slack = 10;
 constexpr int cellPadding = 12;   // both sides together, as in the style sheet
 
 // In pixels. A date that is cut off says nothing.
@@ -119,7 +121,7 @@ Glib::RefPtr<Gtk::ListItemFactory> MessageTable::factory(Column column) {
     made->signal_setup().connect([this, column](const Glib::RefPtr<Gtk::ListItem>& item) {
         const Layout& layout = layouts[column];
         auto* cell = Gtk::make_managed<MessageCell>(MessageCell::Width{
-            layout.minimum - cellPadding, layout.ideal - cellPadding, column == date ? widestDate_ : 0});
+            layout.minimum - cellPadding - slack, layout.ideal - cellPadding, column == date ? widestDate_ : 0});
         if (column == date) cell->setDigitsOfEqualWidth();
         if (column == mailbox) cell->add_css_class("dim-label");
         item->set_child(*cell);
@@ -162,14 +164,15 @@ std::string MessageTable::text(Column column, const MessageSummary& message) con
     }
 }
 
-std::string MessageTable::tooltip(Column column, const MessageSummary& message) const {
-    switch (column) {
+std::string MessageTable::tooltip(const Place& place) const {
+    const MessageSummary& message = rows_.messages()[place.row];
+    switch (place.column) {
         case date:
             return locale::dateAndTime(message.date, locale::DateStyle::full, calendar_);
         case from:
             return MailMessage::line(message.from);
         default:
-            return {};
+            return place.cell->isCut() ? text(place.column, message) : "";
     }
 }
 
@@ -186,7 +189,7 @@ std::optional<MessageTable::Place> MessageTable::placeAt(double x, double y) {
     for (const auto& [item, cell] : cells_) {
         if (cell.widget->get_parent() != widget) continue;
         const auto row = rowOf(item);
-        return row ? std::optional(Place{*row, cell.column}) : std::nullopt;
+        return row ? std::optional(Place{*row, cell.column, cell.widget}) : std::nullopt;
     }
     return std::nullopt;
 }
@@ -305,7 +308,7 @@ void MessageTable::addTooltips() {
         [this](int x, int y, bool isByKey, const Glib::RefPtr<Gtk::Tooltip>& tooltipShown) {
             const auto place = isByKey ? std::nullopt : placeAt(x, y);
             if (!place) return false;
-            const std::string words = tooltip(place->column, rows_.messages()[place->row]);
+            const std::string words = tooltip(*place);
             if (words.empty()) return false;
             tooltipShown->set_text(words);
             return true;

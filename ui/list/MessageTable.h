@@ -36,6 +36,7 @@ private:
     struct Place {
         std::size_t row;
         Column column;
+        MessageCell* cell;
     };
     struct Cell {
         Column column;
@@ -47,7 +48,7 @@ private:
     void fill(MessageCell& cell, Column column, const MessageSummary& message) const;
     void refresh();
     std::string text(Column column, const MessageSummary& message) const;
-    std::string tooltip(Column column, const MessageSummary& message) const;
+    std::string tooltip(const Place& place) const;
     std::optional<std::size_t> rowOf(GtkListItem* item) const;
     std::optional<Place> placeAt(double x, double y);
     MessageCell* selectedCell();

@@ -28,7 +28,10 @@ void SplitView::setColumns(Gtk::Widget& first, Gtk::Widget& second) {
 // A handle that gave way to a narrow window comes back when the window grows.
 void SplitView::size_allocate_vfunc(int width, int height, int baseline) {
     isAllocating_ = true;
-    if (width != allocated_) set_position(std::min(wanted_, std::max(1, width - forSecond_)));   // not below the least
+    if (width != allocated_) {
+        const int room = std::max(1, width - forSecond_);   // not below the least
+        set_position(std::min(wanted_ + shareOf(width), room));
+    }
     allocated_ = width;
     Gtk::Paned::size_allocate_vfunc(width, height, baseline);
     if (!get_start_child()->get_visible() || !get_end_child()->get_visible()) removeHandle();
@@ -48,7 +51,9 @@ void SplitView::positionChanged() {
         set_position(maximum_);
         return;
     }
-    wanted_ = get_position();
+    wanted_ = get_position() - shareOf(allocated_);
 }
+
+int SplitView::shareOf(int width) const { return sharedFrom_ > 0 ? std::max(0, width - sharedFrom_) / 2 : 0; }
 
 }   // namespace ostrel

@@ -14,6 +14,8 @@ public:
     explicit SplitView(Width width);
     // Where there is not room for both, the first leaves the second as much if it can.
     void leaveSecond(int width);
+    // Of what it is wider than this, the first gets half.
+    void shareBeyond(int width) { sharedFrom_ = width; }
     void setColumns(Gtk::Widget& first, Gtk::Widget& second);
 
 protected:
@@ -22,8 +24,9 @@ protected:
 private:
     void removeHandle();
     void positionChanged();
+    int shareOf(int width) const;
 
-    int wanted_, maximum_, forSecond_ = 0;
+    int wanted_, maximum_, forSecond_ = 0, sharedFrom_ = 0;
     int allocated_ = 0;
     bool isAllocating_ = false;
 };

@@ -11,8 +11,8 @@ namespace {
 
 // Pixels at the usual text size.
 constexpr int minMailboxes = 200, mailboxesIdeal = 240, maxMailboxes = 360;
-constexpr int minMessages = 396, messagesIdeal = 520;   // all columns of the list at their least need it
-constexpr int minPage = 280, pageIdeal = 320;           // does not follow the size of the window's text
+constexpr int minMessages = 380, messagesIdeal = 560;
+constexpr int minPage = 280, pageIdeal = 320, pageUsual = 440;   // does not follow the size of the window's text
 
 int roomForAll() { return textScale::scaled(minMailboxes + minMessages) + minPage; }
 
@@ -25,6 +25,7 @@ ThreeColumns::ThreeColumns(Gtk::Widget& mailboxes, Gtk::Widget& messages, Gtk::W
       page_(page),
       messagesAndPage_({textScale::scaled(messagesIdeal), 0}) {
     messagesAndPage_.leaveSecond(pageIdeal);
+    messagesAndPage_.shareBeyond(textScale::scaled(messagesIdeal) + pageUsual);
     mailboxes.set_size_request(minMailboxes, -1);
     messages.set_size_request(minMessages, -1);
     page.set_size_request(minPage, -1);
