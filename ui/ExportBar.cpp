@@ -1,6 +1,7 @@
 #include "ui/ExportBar.h"
 
 #include "platform/Translation.h"
+#include "ui/widgets/Accessible.h"
 #include "ui/widgets/Mnemonics.h"
 
 namespace ostrel {
@@ -9,6 +10,7 @@ ExportBar::ExportBar(AppModel& model, Mnemonics& mnemonics)
     : Gtk::Box(Gtk::Orientation::HORIZONTAL, 12), model_(model) {
     add_css_class("bar");
     add_css_class("export-bar");
+    accessible::setRole(count_, GTK_ACCESSIBLE_ROLE_STATUS);   // told when it changes
     count_.add_css_class("numeric");
     count_.set_ellipsize(Pango::EllipsizeMode::END);
     count_.set_xalign(0);

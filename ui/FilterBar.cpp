@@ -1,5 +1,6 @@
 #include "ui/FilterBar.h"
 
+#include "platform/LocaleFormat.h"
 #include "platform/Translation.h"
 #include "ui/widgets/Accessible.h"
 #include "ui/widgets/Mnemonics.h"
@@ -11,17 +12,17 @@ namespace {
 
 using i18n::tr;
 
-constexpr int spacing = 6, entryCharacters = 16;
+constexpr int spacing = 6, entryCharacters = 10;   // they take what the line leaves
 
-void prepare(Gtk::Entry& entry, const std::string& placeholder, const std::string& label) {
-    entry.set_placeholder_text(placeholder);
-    entry.set_tooltip_text(placeholder);   // it may be cut off, and goes with the first letter typed
+void prepare(Gtk::SearchEntry& entry, const std::string& placeholder, const std::string& label) {
+    entry.property_placeholder_text() = placeholder;   // gtkmm 4.8 takes it for another kind of entry in its own call
+    entry.set_tooltip_text(placeholder);               // it may be cut off, and goes with the first letter typed
     entry.set_width_chars(entryCharacters);
     entry.set_hexpand();
     accessible::setLabel(entry, label);
 }
 
-void showText(Gtk::Entry& entry, const std::string& text) {
+void showText(Gtk::SearchEntry& entry, const std::string& text) {
     if (entry.get_text().raw() != text) entry.set_text(text);
 }
 
@@ -30,10 +31,10 @@ void showText(Gtk::Entry& entry, const std::string& text) {
 FilterBar::FilterBar(AppModel& model, Mnemonics& mnemonics)
     : Gtk::Box(Gtk::Orientation::VERTICAL, spacing),
       model_(model),
+      choices_(Gtk::Orientation::VERTICAL, spacing),
       start_(mnemonics.mark(tr("From date")), tr("From date")),
       end_(mnemonics.mark(tr("To date")), tr("To date")),
-      texts_(spacing, spacing),
-      days_(spacing + spacing / 2, spacing) {
+      line_(spacing, spacing) {
     add_css_class("filter-bar");
     prepare(person_, tr("From or to (name or address)"), tr("Filter by sender or recipient"));
     prepare(subject_, tr("Subject contains"), tr("Filter by subject"));
@@ -41,12 +42,15 @@ FilterBar::FilterBar(AppModel& model, Mnemonics& mnemonics)
     clear_.set_action_name("app.clear-filters");
     clear_.signal_clicked().connect([this] { person_.grab_focus(); });   // it is gone now, and the focus with it
     mnemonics.write(clear_, tr("Clear"));
-    texts_.append(person_);
-    texts_.append(subject_);
-    for (Gtk::Widget* child : std::initializer_list<Gtk::Widget*>{&start_, &end_, &clear_}) days_.append(*child);
-    days_.add_css_class("days");
-    append(texts_);
-    append(days_);
+    choices_.append(start_);
+    choices_.append(end_);
+    choices_.add_css_class("days");
+    popover_.set_child(choices_);
+    days_.set_popover(popover_);
+    days_.add_css_class("numeric");
+    for (Gtk::Widget* child : std::initializer_list<Gtk::Widget*>{&person_, &subject_, &days_, &clear_})
+        line_.append(*child);
+    append(line_);
 
     person_.signal_changed().connect(
         [this] { change([this](MessageFilter& filter) { filter.person = person_.get_text().raw(); }); });
@@ -73,7 +77,22 @@ void FilterBar::show() {
     start_.setDate(filter.startDay);
     end_.setDate(filter.endDay);
     clear_.set_visible(filter.hasCriteria());
+    showDays();
     isShowing_ = false;
+}
+
+void FilterBar::showDays() {
+    const MessageFilter& filter = model_.filter.get();
+    const auto words = [](const Day& day) { return locale::numericDate(day); };
+    std::string shown = tr("Any date");
+    if (filter.startDay && filter.endDay) {
+        shown = i18n::filled(tr("%@ – %@"), words(*filter.startDay), words(*filter.endDay));
+    } else if (filter.startDay) {
+        shown = i18n::filled(tr("From %@"), words(*filter.startDay));
+    } else if (filter.endDay) {
+        shown = i18n::filled(tr("Until %@"), words(*filter.endDay));
+    }
+    days_.set_label(shown);
 }
 
 }   // namespace ostrel

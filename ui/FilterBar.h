@@ -9,7 +9,9 @@
 #include <vector>
 
 #include <gtkmm/button.h>
-#include <gtkmm/entry.h>
+#include <gtkmm/menubutton.h>
+#include <gtkmm/popover.h>
+#include <gtkmm/searchentry.h>
 
 namespace ostrel {
 
@@ -26,13 +28,17 @@ public:
 private:
     void change(const std::function<void(MessageFilter&)>& edit);
     void show();
+    void showDays();
 
     AppModel& model_;
     bool isShowing_ = false;
-    Gtk::Entry person_, subject_;
+    Gtk::SearchEntry person_, subject_;
+    Gtk::MenuButton days_;
+    Gtk::Popover popover_;
+    Gtk::Box choices_;
     DateToggle start_, end_;
     Gtk::Button clear_;
-    WrapBox texts_, days_;
+    WrapBox line_;
     std::vector<Subscription> subscriptions_;
 };
 

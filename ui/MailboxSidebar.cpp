@@ -19,7 +19,9 @@ using i18n::tr;
 constexpr int spacing = 6;
 
 // What stands behind a check box: a symbol, a name that is cut off where the sidebar ends, and a count if any.
-void setContent(Gtk::CheckButton& check, std::string_view symbol, const std::string& name, const std::string& count) {
+// Returns the count's place.
+Gtk::Label* setContent(Gtk::CheckButton& check, std::string_view symbol, const std::string& name,
+                       const std::string& count) {
     auto* content = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, spacing);
     auto* image = Gtk::make_managed<Gtk::Image>();
     image->set_from_icon_name(symbols::iconName(symbol));
@@ -30,15 +32,14 @@ void setContent(Gtk::CheckButton& check, std::string_view symbol, const std::str
     label->set_xalign(0);
     content->append(*image);
     content->append(*label);
-    if (!count.empty()) {
-        auto* number = Gtk::make_managed<Gtk::Label>(count);
-        number->add_css_class("dim-label");
-        number->add_css_class("numeric");
-        content->append(*number);
-    }
+    auto* number = Gtk::make_managed<Gtk::Label>(count);
+    number->add_css_class("dim-label");
+    number->add_css_class("numeric");
+    content->append(*number);
     content->set_hexpand();
     check.set_child(*content);
     check.set_hexpand();
+    return number;
 }
 
 }   // namespace
@@ -46,7 +47,7 @@ void setContent(Gtk::CheckButton& check, std::string_view symbol, const std::str
 MailboxSidebar::MailboxSidebar(AppModel& model)
     : model_(model), list_(Gtk::Orientation::VERTICAL), accounts_(Gtk::Orientation::VERTICAL) {
     add_css_class("mailboxes");
-    setContent(all_, "tray.2", tr("All Mailboxes"), "");
+    chosen_ = setContent(all_, "tray.2", tr("All Mailboxes"), "");
     accessible::setLabel(all_, tr("All Mailboxes"));
     all_.signal_toggled().connect([this] {
         if (!isShowing_) model_.setAllMailboxes(all_.get_active());
@@ -147,8 +148,16 @@ void MailboxSidebar::showChecks() {
     const auto& chosen = model_.filter.get().mailboxes;
     isShowing_ = true;
     all_.set_active(!chosen);
-    for (const Row& row : rows_) row.check->set_active(!chosen || chosen->contains(row.mailboxID));
+    std::size_t count = 0;
+    for (const Row& row : rows_) {
+        const bool isChosen = !chosen || chosen->contains(row.mailboxID);
+        row.check->set_active(isChosen);
+        if (isChosen) ++count;
+    }
     isShowing_ = false;
+    const std::string words = chosen ? i18n::filled(tr("%lld of %lld"), count, rows_.size()) : "";
+    chosen_->set_text(words);
+    accessible::setDescription(all_, words);
 }
 
 }   // namespace ostrel

@@ -12,6 +12,7 @@
 #include <gtkmm/button.h>
 #include <gtkmm/checkbutton.h>
 #include <gtkmm/image.h>
+#include <gtkmm/label.h>
 #include <gtkmm/scrolledwindow.h>
 
 namespace ostrel {
@@ -50,6 +51,7 @@ private:
     std::vector<Section> sections_;
     std::vector<Row> rows_;
     Gtk::CheckButton all_;
+    Gtk::Label* chosen_;   // how many, unless all are
     Gtk::Box list_, accounts_;
     Gtk::ScrolledWindow scroller_;
     RovingFocus focus_{list_};

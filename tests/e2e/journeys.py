@@ -112,12 +112,12 @@ def finding():
         desktop.click(desktop.find("Subject", "column header"))
         wait(lambda: desktop.rows() not in (newest, subjects), "the list to be sorted the other way round")
         bar = desktop.place(desktop.find("Export to PDF…", "button"))
-        desktop.click(desktop.find("Filter by subject", "text box"))
+        desktop.click(desktop.find("Filter by subject"))
         desktop.type("papers")
         wait(lambda: 0 < journey.count() < everything, "a narrower list")
         desktop.click(desktop.find(re.compile("papers"), "row"))
         desktop.find("The preview is loaded")
-        desktop.click(desktop.find("Filter by subject", "text box"))
+        desktop.click(desktop.find("Filter by subject"))
         desktop.type(" nowhere")
         desktop.find("No Matching Messages")
         assert desktop.place(desktop.find("Export to PDF…", "button")) == bar, "the bar stays below the list"
@@ -127,6 +127,7 @@ def finding():
         desktop.find("No Matching Messages")
         desktop.click(desktop.find(re.compile(r", \d+ messages$"), "checkbox"))
         wait(lambda: 0 < journey.count() < everything, "one mailbox")
+        desktop.find("1 of 7")
         journey.leave()
 
 
@@ -237,13 +238,19 @@ def by_keyboard():
 
         tab_to("Message preview", 8)
         everything = journey.count()
-        tab_to("All Mailboxes", 15)
+        tab_to("Mailboxes", 4)   # from link to link, and not past the first button above
+        tab_to("All Mailboxes", 10)
         for _ in range(3):
             before = desktop.focused()
             desktop.key("Down")
             wait(lambda: desktop.focused() != before, f"the focus to leave {before!r}")
         tab_to("Filter by sender or recipient", 1)
         assert journey.count() == everything, "the arrow keys chose mailboxes"
+        here = desktop.focused()
+        desktop.key("F10")
+        wait(lambda: desktop.focused() != here, "the menu to have the keyboard")
+        desktop.key("Escape")
+        wait(lambda: desktop.focused() == here, "the focus to come back from the menu")
         tab_to("Filter by subject", 1)
         desktop.key("F9")
         desktop.gone("All Mailboxes")

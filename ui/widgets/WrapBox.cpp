@@ -29,13 +29,15 @@ void WrapBox::append(Gtk::Widget& child) {
     children_.push_back(&child);
 }
 
-// Breaks where the natural widths end; a child alone in its line takes what it gets.
+// Breaks where the widths end, the least of a child that expands and the natural ones of others; a child alone in its
+// line takes what it gets.
 std::vector<WrapBox::Line> WrapBox::lines(int width) const {
     std::vector<Line> found;
     int used = 0;
     for (Gtk::Widget* child : children_) {
         if (!child->get_visible()) continue;
-        const Extent wanted = extent(*child, Gtk::Orientation::HORIZONTAL, -1);
+        Extent wanted = extent(*child, Gtk::Orientation::HORIZONTAL, -1);
+        if (child->compute_expand(Gtk::Orientation::HORIZONTAL)) wanted.natural = wanted.minimum;
         if (found.empty() || used + columnSpacing_ + wanted.natural > width) {
             found.push_back({{}, 0});
             used = -columnSpacing_;
