@@ -2,6 +2,7 @@
 
 #include "pdf/tags/Alignment.h"
 #include "pdf/tags/TableGrid.h"
+#include "platform/Text.h"
 
 #include <algorithm>
 #include <array>
@@ -286,6 +287,7 @@ private:
             if (joins) {
                 marks.back().end = each.end;
             } else if (isRead) {
+                if (contents_[owner].empty()) baselines_[owner] = each.baseline.value_or(0);
                 contents_[owner].push_back({Part::Kind::content, page, count});
                 marks.push_back({each.begin, each.end, count++});
                 if (listing_[owner].kind == Kind::picture) boxes_[owner] = each.box;
@@ -418,9 +420,43 @@ private:
             if (element.type.size() == 2 && element.type[0] == 'H') {
                 level_ = std::min(static_cast<char>(level_ + 1), element.type[1]);
                 element.type[1] = level_;
+                noteHeading(node);
             }
         }
         return element;
+    }
+
+    // An outline has room for some words of it.
+    void noteHeading(std::size_t node) {
+        constexpr std::size_t maxText = 200;
+        constexpr double aboveBaseline = 24;   // in points, a line and some air
+        Heading heading{.level = level_ - '0'};
+        const Part* first = nullptr;
+        for (auto i = node + 1; i < listing_.size() && listing_[i].parent >= node && heading.text.size() < maxText;
+             ++i) {
+            if (contents_[i].empty()) continue;
+            if (!first) {
+                first = &contents_[i].front();
+                heading.page = first->page;
+                heading.top = baselines_[i] + aboveBaseline;
+            }
+            if (listing_[i].kind == Kind::text) heading.text += listing_[i].text;
+        }
+        heading.text = inOneLine(text::prefix(heading.text, maxText));
+        if (!heading.text.empty()) all_.headings.push_back(std::move(heading));
+    }
+
+    static std::string inOneLine(std::string_view text) {
+        std::string line;
+        for (const char c : text) {
+            const bool isBlank = static_cast<unsigned char>(c) <= 0x20;
+            if (!isBlank)
+                line += c;
+            else if (!line.empty() && line.back() != ' ')
+                line += ' ';
+        }
+        if (!line.empty() && line.back() == ' ') line.pop_back();
+        return line;
     }
 
     std::string attributesOf(std::size_t cell) const {
@@ -452,6 +488,7 @@ private:
     std::vector<bool> isNoTable_;                          // by node: within a table whose cells overlap
     std::map<std::size_t, std::array<double, 4>> boxes_;   // by picture
     std::map<std::size_t, std::vector<Part>> links_;       // annotations by node; 0: of none
+    std::map<std::size_t, double> baselines_;              // by node, of what it shows first
     char level_ = '0';                                     // of the last heading
     Structure all_;
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "pdf/tags/Elements.h"
+#include "pdf/tags/Outline.h"
 #include "pdf/tags/PaintedContent.h"
 
 #include <cstddef>
@@ -25,6 +26,7 @@ struct Mark {
 struct Structure {
     std::vector<Element> elements{{"Document"}};
     std::vector<std::vector<Mark>> marks{};   // by page, in the order painted
+    std::vector<Heading> headings{};
 };
 
 // Of pages of which nothing else is known: every line is a paragraph, in the order painted, and every link stands

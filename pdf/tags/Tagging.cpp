@@ -3,6 +3,7 @@
 #include "pdf/content/Rewriter.h"
 #include "pdf/tags/Elements.h"
 #include "pdf/tags/ListedStructure.h"
+#include "pdf/tags/Outline.h"
 #include "pdf/tags/PaintedContent.h"
 #include "pdf/tags/Structure.h"
 
@@ -65,6 +66,7 @@ private:
         for (std::size_t page = 0; page < pages_.size(); ++page)
             if (contentOf_[page]) contents_.replace(*contentOf_[page], std::move(marked[page]));
         writeElements(file_, structure.elements);
+        writeOutline(file_, structure.headings);
         return true;
     }
 

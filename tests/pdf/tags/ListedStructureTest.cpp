@@ -1,5 +1,6 @@
 #include "pdf/tags/ListedStructure.h"
 #include "pdf/tags/TableGrid.h"
+#include "tests/pdf/SamplePDF.h"
 
 #include <gtest/gtest.h>
 
@@ -72,6 +73,22 @@ PaintedPage page(std::vector<std::u16string> texts, std::vector<std::optional<st
         made.painted.push_back(each);
     }
     return made;
+}
+
+// "First(Inner) Last", read in both directions.
+std::string outlineOf(QPDFObjectHandle parent) {
+    if (!parent.isDictionary() || !parent.hasKey("/First")) return {};
+    std::string text;
+    std::size_t count = 0;
+    for (auto entry = parent.getKey("/First"), before = entry; !entry.isNull();
+         before = entry, entry = entry.getKey("/Next")) {
+        EXPECT_EQ(entry.getKey("/Parent").getObjGen(), parent.getObjGen());
+        EXPECT_TRUE(count++ == 0 || entry.getKey("/Prev").getObjGen() == before.getObjGen());
+        text += (text.empty() ? "" : " ") + entry.getKey("/Title").getUTF8Value();
+        if (const auto inner = outlineOf(entry); !inner.empty()) text += "(" + inner + ")";
+        EXPECT_TRUE(entry.hasKey("/Next") || parent.getKey("/Last").getObjGen() == entry.getObjGen());
+    }
+    return text;
 }
 
 TEST(ListedStructure, IsTheDocumentsOwnOrNone) {
@@ -164,6 +181,32 @@ TEST(ListedStructure, ElementsMayNotBeTooDeep) {
     while (deep.size() < 100'000) deep.push_back({.parent = deep.size() - 1, .text = "BlockQuote"});
     EXPECT_FALSE(listedStructure(deep, {}).whyNone.empty());
     EXPECT_FALSE(listedStructure({}, {}).whyNone.empty());
+}
+
+TEST(ListedStructure, ItsHeadingsMakeAnOutline) {
+    const auto made = listedStructure(listing("H1('first  of\nall') P('text') H2('a link' Link#1('within'))"),
+                                      {page({u"first of all", u"text"}, {}), page({u"a link", u"within"}, {})});
+    EXPECT_EQ(made.structure.headings, (std::vector<Heading>{{"first of all", 1, 0, 24}, {"a linkwithin", 2, 1, 24}}));
+
+    const std::string deep = "First(Inner(Deep) Next) Last(Leaf)";
+    const std::vector<Heading> headings{{"First", 1}, {"Inner", 2}, {"Deep", 3}, {"Next", 2}, {"Last", 1}, {"Leaf", 4}};
+    const struct {
+        const char* why;
+        std::size_t pages;
+        std::vector<Heading> headings;
+        std::string expected;
+    } rows[] = {
+        {"each under the one before it that is higher", 1, headings, deep},
+        {"two of a short file help nobody", 2, {{"First", 1}, {"Next", 2}}, ""},
+        {"two of a long one do", 3, {{"First", 1}, {"Next", 1, 2}}, "First Next"},
+        {"more than anybody reads", 3, std::vector<Heading>(5000, {"First", 1}), ""},
+    };
+    for (const auto& row : rows) {
+        test::SamplePDF pdf;
+        for (std::size_t i = 0; i < row.pages; ++i) pdf.page("");
+        writeOutline(pdf.file(), row.headings);
+        EXPECT_EQ(outlineOf(pdf.file().getRoot().getKey("/Outlines")), row.expected) << row.why;
+    }
 }
 
 TEST(TableGrid, IsBounded) {
