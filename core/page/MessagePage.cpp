@@ -63,7 +63,39 @@ struct Content {
     Part part;
     std::size_t blockedImages = 0;
     std::vector<PagePicture> pictures{};   // with their addresses in the part's HTML
+    std::string language{};                // as Page has it
 };
+
+// A tag of BCP 47 as mail programs write them, "de" or "zh-Hant-TW", and nothing else.
+bool isLanguageTag(std::string_view tag) {
+    constexpr std::size_t maxTag = 35, maxSubtag = 8;   // §4.4.1, §2.1
+    std::size_t length = 0, subtags = 0;
+    for (const char c : tag) {
+        const bool isLetter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+        const bool isDigit = c >= '0' && c <= '9';
+        if (c == '-' && length > (subtags == 0 ? 1u : 0u)) {
+            ++subtags;
+            length = 0;
+        } else if (!(isLetter || (isDigit && subtags > 0)) || ++length > (subtags == 0 ? 3 : maxSubtag)) {
+            return false;
+        }
+    }
+    return tag.size() <= maxTag && length > (subtags == 0 ? 1u : 0u);
+}
+
+// What <html lang="…"> says; the tag itself does not come onto the page.
+std::string languageOf(std::string_view html) {
+    const auto found = html::nextTag(html, 0, "html");
+    if (!found) return {};
+    const auto tag = html.substr(found->begin, found->end - found->begin);
+    for (auto named = html::nextAssignment(tag, 0); named; named = html::nextAssignment(tag, named->sign + 1)) {
+        if (!html::isNamed(tag, *named, "lang")) continue;
+        const auto begin = html::quoteAt(tag, named->value) == '\0' ? named->value : named->value + 1;
+        const auto value = tag.substr(begin, html::skipPlainValue(tag, begin) - begin);
+        return isLanguageTag(value) ? std::string(value) : std::string();
+    }
+    return {};
+}
 
 void moveAddresses(std::vector<PagePicture>& pictures, std::size_t by) {
     for (auto& picture : pictures)
@@ -120,7 +152,7 @@ Content contentOf(const MailMessage& message, const PageLabels& labels, Limits& 
         std::string text = html::textOf(html);
         moveAddresses(pictures, opening.size());
         html.insert(0, opening).append("</div>");
-        return {{std::move(html), std::move(text)}, blocked, std::move(pictures)};
+        return {{std::move(html), std::move(text)}, blocked, std::move(pictures), languageOf(*message.htmlBody)};
     }
     Part part;
     if (hasText(message.textBody)) {
@@ -249,7 +281,7 @@ Page page(const MailMessage& message, const std::string& mailbox, const std::str
         .tags("\n<main>");
     moveAddresses(content.pictures, page.html.size());
     page.append(content.part).gap('\n').tags("</main>\n").append(files).tags("\n</body></html>");
-    return {std::move(page.html), std::move(content.pictures), std::move(page.text)};
+    return {std::move(page.html), std::move(content.pictures), std::move(page.text), std::move(content.language)};
 }
 
 }   // namespace ostrel::MessageHTML

@@ -31,6 +31,7 @@ struct Page {
     // What is read on the page, from top to bottom: UTF-8, a line for each row, paragraph and list entry, tabs between
     // the cells of a row. Styles are not looked at: text that they hide is in it.
     std::string text;
+    std::string language{};   // of the mail, as its HTML names it (BCP 47); empty: not named
     bool operator==(const Page&) const = default;
 };
 

@@ -197,7 +197,7 @@ void WebPDFRenderer::State::printAndFinish(const Page& page, const DocumentInfo&
                                    .title = info.title,
                                    .author = info.author,
                                    .created = info.created,
-                                   .language = {},
+                                   .language = page.language.empty() ? std::nullopt : std::optional(page.language),
                                    .links = {},
                                    .linkMarks = {},
                                    .listing = {},

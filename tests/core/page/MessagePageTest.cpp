@@ -37,6 +37,28 @@ MailAttachment attachment(std::string name, MailAttachment::Source source) {
     return {std::move(name), "image/png", std::nullopt, "2", std::move(source)};
 }
 
+TEST(MessagePage, NamesTheLanguageOfTheMail) {
+    const struct {
+        const char *html, *expected;
+    } rows[] = {
+        {"<!DOCTYPE html><HTML dir=ltr LANG='de-CH'><p lang=fr>Hoi</p></html>", "de-CH"},
+        {"<html xmlns=\"x\" lang=zh-Hant-TW><p>Hoi</p>", "zh-Hant-TW"},
+        {"<html xml:lang=\"de\"><p>Hoi</p>", ""},
+        {"<p lang=de>Hoi</p>", ""},
+        {"<html lang=\"\"><p>Hoi</p>", ""},
+        {"<html lang=\"en)/Evil\"><p>Hoi</p>", ""},
+        {"<html lang=\"en-\"><p>Hoi</p>", ""},
+        {"<html lang=\"e\"><p>Hoi</p>", ""},
+        {"<html lang=\"german\"><p>Hoi</p>", ""},
+        {"<html lang=\"de-123456789\"><p>Hoi</p>", ""},
+    };
+    for (const auto& [html, expected] : rows) {
+        auto message = letter();
+        message.htmlBody = html;
+        EXPECT_EQ(MessageHTML::page(message, "", "", std::nullopt, {}).language, expected) << html;
+    }
+}
+
 TEST(MessagePage, IsOneWholeDocument) {
     const std::string html = page(letter(), "In<box");
     const std::string styles = between(html, "<style>", "</style>");
