@@ -106,6 +106,10 @@ void Application::showShortcuts() {
     shortcuts_->present();
 }
 
+void Application::offerFilter(const MessageFilter& cleared) {
+    if (main_) main_->offerFilter(cleared);
+}
+
 void Application::showAbout() { ostrel::showAbout(get_active_window()); }
 
 // A sheet goes with the window that it covers, and comes back with it.

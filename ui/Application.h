@@ -39,6 +39,7 @@ private:
     void showSettings() override;
     void showShortcuts() override;
     void showAbout() override;
+    void offerFilter(const MessageFilter& cleared) override;
     void closeActive() override;
     void quit() override;
 

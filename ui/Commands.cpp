@@ -62,7 +62,11 @@ std::vector<Command> commands(AppModel& model, Windows& windows) {
         {"show-file", {}, [&model] { model.showInFinder(); }, [&model] { return model.selection.get().has_value(); }},
         {"clear-filters",
          {"<Primary><Shift>l"},
-         [&model] { model.clearFilters(); },
+         [&model, &windows] {
+             const MessageFilter cleared = model.filter.get();
+             model.clearFilters();
+             windows.offerFilter(cleared);
+         },
          [&model] { return model.filter.get().hasCriteria(); }},
         // The keys of every program on this desktop. "?" stands behind Shift on many keyboards and alone on some.
         {"help", {"F1"}, [&windows] { windows.showHelp(); }},

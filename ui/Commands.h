@@ -18,6 +18,7 @@ public:
     virtual void showSettings() = 0;
     virtual void showShortcuts() = 0;
     virtual void showAbout() = 0;
+    virtual void offerFilter(const MessageFilter& cleared) = 0;   // to have it back
     virtual void closeActive() = 0;
     virtual void quit() = 0;   // asks first while an export runs
 };

@@ -194,6 +194,15 @@ void MainWindow::showToast(const ExportResult& result) {
                  [this, folder = result.folder] { desktop_.reveal(folder); });
 }
 
+void MainWindow::offerFilter(const MessageFilter& cleared) {
+    toasts_.show(tr("Filters cleared"), tr("Undo"), [this, cleared] {
+        MessageFilter filter = cleared;
+        filter.mailboxes = model_.filter.get().mailboxes;
+        filter.skipDuplicates = model_.filter.get().skipDuplicates;
+        model_.filter.set(std::move(filter));
+    });
+}
+
 void MainWindow::showProblem() {
     const auto& problem = model_.problem.get();
     if (!problem) return;

@@ -34,6 +34,8 @@ public:
     MainWindow(AppModel& model, Desktop& desktop, WebPreview::LinkOpener opener,
                const Glib::RefPtr<Gio::MenuModel>& menu);
     ~MainWindow() override;
+    // For a while: to have back what has just been cleared.
+    void offerFilter(const MessageFilter& cleared);
 
 protected:
     // A sheet comes and goes with the window it covers.

@@ -15,9 +15,11 @@ public:
     void showSettings() override {}
     void showShortcuts() override {}
     void showAbout() override {}
+    void offerFilter(const MessageFilter& cleared) override { offered = cleared.subject; }
     void closeActive() override {}
     void quit() override {}
     int shown = 0;
+    std::string offered;
 };
 
 class CommandsTest : public ModelFixture {
@@ -88,6 +90,12 @@ TEST_F(CommandsTest, bringTheWindowThatTheyShowSomethingIn) {
         EXPECT_EQ(windows_.shown, before + 1) << name;
     }
     EXPECT_EQ(model_->sheet.get(), Sheet::welcome);
+
+    MessageFilter filter;
+    filter.subject = "first";
+    model_->filter.set(filter);
+    application_->activate_action("clear-filters");
+    EXPECT_EQ(windows_.offered, "first") << "to have it back";
 }
 
 // Two commands on one key, or a letter that two entries of a menu share, leave one of them out of reach.
