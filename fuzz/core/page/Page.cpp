@@ -57,7 +57,7 @@ void run(ByteView input) {
     sanitised(text);
 
     MailMessage message = MailMessage::make(MIMEPart::parse(Bytes::copyOf(input)), false, std::nullopt);
-    const auto [page, pictures, pageText] = MessageHTML::page(message, text, text, text, PageLabels{});
+    const auto [page, pictures, pageText, language] = MessageHTML::page(message, text, text, text, PageLabels{});
     isValidText(page, "a page");
     isValidText(pageText, "the text of a page");
     arePlaced(pictures, page);
