@@ -52,11 +52,15 @@ ExitStatus report(const ExportResult& result, std::size_t total, std::size_t unr
     for (const ExportResult::Failure& failure : result.failed) {
         std::cerr << filled(tr("Failed: %@: %@"), oneLine(failure.name), oneLine(failure.reason)) << '\n';
     }
+    for (const ExportResult::Simplified& each : result.simplified)
+        std::cerr << filled(tr("Simplified: %@: %@"), oneLine(each.name), oneLine(each.how)) << '\n';
     for (const std::string& name : result.strange)
         std::cerr << filled(tr("Not of this export, left alone: %@"), oneLine(name)) << '\n';
     std::cerr << filled(tr("Exported %lld of %lld messages."), result.exported, total) << '\n';
     if (result.held > 0) std::cerr << trCount("Already in the export: %lld", result.held) << '\n';
     if (result.attachments > 0) std::cerr << trCount("%lld attachments saved", result.attachments) << '\n';
+    if (!result.simplified.empty())
+        std::cerr << trCount("Messages printed in a simpler form: %lld", result.simplified.size()) << '\n';
     if (!result.failed.empty()) std::cerr << trCount("Messages that failed: %lld", result.failed.size()) << '\n';
     if (unreadable > 0) std::cerr << trCount("Damaged files skipped: %lld", unreadable) << '\n';
     if (!result.stopped.empty())

@@ -114,7 +114,8 @@ public:
 
 private:
     bool topText(string_t& value) {
-        const std::array<std::pair<const char*, std::string*>, 4> plain = {{{"name", &message_.name},
+        const std::array<std::pair<const char*, std::string*>, 5> plain = {{{"name", &message_.name},
+                                                                            {"simplified", &message_.simplified},
                                                                             {"path", &message_.path},
                                                                             {"mailbox", &message_.mailbox},
                                                                             {"subject", &message_.summary.subject}}};
@@ -190,6 +191,7 @@ std::string ArchiveLine::write(const FiledMessage& message, const MessageSummary
     for (const ArchivedFile& file : message.files) json.key(file.name).text(hexOf(file.digest));
     json.close('}');
     if (message.lacksAttachments) json.key("lacksAttachments").boolean(true);
+    if (!message.simplified.empty()) json.key("simplified").text(message.simplified);
     if (message.digest) json.key("sha256").text(hexOf(*message.digest));
     if (summary.messageID) json.key("messageID").text(*summary.messageID);
     ostrel::write(json.key("inReplyTo"), summary.inReplyTo);

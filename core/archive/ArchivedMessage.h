@@ -23,6 +23,7 @@ struct FiledMessage {
     State state = State::whole;
     std::vector<ArchivedFile> files;   // "<name>.pdf", then "<name>/<attachment>" in the message's order
     bool lacksAttachments = false;     // some were not in the mail folder
+    std::string simplified;            // what the PDF lacks, a sentence; empty: nothing
 
     std::optional<Digest> digest;   // of the message's bytes (RFC 5322), without the mail program's own; absent: unread
     std::string path;               // of the message file below the mail folder, as it was when it was read, like:

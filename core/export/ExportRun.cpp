@@ -156,7 +156,7 @@ void ExportRun::exportParts(const Item& item, Made& made, NamesInUse::User& name
     filed.state = State::unsaved;
     if (savesAttachments) saveAttachments(item, *message, made);
     filed.state = State::unprinted;
-    if (isRepair ? item.filed.hasPDF() : settings_.pdfs) print(item, *message, filed);
+    if (isRepair ? item.filed.hasPDF() : settings_.pdfs) print(item, *message, made);
     filed.state = State::whole;
 }
 
@@ -209,12 +209,14 @@ ArchivedFile ExportRun::save(const Item& item, const MailAttachment& attachment,
     return saved;
 }
 
-void ExportRun::print(const Item& item, const MailMessage& message, FiledMessage& filed) {
+void ExportRun::print(const Item& item, const MailMessage& message, Made& made) {
+    FiledMessage& filed = made.filed;
     const std::string name = filed.pdfName();
     const ArchivedFile* const before =
         item.hasMoreAttachments || item.damaged.contains(name) ? nullptr : fileOf(item.filed, name);
     if (before != nullptr) {
         filed.files.insert(filed.files.begin(), *before);
+        filed.simplified = item.filed.simplified;
         return;
     }
     const Instant date = message.date.value_or(item.summary->date);
@@ -224,7 +226,7 @@ void ExportRun::print(const Item& item, const MailMessage& message, FiledMessage
                             MailMessage::line(message.from), date};
     claim(name);
     const fs::path target = folder_.path / name;
-    renderer_->renderPDF(page, target, info);
+    filed.simplified = made.simplified = renderer_->renderPDF(page, target, info);
     filed.files.insert(filed.files.begin(), {name, digestOfWritten(target)});
 }
 
@@ -245,10 +247,11 @@ void ExportRun::count(const Item& item, Made made) {
         return;
     }
     const MessageSummary& summary = *item.summary;
+    const std::string name = summary.subject.empty() ? displayText(summary.url.filename()) : summary.subject;
     if (!made.trouble) {
         ++result_.exported;
+        if (!made.simplified.empty()) result_.simplified.push_back({name, std::move(made.simplified)});
     } else {
-        const std::string name = summary.subject.empty() ? displayText(summary.url.filename()) : summary.subject;
         result_.failed.push_back({name, std::move(made.trouble->reason), std::move(made.trouble->cause)});
     }
     fullInARow_ = made.trouble && made.trouble->isDiskFull ? fullInARow_ + 1 : 0;
@@ -336,6 +339,7 @@ std::string ExportRun::index() const {
         row.thread = threads_[i];
         row.messageID = summary.messageID.value_or("");
         if (filed.lacksAttachments) row.note = settings_.labels.attachments + ": " + settings_.labels.missing;
+        if (!filed.simplified.empty()) row.note += (row.note.empty() ? "" : " ") + filed.simplified;
         if (filed.state != State::whole) row.note = settings_.labels.unreadable;
         CSVIndex::append(file, row);
     }

@@ -72,6 +72,7 @@ private:
     struct Made {
         FiledMessage filed = {};
         std::size_t attachments = 0;   // saved
+        std::string simplified = {};   // as in FiledMessage, of a PDF made now
         std::optional<Trouble> trouble = {};
         bool isCancelled = false;   // by the renderer
     };
@@ -81,7 +82,7 @@ private:
     static MailMessage read(const MessageSummary& summary, FiledMessage& filed);
     void saveAttachments(const Item& item, const MailMessage& message, Made& made);
     ArchivedFile save(const Item& item, const MailAttachment& attachment, const std::string& name, Made& made);
-    void print(const Item& item, const MailMessage& message, FiledMessage& filed);
+    void print(const Item& item, const MailMessage& message, Made& made);
     void settle(Item& item, FiledMessage filed);
     void count(const Item& item, Made made);
 

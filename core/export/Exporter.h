@@ -54,6 +54,11 @@ struct ExportResult {
         std::size_t messages;
         bool operator==(const Cause&) const = default;
     };
+    struct Simplified {
+        std::string name;   // as a failure has it
+        std::string how;    // what its PDF lacks, a sentence
+        bool operator==(const Simplified&) const = default;
+    };
     std::filesystem::path folder;
     std::size_t exported = 0;      // messages processed to their end
     std::size_t attachments = 0;   // files saved
@@ -61,6 +66,7 @@ struct ExportResult {
     bool cancelled = false;
     std::string stopped = {};   // why the run gave up before its last message, a sentence; empty: it did not
     std::size_t notTried = 0;   // messages left when it gave up
+    std::vector<Simplified> simplified = {};   // of those exported
     // Of an update only:
     std::size_t held = 0;                    // messages that the archive had, whole
     std::vector<std::string> strange = {};   // files in its folder that are no export's; they were left alone

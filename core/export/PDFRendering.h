@@ -21,9 +21,9 @@ struct DocumentInfo {
 // A page could not be printed; what() is one sentence for a person. The next page may succeed.
 class RenderError : public std::runtime_error {
 public:
-    enum class Kind { loadFailed, engineCrashed, tooSlow, writeFailed };
+    enum class Kind { loadFailed, engineCrashed, tooSlow, tooLarge, writeFailed };
     RenderError(Kind kind_, const std::string& reason) : std::runtime_error(reason), kind(kind_) {}
-    const Kind kind;
+    Kind kind;
 };
 
 // The run was cancelled before the page was begun: an outcome, not a failure.
@@ -43,8 +43,10 @@ public:
         return 1;
     }
     // Prints the page to a file, in the place of one that is there. Blocks until the PDF is whole at the destination,
-    // or throws RenderError, FileError or RenderCancelled and leaves what was there.
-    virtual void renderPDF(const Page& page, const std::filesystem::path& destination, const DocumentInfo& info) = 0;
+    // or throws RenderError, FileError or RenderCancelled and leaves what was there. Returns a sentence that says what
+    // the PDF lacks, where the page could only be printed in a simpler form; empty: nothing.
+    virtual std::string renderPDF(const Page& page, const std::filesystem::path& destination,
+                                  const DocumentInfo& info) = 0;
 };
 
 }   // namespace ostrel

@@ -1,10 +1,11 @@
 #include "core/page/SimplerPage.h"
 
+#include "core/page/BareHTML.h"
 #include "core/page/HTMLText.h"
 #include "core/page/MessageHTML.h"
 #include "core/page/PageParts.h"
-#include "platform/Text.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <string>
 
@@ -18,53 +19,59 @@ constexpr std::string_view noEffects = R"(
 svg:not(#ostrel#ostrel#ostrel#ostrel) { display: none !important; })";
 
 constexpr std::string_view plainBegin = "<div class=\"plain\">";
+constexpr std::string_view rowsEnd = "</header>";
 
-// What is read of the mail. A text that keeps its lines is told so.
-std::string wordsOf(std::string_view mail) {
+// A text that keeps its lines is told so.
+std::string wordsOfMail(std::string_view mail) {
     if (!mail.starts_with(plainBegin)) return html::textOf(mail);
     return html::textOf("<pre>" + std::string(mail) + "</pre>");
 }
 
-// Words of megabytes, or as many marks on one letter, cost an engine time that grows with the square of their length.
-// They get a new line before a letter or digit where there is one soon, else anywhere.
-std::string withoutEndlessWords(std::string_view words) {
-    constexpr std::size_t wishedLength = 1000, maxLength = 1200;   // in characters
-    std::string broken;
-    broken.reserve(words.size() + words.size() / wishedLength);
-    std::size_t length = 0;
-    for (std::size_t at = 0; at < words.size();) {
-        const auto [character, bytes] = text::decodeAt(words, at);
-        if (text::isWhiteSpace(character)) {
-            length = 0;
-        } else if (length >= maxLength || (length >= wishedLength && text::isWordCharacter(character))) {
-            broken += '\n';
-            length = 1;
-        } else {
-            ++length;
-        }
-        broken.append(words, at, bytes);
-        at += bytes;
+// Rows of a table, without the tabs behind their last cells.
+std::string rowsOf(std::string_view table) {
+    std::string rows;
+    for (const char c : html::textOf(table)) {
+        while (c == '\n' && rows.ends_with('\t')) rows.pop_back();
+        rows += c;
     }
-    return broken;
+    return rows;
 }
 
 }   // namespace
 
 std::optional<Page> simpler(const Page& page, Simplicity simplicity, std::string_view note) {
-    std::string html = wholeHTML(page);
+    std::string html = simplicity == Simplicity::bare ? page.html : wholeHTML(page);   // bare: no pictures
     const auto parts = partsOf(html);
-    if (!parts) return std::nullopt;
+    if (!parts || parts->mail.starts_with(plainBegin)) return std::nullopt;
     const auto offsetOf = [&](std::string_view part) { return static_cast<std::size_t>(part.data() - html.data()); };
     const std::size_t headEnd = offsetOf(parts->head) + parts->head.size();
-    const std::size_t mail = offsetOf(parts->mail), mailEnd = mail + parts->mail.size();
+    const std::size_t mail = offsetOf(parts->mail), mailSize = parts->mail.size();
     const std::size_t styleEnd = offsetOf(parts->styleSheet) + parts->styleSheet.size();
     // From the end to the beginning: what is before keeps its place.
-    if (simplicity == Simplicity::textOnly)
-        html.replace(mail, mailEnd - mail,
-                     std::string(plainBegin) + escape(withoutEndlessWords(wordsOf(parts->mail))) + "</div>");
+    if (simplicity == Simplicity::bare)
+        html.replace(mail, mailSize, "<div class=\"html\">" + html::bare(parts->mail) + "</div>");
     html.insert(headEnd, "<p class=\"note\">" + escape(note) + "</p>");
     if (simplicity == Simplicity::withoutEffects) html.insert(styleEnd, noEffects);
     return makePage(std::move(html));
+}
+
+PageWords wordsOf(const Page& page) {
+    const auto parts = partsOf(page.html);
+    if (!parts) return {.title = {}, .rows = {}, .notes = {}, .mail = page.text, .files = {}};
+    const std::size_t notes = std::min(parts->head.find(rowsEnd), parts->head.size());
+    const std::string header = rowsOf(parts->head.substr(0, notes));
+    const std::size_t title = std::min(header.find('\n'), header.size());
+    return {.title = header.substr(0, title),
+            .rows = header.substr(std::min(title + 1, header.size())),
+            .notes = html::textOf(parts->head.substr(notes)),
+            .mail = wordsOfMail(parts->mail),
+            .files = html::textOf(parts->files)};
+}
+
+bool isPlainText(const Page& page, std::size_t minBytes) {
+    if (page.html.size() < minBytes) return false;
+    const auto parts = partsOf(page.html);
+    return parts && parts->mail.starts_with(plainBegin) && parts->mail.size() >= minBytes;
 }
 
 }   // namespace ostrel::MessageHTML

@@ -14,6 +14,11 @@ struct PrintLimits {
     std::chrono::milliseconds print = std::chrono::seconds(20);
     // Added to both for every megabyte of the page.
     std::chrono::milliseconds perMegabyte = std::chrono::seconds(12);
+    // For everything that the engine does for one message, simpler forms included. What it has not printed then is set
+    // without it, which takes a few seconds more.
+    std::chrono::milliseconds ladder = std::chrono::seconds(35);
+    // Larger files than the engine makes of a table of 100,000 cells.
+    std::size_t fileBytes = std::size_t{1} << 30;
     // The engine keeps a little of each page, 30 MB of 20,000: after so many its process is ended and a fresh one
     // started, which takes as long as ten pages.
     unsigned long pagesPerProcess = 1000;

@@ -30,10 +30,6 @@ constexpr double maxShrinkingOfFrame = 3;
 // A print job that ends with no file was mostly cut short by the engine's process going down, which is reported apart.
 constexpr auto crashNews = 1s;
 
-std::chrono::milliseconds limitFor(std::chrono::milliseconds base, const PrintLimits& limits, std::size_t pageBytes) {
-    return base + limits.perMegabyte * static_cast<long>(pageBytes / 1'000'000);
-}
-
 std::string tookLongerThan(std::chrono::milliseconds time) {
     const auto seconds = static_cast<std::uint64_t>(std::chrono::ceil<std::chrono::seconds>(time).count());
     return seconds >= 120
@@ -53,13 +49,15 @@ PagePrinter::PagePrinter(PaperSize paper, PrintLimits limits) : paper_(paper), l
 
 PagePrinter::~PagePrinter() { assert(mainLoop::isMainThread()); }
 
-void PagePrinter::print(const std::string& html, Colours placeholders, std::filesystem::path output, Done done) {
+void PagePrinter::print(const std::string& html, Colours placeholders, std::filesystem::path output,
+                        std::chrono::nanoseconds atMost, Done done) {
     assert(mainLoop::isMainThread() && phase_ == Phase::idle);
     ++page_;
     took_ = {};
     enter(Phase::preparing);
     html_ = &html;
     pageBytes_ = html.size();
+    end_ = std::chrono::steady_clock::now() + atMost;
     output_ = std::move(output);
     done_ = std::move(done);
     isSqueezed_ = false;
@@ -69,7 +67,7 @@ void PagePrinter::print(const std::string& html, Colours placeholders, std::file
     seenPictures_.clear();
     enlargement_ = 1;
     failure_.reset();
-    limit_ = mainLoop::Timer(limitFor(limits_.load, limits_, pageBytes_), [this] { tooSlow(limits_.load); });
+    limitTime(limits_.load);
     if (view_) return load();
     withOfflineRules([weak = weak_from_this()](WebKitUserContentFilter* rules) {
         const auto self = weak.lock();
@@ -198,7 +196,7 @@ void PagePrinter::startPrinting() {
 
 void PagePrinter::printNow() {
     enter(Phase::printing);
-    limit_ = mainLoop::Timer(limitFor(limits_.print, limits_, pageBytes_), [this] { tooSlow(limits_.print); });
+    limitTime(limits_.print);
     const auto setup = filePrinter::pageSetup(paper_, enlargement_);
     const auto settings = filePrinter::settingsFor(output_, setup.get());
     if (!settings) return fail(RenderError::Kind::writeFailed, tr("This system’s toolkit cannot print to a file."));
@@ -223,7 +221,10 @@ void PagePrinter::printFinished() {
     if (phase_ != Phase::printing) return;
     if (failure_)
         return fail(RenderError::Kind::writeFailed, i18n::filled(tr("The PDF could not be printed: %@."), *failure_));
-    if (files::size(output_).value_or(0) > 0) {
+    const auto size = files::size(output_).value_or(0);
+    if (size > limits_.fileBytes)
+        return fail(RenderError::Kind::tooLarge, tr("The web engine made a file of this message that is too large."));
+    if (size > 0) {
         enter(Phase::printing);   // adds up what it took
         return complete(PrintedPage{.scale = 1 / enlargement_,
                                     .links = links_,
@@ -236,12 +237,13 @@ void PagePrinter::printFinished() {
     });
 }
 
-void PagePrinter::printWider(Done done) {
+void PagePrinter::printWider(std::chrono::nanoseconds atMost, Done done) {
     assert(mainLoop::isMainThread() && phase_ == Phase::idle);
     enter(Phase::measuring);
     done_ = std::move(done);
+    end_ = std::chrono::steady_clock::now() + atMost;
     if (!isCommitted_) return fail(RenderError::Kind::engineCrashed, tr("The web engine crashed on this message."));
-    limit_ = mainLoop::Timer(limitFor(limits_.print, limits_, pageBytes_), [this] { tooSlow(limits_.print); });
+    limitTime(limits_.print);
     std::error_code ignored;
     std::filesystem::remove(output_, ignored);
     if (!isSqueezed_) return squeeze();
@@ -249,8 +251,15 @@ void PagePrinter::printWider(Done done) {
     startPrinting();
 }
 
+void PagePrinter::limitTime(std::chrono::milliseconds base) {
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(end_ - std::chrono::steady_clock::now());
+    const auto own = base + limits_.perMegabyte * static_cast<long>(pageBytes_ / 1'000'000);
+    const auto limit = std::max(std::min(own, left), 0ms);
+    limit_ = mainLoop::Timer(limit, [this, limit] { tooSlow(limit); });
+}
+
 void PagePrinter::tooSlow(std::chrono::milliseconds limit) {
-    fail(RenderError::Kind::tooSlow, tookLongerThan(limitFor(limit, limits_, pageBytes_)));
+    fail(RenderError::Kind::tooSlow, tookLongerThan(limit));
     if (view_) webkit_web_view_terminate_web_process(view_->web());
 }
 

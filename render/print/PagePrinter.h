@@ -49,12 +49,13 @@ public:
 
     // Prints the page to the file, which does not exist yet. done is called once, on the main thread, perhaps within
     // the call; it gets the first of all the things that the engine reports. html must live until then.
-    // placeholders: the colours of what stands for pictures in it.
+    // placeholders: the colours of what stands for pictures in it. atMost: the time for all of it, beside the limits.
     using Colours = std::unordered_set<std::uint32_t>;
-    void print(const std::string& html, Colours placeholders, std::filesystem::path output, Done done);
+    void print(const std::string& html, Colours placeholders, std::filesystem::path output,
+               std::chrono::nanoseconds atMost, Done done);
     // Prints the page that was printed last once more to the same file, in a way that holds more of its width. Only
     // after a success; the same holds for done.
-    void printWider(Done done);
+    void printWider(std::chrono::nanoseconds atMost, Done done);
     // Has the next page start in a fresh process of the engine.
     void renew();
 
@@ -74,6 +75,7 @@ private:
     void enter(Phase next);
     void complete(PrintOutcome outcome);
     void fail(RenderError::Kind kind, const std::string& reason);
+    void limitTime(std::chrono::milliseconds base);
     void tooSlow(std::chrono::milliseconds limit);
 
     static void loadChanged(WebKitWebView*, WebKitLoadEvent event, gpointer self) noexcept;
@@ -92,6 +94,7 @@ private:
     unsigned long page_ = 0;              // counts pages, so that answers about an earlier one are told apart
     const std::string* html_ = nullptr;   // until it is loaded
     std::size_t pageBytes_ = 0;
+    std::chrono::steady_clock::time_point end_;     // of the time that it has
     std::chrono::steady_clock::time_point since_;   // when the phase began
     PrintTimes took_;
     std::filesystem::path output_;

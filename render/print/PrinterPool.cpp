@@ -53,17 +53,17 @@ PrinterPool::Use::Use(PrinterPool& pool) : pool_(pool), engine_(pool.take()) {}
 PrinterPool::Use::~Use() { pool_.giveBack(engine_, isRenewing_); }
 
 PrintedPage PrinterPool::Use::print(const std::string& html, PagePrinter::Colours placeholders,
-                                    const std::filesystem::path& output) {
+                                    const std::filesystem::path& output, std::chrono::nanoseconds atMost) {
     const bool renews = pool_.mayRenew(engine_);
     isRenewing_ = isRenewing_ || renews;
     return wait([&](PagePrinter& printer, PagePrinter::Done done) {
         if (renews) printer.renew();
-        printer.print(html, std::move(placeholders), output, std::move(done));
+        printer.print(html, std::move(placeholders), output, atMost, std::move(done));
     });
 }
 
-PrintedPage PrinterPool::Use::printWider() {
-    return wait([](PagePrinter& printer, PagePrinter::Done done) { printer.printWider(std::move(done)); });
+PrintedPage PrinterPool::Use::printWider(std::chrono::nanoseconds atMost) {
+    return wait([=](PagePrinter& printer, PagePrinter::Done done) { printer.printWider(atMost, std::move(done)); });
 }
 
 // Has the main thread begin something and waits for what comes of it.

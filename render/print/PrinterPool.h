@@ -4,6 +4,7 @@
 #include "render/engine/PrintLimits.h"
 #include "render/print/PagePrinter.h"
 
+#include <chrono>
 #include <condition_variable>
 #include <cstddef>
 #include <filesystem>
@@ -45,8 +46,8 @@ public:
         // As PagePrinter has them, waiting for the outcome. Throws RenderError: whatever goes wrong with the engine or
         // takes too long is this page's alone.
         PrintedPage print(const std::string& html, PagePrinter::Colours placeholders,
-                          const std::filesystem::path& output);
-        PrintedPage printWider();
+                          const std::filesystem::path& output, std::chrono::nanoseconds atMost);
+        PrintedPage printWider(std::chrono::nanoseconds atMost);
 
     private:
         PrintedPage wait(const std::function<void(PagePrinter&, PagePrinter::Done)>& begin);

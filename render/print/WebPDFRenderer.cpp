@@ -3,6 +3,7 @@
 #include "app/ForeignPictures.h"
 #include "core/page/SimplerPage.h"
 #include "pdf/Finisher.h"
+#include "pdf/plain/TextSheets.h"
 #include "platform/Files.h"
 #include "platform/Memory.h"
 #include "platform/TemporaryFolder.h"
@@ -54,9 +55,21 @@ struct LadderStep {
 constexpr std::array ladder{
     LadderStep{MessageHTML::Simplicity::withoutEffects,
                [] { return i18n::tr("This message could not be printed with all its effects; some were left out."); }},
-    LadderStep{MessageHTML::Simplicity::textOnly,
-               [] { return i18n::tr("This message could not be printed as it looks; only its text is shown."); }},
+    LadderStep{MessageHTML::Simplicity::bare,
+               [] {
+                   return i18n::tr(
+                       "This message could not be printed as it looks; its styles and pictures were left out.");
+               }},
 };
+// The last one is set without the engine.
+std::string noteOfText() { return i18n::tr("This message could not be printed as it looks; only its text is shown."); }
+
+// Plain text that takes the engine as long as a message may take. Without it all of it is there within seconds, and
+// only its links are missing.
+constexpr std::size_t longText = 3'000'000;   // bytes
+
+// Whether the engine may do better with a simpler page. What took too long once would take all the time that is left.
+bool isWorthAnother(const RenderError& failure) { return failure.kind != RenderError::Kind::tooSlow; }
 
 // What could not be made smaller or finer is kept as the engine wrote it; somebody may want to know.
 void logLeftOut(const pdf::FinishReport& report) {
@@ -106,26 +119,37 @@ void markSeen(std::vector<pdf::PlacedPicture>& pictures, const std::vector<std::
 }   // namespace
 
 struct WebPDFRenderer::State {
-    State(PaperSize paper_, std::stop_token cancel_, PrintLimits limits)
-        : paper(paper_), cancel(std::move(cancel_)), printers(paper_, limits) {}
+    State(PaperSize paper_, std::stop_token cancel_, PrintLimits limits_)
+        : paper(paper_), cancel(std::move(cancel_)), engineTime(limits_.ladder), printers(paper_, limits_) {}
 
     // A page that the engine has printed.
     struct Print {
         PrintedPage page;
         std::optional<pdf::Printed> pdf;   // nullopt: pictures are missing in the page
     };
-    Print print(const std::string& html, PagePrinter::Colours placeholders, PrintReport& report);
+    // One page on its way to a PDF.
+    struct Job {
+        const DocumentInfo& info;
+        const std::filesystem::path& destination;
+        std::chrono::nanoseconds spent{};   // by the engine, on simpler forms of it, too
+        PrintReport report{};               // about the form under way
+    };
+    Print print(const std::string& html, PagePrinter::Colours placeholders, Job& job);
     pdf::Printed open(const std::filesystem::path& file, PrintReport& report);
     pdf::Finisher::Finished finish(Print print, pdf::FinishOptions options, PrintReport& report);
-    void printAndFinish(const Page& page, const DocumentInfo& info, const std::filesystem::path& destination,
-                        PrintReport& report);
+    pdf::FinishOptions optionsFor(const DocumentInfo& info) const;
+    void printAndFinish(const Page& page, Job& job);
+    std::optional<RenderError> tryToPrint(const Page& page, Job& job);
+    std::string printSomehow(const Page& page, Job& job);
+    void setText(const Page& page, const std::string& note, Job& job);
     std::optional<pictures::Decoded> decode(ByteView picture) const;   // what PDFs do not hold as it is
     std::filesystem::path freshFile();
     void close(PrintReport report);
 
     const PaperSize paper;
     const std::stop_token cancel;
-    std::optional<Capacity> capacity;   // if it is not the machine's
+    const std::chrono::nanoseconds engineTime;   // for a message
+    std::optional<Capacity> capacity;            // if it is not the machine's
     PrinterPool printers;
     const std::shared_ptr<pictures::Decoder> decoder = std::make_shared<pictures::Decoder>();
     const ForeignPictures foreignPictures{decoder};
@@ -141,15 +165,19 @@ struct WebPDFRenderer::State {
 // Prints a page on one printer, again and wider until nothing of it is missing. Throws RenderError when the engine
 // crashes, takes too long or refuses; FileError, pdf::Error when it left nothing that can be read.
 WebPDFRenderer::State::Print WebPDFRenderer::State::print(const std::string& html, PagePrinter::Colours placeholders,
-                                                          PrintReport& report) {
-    PrinterPool::Use printer(printers);
+                                                          Job& job) {
+    PrinterPool::Use printer(printers);   // to wait for one takes none of the page's time
+    const Stopwatch time(job.spent);
+    const auto end = std::chrono::steady_clock::now() + engineTime - job.spent;
+    const auto left = [&] { return end - std::chrono::steady_clock::now(); };
     const auto file = freshFile();
-    Print print{printer.print(html, std::move(placeholders), file), std::nullopt};
+    PrintReport& report = job.report;
+    Print print{printer.print(html, std::move(placeholders), file, left()), std::nullopt};
     int attempts = 1;
     if (print.page.changedPictures.empty()) {
         print.pdf = open(file, report);
         for (; mayLackItsRightEdge(*print.pdf) && attempts < maxAttempts; ++attempts)
-            print = {printer.printWider(), open(file, report)};
+            print = {printer.printWider(left()), open(file, report)};
     }
     report.attempts += attempts;
     report.engine += print.page.took;
@@ -177,32 +205,32 @@ pdf::Finisher::Finished WebPDFRenderer::State::finish(Print print, pdf::FinishOp
     return finisher.finish(std::move(*print.pdf), options);
 }
 
+pdf::FinishOptions WebPDFRenderer::State::optionsFor(const DocumentInfo& info) const {
+    return {.widthPoints = paper.width,
+            .heightPoints = paper.height,
+            .title = info.title,
+            .author = info.author,
+            .created = info.created};
+}
+
 // Pictures that the PDF can hold as they came are kept from the engine, which would decode them only for their pixels
 // to be packed again. Where the page does more with one than to draw it, it is printed again with that one in it.
-void WebPDFRenderer::State::printAndFinish(const Page& page, const DocumentInfo& info,
-                                           const std::filesystem::path& destination, PrintReport& report) {
+void WebPDFRenderer::State::printAndFinish(const Page& page, Job& job) {
+    PrintReport& report = job.report;
     constexpr int maxPrints = 4;   // in the last, the engine has them all
     Placeholders placeholders(page, [this](ByteView picture) { return decode(picture); });
     for (int count = 1;; ++count) {
         auto without = count < maxPrints ? placeholders.next() : std::nullopt;
         auto printed =
-            without ? print(without->html, coloursOf(without->pictures), report) : print(wholeHTML(page), {}, report);
+            without ? print(without->html, coloursOf(without->pictures), job) : print(wholeHTML(page), {}, job);
         if (!printed.pdf) {
             placeholders.leaveToEngine(printed.page.changedPictures);
             continue;
         }
         if (without) markSeen(without->pictures, printed.page.seenPictures);
-        pdf::FinishOptions options{.widthPoints = paper.width,
-                                   .heightPoints = paper.height,
-                                   .title = info.title,
-                                   .author = info.author,
-                                   .created = info.created,
-                                   .language = page.language.empty() ? std::nullopt : std::optional(page.language),
-                                   .links = {},
-                                   .linkMarks = {},
-                                   .listing = {},
-                                   .text = page.text,
-                                   .pictures = {}};
+        pdf::FinishOptions options = optionsFor(job.info);
+        options.text = page.text;
+        options.language = page.language.empty() ? std::nullopt : std::optional(page.language);
         if (without) options.pictures = without->pictures;
         auto finished = finish(std::move(printed), std::move(options), report);
         if (!finished.report.notPlaced.empty()) {
@@ -212,7 +240,69 @@ void WebPDFRenderer::State::printAndFinish(const Page& page, const DocumentInfo&
         report.finishedBytes = finished.pdf.size();
         report.finished = std::move(finished.report);
         logLeftOut(report.finished);
-        return files::writeAtomically(destination, finished.pdf.pieces());
+        return files::writeAtomically(job.destination, finished.pdf.pieces());
+    }
+}
+
+// Returns what went wrong with the engine or what it printed; nullopt when the PDF is at its destination.
+std::optional<RenderError> WebPDFRenderer::State::tryToPrint(const Page& page, Job& job) {
+    job.report = {};
+    try {
+        const auto shown = foreignPictures.shown(page);
+        printAndFinish(shown ? *shown : page, job);
+        return std::nullopt;
+    } catch (const pdf::Error& error) {
+        return RenderError(RenderError::Kind::writeFailed, error.what());
+    } catch (const RenderError& error) {
+        return error;
+    }
+}
+
+// As it is, or in the first simpler form that can be printed. Returns the note about it; empty: as it is.
+std::string WebPDFRenderer::State::printSomehow(const Page& page, Job& job) {
+    std::string note;
+    if (!MessageHTML::isPlainText(page, longText)) {
+        auto failure = tryToPrint(page, job);
+        for (std::size_t i = 0; failure && isWorthAnother(*failure) && i < ladder.size(); ++i) {
+            note = ladder[i].note();
+            const auto simpler = MessageHTML::simpler(page, ladder[i].simplicity, note);
+            if (!simpler) break;
+            engineLog::note("“" + job.info.title + "” is printed in a simpler form: " + failure->what());
+            failure = tryToPrint(*simpler, job);
+        }
+        if (!failure) return note;
+        engineLog::note("“" + job.info.title + "” is printed as text alone: " + failure->what());
+    }
+    note = noteOfText();
+    setText(page, note, job);
+    return note;
+}
+
+// Throws RenderError only when no font of the system can be used.
+void WebPDFRenderer::State::setText(const Page& page, const std::string& note, Job& job) {
+    using Kind = pdf::SheetText::Kind;
+    const auto words = MessageHTML::wordsOf(page);
+    const std::array<pdf::SheetText, 6> parts{{{Kind::title, words.title},
+                                               {Kind::row, words.rows},
+                                               {Kind::note, words.notes},
+                                               {Kind::note, note},
+                                               {Kind::body, words.mail},
+                                               {Kind::row, words.files}}};
+    const pdf::SheetSize size{.width = paper.width,
+                              .height = paper.height,
+                              .verticalMargin = pageGeometry::verticalMargin,
+                              .horizontalMargin = pageGeometry::horizontalMargin};
+    job.report = {};
+    try {
+        std::string sheets = pdf::textSheets(parts, size);
+        job.report.printedBytes = sheets.size();
+        Print print{{}, pdf::Printed::open(Bytes(std::move(sheets)))};
+        auto finished = finish(std::move(print), optionsFor(job.info), job.report);
+        job.report.finishedBytes = finished.pdf.size();
+        job.report.finished = std::move(finished.report);
+        files::writeAtomically(job.destination, finished.pdf.pieces());
+    } catch (const pdf::Error& error) {
+        throw RenderError(RenderError::Kind::writeFailed, error.what());
     }
 }
 
@@ -250,31 +340,14 @@ std::size_t WebPDFRenderer::prepareFor(std::size_t pages) {
     return capacity.calls;
 }
 
-void WebPDFRenderer::renderPDF(const Page& asBuilt, const std::filesystem::path& destination,
-                               const DocumentInfo& info) {
+std::string WebPDFRenderer::renderPDF(const Page& page, const std::filesystem::path& destination,
+                                      const DocumentInfo& info) {
     assert(!mainLoop::isMainThread());
-    State& state = *state_;
-    if (state.cancel.stop_requested()) throw RenderCancelled();
-    std::optional<Page> simpler;
-    for (std::size_t steps = 0;; ++steps) {
-        std::optional<RenderError> failure;
-        try {
-            PrintReport report;
-            const Page& wanted = simpler ? *simpler : asBuilt;
-            const auto shown = state.foreignPictures.shown(wanted);
-            state.printAndFinish(shown ? *shown : wanted, info, destination, report);
-            return state.close(std::move(report));
-        } catch (const pdf::Error& error) {
-            failure.emplace(RenderError::Kind::writeFailed, error.what());
-        } catch (const RenderError& error) {
-            if (error.kind == RenderError::Kind::writeFailed) throw;
-            failure.emplace(error);
-        }
-        if (steps < ladder.size())
-            simpler = MessageHTML::simpler(asBuilt, ladder[steps].simplicity, ladder[steps].note());
-        if (steps == ladder.size() || !simpler) throw *failure;
-        engineLog::note("“" + info.title + "” is printed in a simpler form: " + failure->what());
-    }
+    if (state_->cancel.stop_requested()) throw RenderCancelled();
+    State::Job job{info, destination};
+    std::string note = state_->printSomehow(page, job);
+    state_->close(std::move(job.report));
+    return note;
 }
 
 PrintReport WebPDFRenderer::lastReport() const {

@@ -10,6 +10,7 @@
 #include <memory>
 #include <optional>
 #include <stop_token>
+#include <string>
 
 namespace ostrel {
 
@@ -28,7 +29,8 @@ public:
     ~WebPDFRenderer() override;
 
     std::size_t prepareFor(std::size_t pages) override;
-    void renderPDF(const Page& page, const std::filesystem::path& destination, const DocumentInfo& info) override;
+    std::string renderPDF(const Page& page, const std::filesystem::path& destination,
+                          const DocumentInfo& info) override;
 
     // What became of the page that was finished last.
     PrintReport lastReport() const;

@@ -73,9 +73,10 @@ public:
 class FakeRenderer : public PDFRendering {
 public:
     explicit FakeRenderer(std::function<void()> before) : before_(std::move(before)) {}
-    void renderPDF(const Page& page, const std::filesystem::path& destination, const DocumentInfo&) override {
+    std::string renderPDF(const Page& page, const std::filesystem::path& destination, const DocumentInfo&) override {
         if (before_) before_();
         files::writeAtomically(destination, bytesOf(page.html));
+        return {};
     }
 
 private:

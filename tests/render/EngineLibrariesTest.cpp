@@ -6,6 +6,7 @@
 #include "tests/render/EngineProcess.h"
 
 #include <algorithm>
+#include <chrono>
 #include <fstream>
 #include <functional>
 #include <future>
@@ -28,7 +29,7 @@ void withPrinted(const std::string& html, const std::function<void(const std::fi
     std::promise<void> done;
     mainLoop::post([&] {
         printer = std::make_shared<PagePrinter>(paperSize(Paper::a4), PrintLimits{});
-        printer->print(html, {}, output, [&](const PrintOutcome&) { done.set_value(); });
+        printer->print(html, {}, output, std::chrono::minutes(1), [&](const PrintOutcome&) { done.set_value(); });
     });
     done.get_future().get();
     look(output);

@@ -8,7 +8,6 @@
 #include "tests/render/PrintedPDF.h"
 
 #include <filesystem>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -31,18 +30,6 @@ protected:
         return path;
     }
     std::filesystem::path print(const std::string& html) { return print(html, renderer); }
-
-    // The kind of error that printing ends with; nothing when it succeeds.
-    static std::optional<RenderError::Kind> failure(WebPDFRenderer& with, const std::string& html,
-                                                    const std::filesystem::path& to) {
-        try {
-            with.renderPDF(makePage(html), to, {});
-            return std::nullopt;
-        } catch (const RenderError& error) {
-            EXPECT_FALSE(std::string(error.what()).empty());
-            return error.kind;
-        }
-    }
 
     // Takes the engine seconds to print, hardly any to load.
     static std::string hundredsOfSheets() {

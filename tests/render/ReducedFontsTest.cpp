@@ -194,7 +194,7 @@ TEST(ReducedFontsPrinting, ReachTheEngine) {
     std::shared_ptr<PagePrinter> printer;
     mainLoop::post([&] {
         printer = std::make_shared<PagePrinter>(paperSize(Paper::a4), PrintLimits{});
-        printer->print(html, {}, output.path() / "page.pdf",
+        printer->print(html, {}, output.path() / "page.pdf", std::chrono::minutes(1),
                        [&](PrintOutcome outcome) { promise.set_value(std::move(outcome)); });
     });
     const auto outcome = promise.get_future().get();

@@ -114,7 +114,7 @@ void ExportSheet::buildProgress() {
 }
 
 void ExportSheet::buildSummary() {
-    for (Gtk::Label* label : {&saved_, &savedAttachments_, &held_, &failed_, &why_, &strange_, &folder_})
+    for (Gtk::Label* label : {&saved_, &savedAttachments_, &held_, &simplified_, &failed_, &why_, &strange_, &folder_})
         wrapFromLeft(*label);
     failed_.add_css_class("attention");
     why_.set_selectable();
@@ -123,8 +123,8 @@ void ExportSheet::buildSummary() {
     folder_.set_wrap_mode(Pango::WrapMode::CHAR);
     folder_.set_selectable();
     for (Gtk::Widget* each :
-         std::initializer_list<Gtk::Widget*>{&summaryTitle_, &saved_, &savedAttachments_, &held_, &failed_, &why_,
-                                             &strange_, &details_, &folder_, &more_})
+         std::initializer_list<Gtk::Widget*>{&summaryTitle_, &saved_, &savedAttachments_, &held_, &simplified_,
+                                             &failed_, &why_, &strange_, &details_, &folder_, &more_})
         summary_.append(*each);
     for (const auto& [button, text] :
          {std::pair(&openIndex_, tr("Open Index")), std::pair(&verify_, tr("Verify This Export"))}) {
@@ -186,6 +186,9 @@ void ExportSheet::show(const ExportResult& result) {
     savedAttachments_.set_visible(result.attachments > 0);
     held_.set_text(trCount("Already in the export: %lld", result.held));
     held_.set_visible(result.held > 0);
+    simplified_.set_text(
+        trCount("%lld messages were printed in a simpler form (listed in the index)", result.simplified.size()));
+    simplified_.set_visible(!result.simplified.empty());
     failed_.set_text(trCount("%lld messages couldn’t be read (listed in the index)", result.failed.size()));
     failed_.set_visible(!result.failed.empty());
     why_.set_text(reasons(result));
@@ -195,6 +198,7 @@ void ExportSheet::show(const ExportResult& result) {
     strange_.set_visible(!result.strange.empty());
     std::vector<std::string> lines;
     for (const ExportResult::Failure& failure : result.failed) lines.push_back(failure.name + ": " + failure.reason);
+    for (const ExportResult::Simplified& each : result.simplified) lines.push_back(each.name + ": " + each.how);
     lines.insert(lines.end(), result.strange.begin(), result.strange.end());
     details_.set(lines);
     folder_.set_text(displayText(result.folder));

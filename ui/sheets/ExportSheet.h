@@ -50,7 +50,7 @@ private:
     Gtk::Button stop_;
 
     Headline summaryTitle_;
-    Gtk::Label saved_, savedAttachments_, held_, failed_, why_, strange_, folder_;
+    Gtk::Label saved_, savedAttachments_, held_, simplified_, failed_, why_, strange_, folder_;
     DetailList details_;
     Gtk::Box more_;
     Gtk::Button openIndex_, verify_, reveal_, finish_;

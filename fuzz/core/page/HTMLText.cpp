@@ -1,5 +1,6 @@
 #include "core/page/HTMLText.h"
 
+#include "core/page/BareHTML.h"
 #include "core/page/PagePictures.h"
 #include "core/page/PictureAddresses.h"
 #include "fuzz/Target.h"
@@ -54,6 +55,8 @@ void picturesAway(const std::string& html) {
 void run(ByteView input) {
     const std::string html = text::toValidUTF8(charsOf(input));
     isValidText(html::textOf(html), "a page's text");
+    const auto bare = html::bare(html);
+    holds(html::bare(bare) == bare, "what is bare stays as it is");
     const auto plain = html::textOf(written(html, Writing::plain));
     holds(html::textOf(written(html, Writing::references)) == plain, "a text is the same in references");
     holds(html::textOf(written(html, Writing::elements)) == plain, "a text is the same through elements");

@@ -47,6 +47,7 @@ TEST(ArchiveLine, ComesBackAsItWasWritten) {
     message.state = FiledMessage::State::unsaved;
     message.files = {{message.name + ".pdf", x}, {message.name + "/a", sha256(bytesOf("y"))}};
     message.lacksAttachments = true;
+    message.simplified = "Only \"text\".";
     message.digest = x;
     message.path = "Inbox.mbox/1.emlx";
     message.size = UINT64_MAX;

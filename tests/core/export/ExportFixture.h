@@ -22,14 +22,17 @@ namespace ostrel {
 class FakeRenderer : public PDFRendering {
 public:
     std::size_t prepareFor(std::size_t) override { return atOnce; }
-    void renderPDF(const Page& page, const std::filesystem::path& destination, const DocumentInfo& info) override {
+    std::string renderPDF(const Page& page, const std::filesystem::path& destination,
+                          const DocumentInfo& info) override {
         if (before) before(info.title);
         if (atOnce == 1) {
             infos.push_back(info);
             if (instead) instead(infos.size());
         }
         files::writeAtomically(destination, bytesOf(page.html));
+        return info.title == simplifiedTitle ? "Simpler." : "";
     }
+    std::string simplifiedTitle = "-";   // of the message that is printed in a simpler form
     std::size_t atOnce = 1;
     std::function<void(const std::string& title)> before;   // on as many threads
     // One at a time only:

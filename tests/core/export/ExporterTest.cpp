@@ -101,16 +101,18 @@ TEST_F(ExporterTest, AttachmentsThatCannotBeHadOrSaved) {
                                             .attachment("a.txt", "text/plain", "A")
                                             .attachment("b.bin", "application/zip", std::string(300000, 'b')));
     const FileSizeLimit limit(200000);
+    renderer_.simplifiedTitle = "Good";
     const ExportResult result = run({missing, tooLarge, put("Good", 3)});
+    EXPECT_EQ(result.simplified, (std::vector<ExportResult::Simplified>{{"Good", "Simpler."}})) << "and is exported";
     EXPECT_EQ(result.attachments, 2U) << "what was saved counts and stays";
     EXPECT_EQ(result.exported, 2U);
     ASSERT_EQ(result.failed.size(), 1U);
     EXPECT_NE(result.failed[0].reason.find("b.bin"), std::string::npos) << result.failed[0].reason;
-    EXPECT_EQ(
-        indexTails(result.folder),
-        (std::vector<std::string>{"1,2024-03-05 0701 Kim - Missing.pdf,2024-03-05 0701 Kim - Missing,C0001,1@x,"
-                                  "Attachments: not downloaded by Mail",
-                                  "1,,,C0002,2@x,Couldn’t be read", "0,2024-03-05 0703 Kim - Good.pdf,,C0003,3@x,"}));
+    EXPECT_EQ(indexTails(result.folder),
+              (std::vector<std::string>{"1,2024-03-05 0701 Kim - Missing.pdf,2024-03-05 0701 Kim - Missing,C0001,1@x,"
+                                        "Attachments: not downloaded by Mail",
+                                        "1,,,C0002,2@x,Couldn’t be read",
+                                        "0,2024-03-05 0703 Kim - Good.pdf,,C0003,3@x,Simpler."}));
     EXPECT_EQ(namesIn(result.folder / "2024-03-05 0702 Kim - Too large"), std::vector<std::string>{"a.txt"});
 }
 
