@@ -301,6 +301,18 @@ Objects referredTo(QPDF& file, const Objects& pages) {
     return found;
 }
 
+// libqpdf takes a page away by going through all the others.
+void keepFirst(QPDF& file, std::size_t count) {
+    file.removePage(file.getAllPages().back());   // and has the rest below one node
+    auto tree = file.getRoot().getKey("/Pages");
+    auto pages = tree.getKey("/Kids").getArrayAsVector();
+    if (pages.size() < count) throw std::runtime_error("pages are missing");
+    pages.resize(count);
+    tree.replaceKey("/Kids", QPDFObjectHandle::newArray(pages));
+    tree.replaceKey("/Count", QPDFObjectHandle::newInteger(static_cast<long long>(count)));
+    file.updateAllPagesCache();
+}
+
 }   // namespace
 
 std::size_t takeOffEmptySheets(QPDF& file, Contents& contents, FontTexts& texts) {
@@ -312,13 +324,12 @@ std::size_t takeOffEmptySheets(QPDF& file, Contents& contents, FontTexts& texts)
 
     const auto needed = referredTo(file, empty);
     std::size_t count = 0;
-    while (count < empty.size()) {
+    for (; count < empty.size(); ++count) {
         auto last = pages[pages.size() - 1 - count];
         if (needed.contains(last.getObjGen())) break;
         contents.replace(*contents.find(last.getKey("/Contents")), "");   // it shows no glyphs any more
-        file.removePage(last);
-        ++count;
     }
+    if (count > 0) keepFirst(file, pages.size() - count);
     return count;
 }
 
