@@ -13,7 +13,7 @@ namespace ostrel::pdf {
 struct Description {
     std::string title, author;   // UTF-8; empty: unsaid
     std::optional<Instant> created;
-    std::string language;      // BCP 47; empty: unsaid
+    std::string language;        // BCP 47; empty: unsaid
     bool isArchival = false;     // claims to be PDF/A-2u
     bool isAccessible = false;   // claims to be PDF/UA-1
 };

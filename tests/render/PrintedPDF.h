@@ -29,8 +29,8 @@ struct PrintedLink {
 std::vector<PrintedSheet> readSheets(const std::filesystem::path& pdf);
 std::string readText(const std::filesystem::path& pdf);
 std::vector<PrintedLink> readLinks(const std::filesystem::path& pdf);
-// The tree of what is read, as pdfinfo tells it: H1("Title") P("See " Link("this" ->)) Table(TR(TD ...)), -> for an area
-// that opens something. Attributes follow the element's name.
+// The tree of what is read, as pdfinfo tells it: H1("Title") P("See " Link("this" ->)) Table(TR(TD ...)), -> for an
+// area that opens something. Attributes follow the element's name.
 std::string readStructure(const std::filesystem::path& pdf);
 std::string readPixels(const std::filesystem::path& pdf);   // of all sheets
 std::size_t countImages(const std::filesystem::path& pdf);
