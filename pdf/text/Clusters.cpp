@@ -10,10 +10,12 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <optional>
 #include <set>
+#include <span>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -22,7 +24,7 @@ namespace ostrel::pdf {
 namespace {
 
 constexpr std::size_t maxWords = 50'000, maxWordLength = 400;   // beyond it is no mail that somebody searches
-constexpr std::size_t maxClusterGlyphs = 24;
+constexpr std::size_t maxClusterGlyphs = 64;
 
 using namespace harfBuzz;
 
@@ -41,7 +43,7 @@ std::set<std::u32string> wordsOf(const std::u32string& text) {
     for (const char32_t c : text) {
         const auto own = hb_unicode_script(unicode, c);
         const bool isJoiner = c == 0x200C || c == 0x200D;
-        if (!isClustered(c) && !(isJoiner && !word.empty())) {
+        if (!isClustered(c) && !((isJoiner || isCombining(c)) && !word.empty())) {
             end();
             continue;
         }
@@ -55,25 +57,48 @@ std::set<std::u32string> wordsOf(const std::u32string& text) {
     return words;
 }
 
+// What of the page's text may be drawn by glyphs that don't tell it.
+struct Wanted {
+    std::set<std::u32string> words, sequences;
+    bool isEmpty() const { return words.empty() && sequences.empty(); }
+};
+
 // What the glyphs of one font read together.
 class Reading {
 public:
-    Reading(FontPtr font, CodeTexts told, const std::set<std::u32string>& words)
-        : font_(std::move(font)), told_(std::move(told)), buffer_(hb_buffer_create()) {
-        for (const auto& word : words) learn(word);
+    Reading(FontPtr font, CodeTexts told)
+        : font_(std::move(font)), told_(std::move(told)), buffer_(hb_buffer_create()) {}
+
+    void learnWords(const std::set<std::u32string>& words) {
+        const auto isJoiner = [](char32_t c) { return c == 0x200C || c == 0x200D; };
+        hb_codepoint_t glyph = 0;
+        for (const auto& word : words)
+            if (std::ranges::all_of(
+                    word, [&](char32_t c) { return isJoiner(c) || hb_font_get_nominal_glyph(font_.get(), c, &glyph); }))
+                learn(word);
+    }
+    // Of those the font may have glyphs for the whole only.
+    void learnSequences(const std::set<std::u32string>& sequences) {
+        for (const auto& sequence : sequences) learn(sequence);
     }
 
     struct Cluster {
         std::u16string text;
-        bool isTold = false;   // the glyphs say it by themselves
+        bool isTold = false;     // the glyphs say it by themselves
+        std::size_t marks = 0;   // glyphs of no width at the end
     };
 
     // The longest cluster that the glyphs begin with, by its length.
     std::pair<const Cluster*, std::size_t> longest(std::u16string_view glyphs) const {
-        for (auto length = std::min(glyphs.size(), longest_); length > 0; --length)
-            if (const auto found = clusters_.find(Glyphs(glyphs.substr(0, length))); found != clusters_.end())
-                return {&found->second, length};
-        return {nullptr, 0};
+        std::pair<const Cluster*, std::size_t> found{nullptr, 0};
+        std::size_t node = 0;
+        for (std::size_t at = 0; at < glyphs.size(); ++at) {
+            const auto next = next_.find(step(node, glyphs[at]));
+            if (next == next_.end()) break;
+            node = next->second;
+            if (nodes_[node]) found = {&*nodes_[node], at + 1};
+        }
+        return found;
     }
 
     // Texts for glyphs that the engine tells none of.
@@ -81,10 +106,6 @@ public:
 
 private:
     void learn(const std::u32string& word) {
-        hb_codepoint_t glyph = 0;
-        const auto isJoiner = [](char32_t c) { return c == 0x200C || c == 0x200D; };
-        for (const char32_t c : word)
-            if (!isJoiner(c) && !hb_font_get_nominal_glyph(font_.get(), c, &glyph)) return;
         hb_buffer_reset(buffer_.get());
         hb_buffer_add_utf32(buffer_.get(), reinterpret_cast<const std::uint32_t*>(word.data()),
                             static_cast<int>(word.size()), 0, static_cast<int>(word.size()));
@@ -97,27 +118,38 @@ private:
         hb_shape(font_.get(), buffer_.get(), noLigatures.data(), noLigatures.size());
         unsigned count = 0;
         const auto* const shaped = hb_buffer_get_glyph_infos(buffer_.get(), &count);
+        const auto* const places = hb_buffer_get_glyph_positions(buffer_.get(), &count);
+        if (std::ranges::any_of(std::span(shaped, count), [](const auto& glyph) { return glyph.codepoint == 0; }))
+            return;   // the engine takes another font
         for (unsigned at = 0; at < count;) {
             Glyphs glyphs;
             const auto begin = shaped[at].cluster;
-            for (; at < count && shaped[at].cluster == begin; ++at)
+            std::size_t marks = 0;
+            for (; at < count && shaped[at].cluster == begin; ++at) {
+                marks = places[at].x_advance == 0 && !glyphs.empty() ? marks + 1 : 0;
                 glyphs += static_cast<char16_t>(shaped[at].codepoint);
+            }
             const auto end = at < count ? shaped[at].cluster : static_cast<std::uint32_t>(word.size());
-            if (end > begin) put(std::move(glyphs), utf16(std::u32string_view(word).substr(begin, end - begin)));
+            if (end > begin) put(std::move(glyphs), utf16(std::u32string_view(word).substr(begin, end - begin)), marks);
         }
     }
 
     // Of texts that look the same the first found stays.
-    void put(Glyphs glyphs, std::u16string text) {
+    void put(Glyphs glyphs, std::u16string text, std::size_t marks) {
         if (glyphs.size() > maxClusterGlyphs) return;
         std::u16string told;
         for (const char16_t glyph : glyphs)
             if (const auto found = told_.find(glyph); found != told_.end()) told += found->second;
-        longest_ = std::max(longest_, glyphs.size());
         tell(glyphs, text);
         // Readers sort glyphs by their place, and take a mark of no width for the next letter's or for a gap.
         const bool isTold = told == text && glyphs.size() == 1;
-        clusters_.try_emplace(std::move(glyphs), Cluster{std::move(text), isTold});
+        std::size_t node = 0;
+        for (const char16_t glyph : glyphs) {
+            const auto [place, isNew] = next_.try_emplace(step(node, glyph), nodes_.size());
+            if (isNew) nodes_.emplace_back();
+            node = place->second;
+        }
+        if (!nodes_[node]) nodes_[node] = Cluster{std::move(text), isTold, marks};
     }
 
     // The first glyph without a text takes what the others leave of the cluster's. The rest say that nothing stands
@@ -140,16 +172,21 @@ private:
     FontPtr font_;
     CodeTexts told_, untold_;
     BufferPtr buffer_;
-    std::unordered_map<Glyphs, Cluster> clusters_;
-    std::size_t longest_ = 0;
+
+    // A tree of the glyphs that clusters begin with: the first node is its root.
+    static std::uint64_t step(std::size_t node, char16_t glyph) { return std::uint64_t{node} << 16 | glyph; }
+    std::unordered_map<std::uint64_t, std::size_t> next_;
+    std::vector<std::optional<Cluster>> nodes_{1};
 };
 
 // Null for fonts that do not matter here, or of which the codes are not simply glyphs.
-std::unique_ptr<Reading> readingOf(QPDFObjectHandle font, FontTexts& texts, const std::set<std::u32string>& words) {
+std::unique_ptr<Reading> readingOf(QPDFObjectHandle font, FontTexts& texts, const Wanted& wanted) {
     if (!font.isDictionary() || !font.getKey("/Encoding").isNameAndEquals("/Identity-H")) return nullptr;
     const auto* const map = texts.of(font);
     const auto isInCluster = [](const auto& entry) { return std::ranges::any_of(entry.second, isClustered); };
-    if (!map || map->codeBytes != 2 || std::ranges::none_of(map->texts, isInCluster)) return nullptr;
+    if (!map || map->codeBytes != 2) return nullptr;
+    const bool hasClusters = !wanted.words.empty() && std::ranges::any_of(map->texts, isInCluster);
+    if (!hasClusters && wanted.sequences.empty()) return nullptr;
     auto descendants = font.getKey("/DescendantFonts");
     if (!descendants.isArray() || descendants.getArrayNItems() != 1) return nullptr;
     auto descendant = descendants.getArrayItem(0);
@@ -162,19 +199,22 @@ std::unique_ptr<Reading> readingOf(QPDFObjectHandle font, FontTexts& texts, cons
                                       nullptr, nullptr));
     const FacePtr face(hb_face_create(copy.get(), 0));
     FontPtr shaper(hb_font_create(face.get()));
-    return std::make_unique<Reading>(std::move(shaper), map->texts, words);
+    auto reading = std::make_unique<Reading>(std::move(shaper), map->texts);
+    if (hasClusters) reading->learnWords(wanted.words);
+    reading->learnSequences(wanted.sequences);
+    return reading;
 }
 
 class Readings {
 public:
-    Readings(FontTexts& texts, const PageText& page) : texts_(texts), words_(wordsOf(page.text)) {}
-    bool isEmpty() const { return words_.empty(); }
+    Readings(FontTexts& texts, const PageText& page) : texts_(texts), wanted_{wordsOf(page.text), page.sequences} {}
+    bool isEmpty() const { return wanted_.isEmpty(); }
 
     // Null if there is nothing to tell of the font.
     const Reading* of(QPDFObjectHandle font) {
         if (!font.isIndirect()) return nullptr;
         const auto place = readings_.try_emplace(font.getObjGen());
-        if (place.second) place.first->second = {font, readingOf(font, texts_, words_)};
+        if (place.second) place.first->second = {font, readingOf(font, texts_, wanted_)};
         return place.first->second.reading.get();
     }
 
@@ -186,7 +226,7 @@ public:
 
 private:
     FontTexts& texts_;
-    std::set<std::u32string> words_;
+    Wanted wanted_;
     struct Read {
         QPDFObjectHandle font;
         std::unique_ptr<Reading> reading;
@@ -218,9 +258,9 @@ private:
         const Reading* reading = nullptr;
     };
     struct Shown {
-        std::size_t code;       // where its digits are
-        bool isFirst, isLast;   // of its string
-        std::size_t end;        // of the operation
+        std::size_t code;   // where its digits are
+        bool isFirst;       // of its string
+        std::size_t end;    // of the operation
     };
 
     void setFont(const Operation& operation) {
@@ -241,7 +281,7 @@ private:
             int glyph = 0;
             for (const char c : digits.substr(i, 4)) glyph = glyph * 16 + hex::digit(c);
             glyphs_ += static_cast<char16_t>(glyph);
-            shown_.push_back({start + i, i == 0, i + 4 == digits.size(), operation.end});
+            shown_.push_back({start + i, i == 0, operation.end});
         }
         return true;
     }
@@ -249,38 +289,44 @@ private:
     // Clusters that follow each other are told together.
     void endRun() {
         std::u16string text;
-        std::size_t begin = 0;
+        std::size_t begin = 0, marks = 0;
         const std::u16string_view glyphs = glyphs_;
         for (std::size_t at = 0; at < glyphs.size();) {
             const auto [cluster, length] = font_->reading->longest(glyphs.substr(at));
             if (cluster && !cluster->isTold) {
                 if (text.empty()) begin = at;
                 text += cluster->text;
+                marks = cluster->marks;
             } else if (!text.empty()) {
-                mark(begin, at, std::exchange(text, {}));
+                mark(begin, at, std::exchange(text, {}), marks);
             }
             at += std::max<std::size_t>(length, 1);
         }
-        if (!text.empty()) mark(begin, glyphs.size(), text);
+        if (!text.empty()) mark(begin, glyphs.size(), text, marks);
         glyphs_.clear();
         shown_.clear();
     }
 
-    // From the glyph that is begin up to the one that is end.
-    void mark(std::size_t begin, std::size_t end, std::u16string_view text) {
+    // From the glyph that is begin up to the one that is end. Readers take the end of the last glyph for that of the
+    // text: the marks at the end, which stand above their letter, are said to be nothing.
+    void mark(std::size_t begin, std::size_t end, std::u16string_view text, std::size_t marks) {
+        putBefore(begin, "", opening(text));
+        if (marks > 0) putBefore(end - marks, "EMC ", opening({}));
+        putBefore(end, "EMC ", "");
+    }
+
+    static std::string opening(std::u16string_view text) {
         std::string open = "/Span<</ActualText<FEFF";
         hex::append(open, text);
-        open += ">>>BDC ";
-        const auto& first = shown_[begin];
-        const auto& last = shown_[end - 1];
-        if (first.isFirst)
-            marks_.insert(first.code - 1, open);
-        else
-            marks_.insert(first.code, "> Tj " + open + "<");
-        if (last.isLast)
-            marks_.insert(last.end, " EMC");
-        else
-            marks_.insert(last.code + 4, "> Tj EMC <");
+        return open + ">>>BDC ";
+    }
+
+    // What ends the text before the glyph, and what begins the one from it.
+    void putBefore(std::size_t glyph, const std::string& close, const std::string& open) {
+        if (glyph < shown_.size() && !shown_[glyph].isFirst)
+            return marks_.insert(shown_[glyph].code, "> Tj " + close + open + "<");
+        if (!close.empty()) marks_.insert(shown_[glyph - 1].end, " EMC");
+        if (!open.empty()) marks_.insert(shown_[glyph].code - 1, open);
     }
 
     std::string_view content_;

@@ -3,6 +3,12 @@
 #include "platform/Text.h"
 
 #include <algorithm>
+#include <map>
+#include <optional>
+
+#include <unicode/normalizer2.h>
+#include <unicode/uchar.h>
+#include <unicode/unistr.h>
 
 namespace ostrel::pdf {
 namespace {
@@ -19,6 +25,82 @@ bool isKeycapBase(char32_t c) { return isWithin(c, U'0', U'9') || c == U'#' || c
 
 constexpr char32_t zeroWidthNonJoiner = 0x200C, zeroWidthJoiner = 0x200D;
 
+bool isRightToLeft(char32_t c) { return isWithin(c, 0x0590, 0x08FF); }
+
+// Beyond these nobody searches.
+constexpr std::size_t maxSequences = 5'000, maxSequenceLength = 64;
+
+// What is drawn alike has the same: the text composed, without what is not drawn (selectors of variants).
+std::u32string look(std::u32string_view text) {
+    icu::UnicodeString units;
+    for (const char32_t c : text)
+        if (!u_hasBinaryProperty(static_cast<UChar32>(c), UCHAR_DEFAULT_IGNORABLE_CODE_POINT))
+            units.append(static_cast<UChar32>(c));
+    auto status = U_ZERO_ERROR;
+    const auto* const composer = icu::Normalizer2::getNFCInstance(status);
+    if (U_FAILURE(status)) return std::u32string(text);
+    const auto composed = composer->normalize(units, status);
+    std::u32string found;
+    for (int at = 0; at < composed.length(); at = composed.moveIndex32(at, 1))
+        found += static_cast<char32_t>(composed.char32At(at));
+    return found;
+}
+
+template <typename Read>
+void readCharacters(std::string_view text, Read read) {
+    for (std::size_t at = 0; at < text.size();) {
+        const auto [c, length] = text::decodeAt(text, at);
+        at += length;
+        read(c);
+    }
+}
+
+bool canBeBase(char32_t c) {
+    return !text::isBlankOrNewline(c) && !text::isControlOrFormat(c) && !isClustered(c) && !isRightToLeft(c);
+}
+
+std::set<std::u32string> allSequences(std::string_view text) {
+    std::set<std::u32string> all;
+    std::u32string now;
+    const auto end = [&] {
+        if (now.size() > 1 && now.size() <= maxSequenceLength && all.size() < maxSequences) all.insert(now);
+        now.clear();
+    };
+    readCharacters(text, [&](char32_t c) {
+        if (isCombining(c)) {
+            if (!now.empty() && now.size() <= maxSequenceLength) now += c;
+            return;
+        }
+        end();
+        if (canBeBase(c)) now += c;
+    });
+    end();
+    return all;
+}
+
+std::set<std::u32string> unmistakableSequences(std::string_view text) {
+    std::map<std::u32string, std::optional<std::u32string>> byLook;   // nullopt: there are several
+    for (const auto& sequence : allSequences(text)) {
+        const auto [place, isNew] = byLook.try_emplace(look(sequence), sequence);
+        if (!isNew) place->second.reset();
+    }
+    std::u32string alone;
+    const auto end = [&] {
+        if (const auto found = byLook.find(alone); found != byLook.end()) found->second.reset();
+        alone.clear();
+    };
+    readCharacters(text, [&](char32_t c) {
+        if (isCombining(c)) return alone.clear();
+        end();
+        alone += c;
+    });
+    end();
+    std::set<std::u32string> found;
+    for (const auto& [look, sequence] : byLook)
+        if (sequence) found.insert(*sequence);
+    return found;
+}
+
 }   // namespace
 
 bool isClustered(char32_t c) {
@@ -26,22 +108,31 @@ bool isClustered(char32_t c) {
            isWithin(c, 0x1B00, 0x1C4F) || isWithin(c, 0xA840, 0xA95F) || isWithin(c, 0xA980, 0xABFF);
 }
 
+bool isCombining(char32_t c) {
+    if (c < 0x300 || isClustered(c) || isRightToLeft(c) || c == 0xFE0F || c == 0x20E3) return false;
+    return isWithin(c, 0x1160, 0x11FF) || (U_GET_GC_MASK(static_cast<UChar32>(c)) & U_GC_M_MASK) != 0;
+}
+
 PageText pageText(std::string_view text) {
     PageText found;
-    if (std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0xE0; })) return found;
+    // Below U+0300 there is nothing of either.
+    if (std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0xCC; })) return found;
+    bool hasSequences = false;
     char32_t before = 0;
-    for (std::size_t at = 0; at < text.size();) {
-        const auto [c, length] = text::decodeAt(text, at);
-        at += length;
-        if (isWithin(c, 0x0590, 0x08FF)) found.goesRightToLeft = true;
-        if (isClustered(c) || isEmojiPart(c) || c == zeroWidthJoiner || c == zeroWidthNonJoiner) {
+    readCharacters(text, [&](char32_t c) {
+        const bool combines = isCombining(c);
+        hasSequences = hasSequences || combines;
+        if (isRightToLeft(c)) found.goesRightToLeft = true;
+        const bool isOfCluster = combines && !found.text.empty() && isClustered(found.text.back());
+        if (isClustered(c) || isOfCluster || isEmojiPart(c) || c == zeroWidthJoiner || c == zeroWidthNonJoiner) {
             if ((c == 0xFE0F || c == 0x20E3) && isKeycapBase(before)) found.text += before;
             found.text += c;
         } else if (!found.text.empty() && found.text.back() != U' ') {
             found.text += U' ';
         }
         before = c;
-    }
+    });
+    if (hasSequences) found.sequences = unmistakableSequences(text);
     return found;
 }
 

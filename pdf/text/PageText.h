@@ -1,5 +1,6 @@
 #pragma once
 
+#include <set>
 #include <string>
 #include <string_view>
 
@@ -9,10 +10,18 @@ namespace ostrel::pdf {
 // East Asian ones.
 bool isClustered(char32_t c);
 
-// What a text says in those scripts and in emoji; everything between is one blank.
+// Returns true for marks that join the character before them (general category M) and for the vowels and finals of
+// Hangul syllables; not for those of the clustered scripts, of scripts from right to left, and of emoji.
+bool isCombining(char32_t c);
+
+// What a text says in the clustered scripts and in emoji; everything between is one blank.
 struct PageText {
     std::u32string text;
     bool goesRightToLeft = false;   // in part
+
+    // Characters with what combines with them, as written, each once and not more than 5,000. What the text has in
+    // several ways that are drawn alike (U+00E9 and e with U+0301) is not among them.
+    std::set<std::u32string> sequences{};
 };
 PageText pageText(std::string_view text);
 
