@@ -10,9 +10,9 @@
 namespace ostrel::pageScripts {
 namespace {
 
-// Each file defines functions; the last one named is called.
+// Each file defines functions; called is one of them.
 std::string script(std::initializer_list<std::string_view> files, std::string_view called) {
-    std::string text = "(() => {\n";
+    std::string text = "(() => {\n" + std::string(embedded::own_document_js);
     for (const auto file : files) text += file;
     return text.append("return ").append(called).append("();\n})()");
 }

@@ -40,8 +40,9 @@ std::optional<Framed> framed(std::string_view page, std::string_view padding) {
     if (!parts) return std::nullopt;
     const nlohmann::json arguments = {
         {"styleSheet", parts->styleSheet}, {"head", parts->head}, {"files", parts->files}, {"padding", padding}};
-    return Framed{std::string(parts->document),
-                  "(() => {\n" + std::string(embedded::put_frame_js) + "putFrame(" + literal(arguments) + ");\n})()"};
+    return Framed{std::string(parts->document), "(() => {\n" + std::string(embedded::own_document_js) +
+                                                    std::string(embedded::put_frame_js) + "putFrame(" +
+                                                    literal(arguments) + ");\n})()"};
 }
 
 }   // namespace ostrel::pageFrame

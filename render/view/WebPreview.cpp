@@ -62,8 +62,8 @@ void stayLight(WebKitUserContentManager* content) {
 constexpr const char* longestText = "2000";
 
 const std::string& readingScript() {
-    static const std::string made =
-        "(() => {\n" + std::string(embedded::read_page_js) + "return readPage(" + longestText + ");\n})()";
+    static const std::string made = "(() => {\n" + std::string(embedded::own_document_js) +
+                                    std::string(embedded::read_page_js) + "return readPage(" + longestText + ");\n})()";
     return made;
 }
 

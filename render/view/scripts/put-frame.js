@@ -2,9 +2,7 @@
 // shadow tree that no rule of the mail enters. What the parser made of them is taken out of the body. The rules that
 // keep the mail in its place are the user's (PageFrame.cpp).
 const putFrame = ({ styleSheet, head, files, padding }) => {
-    // The mail may have pictures of the name "body": only the prototype's properties are what they seem.
-    const own = name => Object.getOwnPropertyDescriptor(Document.prototype, name).get.call(document);
-    const root = own('documentElement');
+    const root = document.documentElement;
     const body = [...root.children].find(child => child.localName == 'body');
     const sheetOf = text => {
         const sheet = new CSSStyleSheet();
@@ -23,7 +21,7 @@ const putFrame = ({ styleSheet, head, files, padding }) => {
         ${padding ? `padding: ${padding} !important; padding-top: 0 !important;` : ''} }`);
     globalThis.frameTrees = new Map();   // for scripts of ours that read the page
     const place = (html, ...sheets) => {
-        const box = Document.prototype.createElement.call(document, 'ostrel-frame');
+        const box = document.createElement('ostrel-frame');
         const tree = box.attachShadow({ mode: 'closed' });
         tree.adoptedStyleSheets = sheets;
         tree.innerHTML = html;
@@ -45,8 +43,8 @@ const putFrame = ({ styleSheet, head, files, padding }) => {
     const families = bodyRule.fontFamily.split(',').map(name => name.replace(/["']/g, '').trim().toLowerCase());
     const isFamilyOfOurs = name => /^-/.test(name) || families.includes(name);
     for (const face of root.getElementsByTagNameNS('http://www.w3.org/2000/svg', 'font-face')) face.remove();
-    const sheets = [...own('styleSheets')];
-    const groups = own('fonts').size ? [...sheets] : [];
+    const sheets = [...document.styleSheets];
+    const groups = document.fonts.size ? [...sheets] : [];
     while (groups.length) {
         const group = groups.pop();
         let rules;

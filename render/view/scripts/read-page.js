@@ -1,12 +1,11 @@
 // What the window has to know of a page that is loaded: how wide it is and what room it has beside a scroll bar, in CSS
-// pixels, and how it begins, for those who hear it. The mail may have pictures of the name "body": only the prototype's properties are what they seem.
+// pixels, and how it begins, for those who hear it.
 const readPage = longest => {
-    const own = name => Object.getOwnPropertyDescriptor(Document.prototype, name).get.call(document);
-    const root = own('documentElement'), body = own('body');
+    const root = document.documentElement, body = document.body;
     const width = Math.max(root.scrollWidth, body ? body.scrollWidth : 0);
-    const room = (own('scrollingElement') ?? root).clientWidth;
+    const room = (document.scrollingElement ?? root).clientWidth;
     let text = '';
-    const walker = Document.prototype.createTreeWalker.call(document, body ?? root, NodeFilter.SHOW_TEXT);
+    const walker = document.createTreeWalker(body ?? root, NodeFilter.SHOW_TEXT);
     for (let seen = 0; seen < longest && text.length < longest && walker.nextNode(); ++seen) {
         const { data, parentElement } = walker.currentNode;
         if (/\S/.test(data) && parentElement?.checkVisibility({ checkVisibilityCSS: true }))
