@@ -175,7 +175,7 @@ std::string replaced(std::string_view html, std::vector<Place> places) {
 
 std::optional<Page> ForeignPictures::shown(const Page& page) const {
     if (std::ranges::none_of(page.pictures, isToBeReplaced)) return std::nullopt;
-    Page made{{}, page.pictures, page.text};
+    Page made{{}, page.pictures, page.text, page.language, page.savedFiles};
     std::vector<std::string> uris(made.pictures.size());
     std::vector<Place> places;
     for (std::size_t i = 0; i < made.pictures.size(); ++i) {

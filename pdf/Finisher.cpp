@@ -143,8 +143,8 @@ void takeMarks(Work& work) {
 
 void layOut(Work& work) {
     const auto& options = work.options;
-    auto placed =
-        layOutPages(work.file, *work.contents, {options.widthPoints, options.heightPoints, options.scale}, work.links);
+    auto placed = layOutPages(work.file, *work.contents, {options.widthPoints, options.heightPoints, options.scale},
+                              work.links, options.files);
     work.result.report.links = placed.count;
     work.linkElements = std::move(placed.elements);
 }

@@ -27,6 +27,7 @@ struct FinishOptions {   // every field has an initialiser, so that callers may 
     std::optional<std::string> language{};          // BCP 47
     std::vector<LinkArea> links{};
     std::vector<LinkMark> linkMarks{};   // to be found on the pages, taken out and added to links
+    std::vector<std::string> files{};    // by LinkMark::attachment, paths from the folder of the PDF; empty: none
     PageListing listing{};               // what was printed, as its document has it
     // Of the page that was printed. The text tells what glyphs mean that stand for several characters; the pictures are
     // those that the engine has not seen, and must live as long as the finished file.

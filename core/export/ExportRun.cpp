@@ -31,6 +31,17 @@ const ArchivedFile* fileOf(const FiledMessage& message, const std::string& name)
     return found == message.files.end() ? nullptr : &*found;
 }
 
+// Page::savedFiles. saved: of the attachments that are there, in their order; or nothing.
+std::vector<std::string> savedFiles(const MailMessage& message, const std::vector<ArchivedFile>& saved) {
+    std::vector<std::string> names;
+    auto next = saved.begin();
+    for (const MailAttachment& attachment : message.attachments) {
+        const bool isSaved = attachment.isAvailable() && next != saved.end();
+        names.push_back(isSaved ? (next++)->name : "");
+    }
+    return names;
+}
+
 // The same words for every file that it happens to.
 std::string causeOf(const FileError& error) {
     return error.kind == FileError::Kind::diskFull ? i18n::tr("the disk is full") : error.cause.message();
@@ -221,7 +232,8 @@ void ExportRun::print(const Item& item, const MailMessage& message, Made& made) 
     }
     const Instant date = message.date.value_or(item.summary->date);
     const std::optional<std::string> folder = filed.files.empty() ? std::nullopt : std::optional(filed.name);
-    const Page page = MessageHTML::page(message, item.mailbox, settings_.dateText(date), folder, settings_.labels);
+    Page page = MessageHTML::page(message, item.mailbox, settings_.dateText(date), folder, settings_.labels);
+    page.savedFiles = savedFiles(message, filed.files);
     const DocumentInfo info{message.subject.empty() ? settings_.labels.noSubject : message.subject,
                             MailMessage::line(message.from), date};
     claim(name);

@@ -32,6 +32,9 @@ struct Page {
     // the cells of a row. Styles are not looked at: text that they hide is in it.
     std::string text;
     std::string language{};   // of the mail, as its HTML names it (BCP 47); empty: not named
+    // By entry in the list of attachments, where its file is saved, seen from the PDF: "Letter/photo.jpg". Empty, or
+    // shorter than the list: it is not.
+    std::vector<std::string> savedFiles{};
     bool operator==(const Page&) const = default;
 };
 

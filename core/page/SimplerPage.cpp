@@ -52,7 +52,10 @@ std::optional<Page> simpler(const Page& page, Simplicity simplicity, std::string
         html.replace(mail, mailSize, "<div class=\"html\">" + html::bare(parts->mail) + "</div>");
     html.insert(headEnd, "<p class=\"note\">" + escape(note) + "</p>");
     if (simplicity == Simplicity::withoutEffects) html.insert(styleEnd, noEffects);
-    return makePage(std::move(html));
+    Page made = makePage(std::move(html));
+    made.language = page.language;
+    made.savedFiles = page.savedFiles;
+    return made;
 }
 
 PageWords wordsOf(const Page& page) {

@@ -139,6 +139,7 @@ public:
                 all.push_back(part ? partOf(area, *part) : area);
                 all.back().url = marks_[i].url;
                 all.back().element = marks_[i].element;
+                all.back().attachment = marks_[i].attachment;
             }
         }
         return all;

@@ -7,13 +7,14 @@
 
 namespace ostrel::pdf {
 
-// A place on a printed page that opens an address. Measured on the page as the engine printed it, before scaling, in
-// points from its top left corner.
+// A place on a printed page that opens an address or a file. Measured on the page as the engine printed it, before
+// scaling, in points from its top left corner.
 struct LinkArea {
     std::size_t page = 0;   // 0 is the first
     double x = 0, y = 0, width = 0, height = 0;
-    std::string url;                        // http, https or mailto; areas with anything else are dropped
-    std::optional<std::size_t> element{};   // LinkMark::element
+    std::string url;                           // http, https or mailto; areas with anything else are dropped
+    std::optional<std::size_t> element{};      // LinkMark::element
+    std::optional<std::size_t> attachment{};   // LinkMark::attachment
 };
 
 // A part of a box, in fractions of its width and height. It counts only if the box was printed whole and in its shape.
@@ -29,7 +30,8 @@ struct LinkMark {
     std::uint32_t colour = 0;   // 0xRRGGBB
     std::string url;
     std::optional<PartOfBox> part{};
-    std::optional<std::size_t> element{};   // the number of the document's element that is the link
+    std::optional<std::size_t> element{};      // the number of the document's element that is the link
+    std::optional<std::size_t> attachment{};   // the number of the file that it opens in place of an address
     bool operator==(const LinkMark&) const = default;
 };
 

@@ -117,23 +117,14 @@ void place(Contents& contents, QPDFPageObjectHelper& page, const Placement& plac
     if (auto* const content = contents.find(dict.getKey("/Contents"))) content->resources = dict.getKey("/Resources");
 }
 
-// Printed with the page, if there were anything to see (F 4). Written out here and handed on as one token: a mail with
-// thousands of links would spend most of its time on the nine objects that each of them is.
-QPDFObjectHandle linkAnnotation(const Rectangle& area, const std::string& target) {
-    std::string text = "<< /Type /Annot /Subtype /Link /F 4 /Border [ 0 0 0 ] /Rect [";
-    for (const double side : {area.llx, area.lly, area.urx, area.ury}) {
-        std::array<char, 32> digits;   // within the paper, so enough
-        const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), std::round(side * 100) / 100);
-        text.append(1, ' ').append(digits.data(), end.ptr);
-    }
-    text += " ] /Contents " + QPDFObjectHandle::newString(target).unparse();
-    text += " /A << /S /URI /URI " + QPDFObjectHandle::newString(target).unparse() + " >> >>";
-    return QPDFObjectHandle::newOperator(text);
-}
+// What a link opens.
+struct Target {
+    std::string address;   // as PDFs store it: ASCII; empty: nothing
+    std::string words;     // that tell it, UTF-8
+};
 
-}   // namespace
-
-std::string linkTarget(std::string_view url) {
+// Everything that is not ASCII is percent-encoded. Nothing unless it is http, https or mailto.
+std::string webAddress(std::string_view url) {
     url = text::trimASCII(url, " \t\r\n\f");
     const auto colon = url.find(':');
     if (colon == std::string_view::npos) return {};
@@ -150,7 +141,48 @@ std::string linkTarget(std::string_view url) {
     return target;
 }
 
-PlacedLinks layOutPages(QPDF& file, Contents& contents, const PageLayout& layout, const std::vector<LinkArea>& links) {
+// An address without a scheme is looked for where the document is, however its folder is moved (ISO 32000-1 §12.6.4.7),
+// and opens what is no PDF, too. Actions that launch files are none that archives may have.
+std::string fileAddress(std::string_view path) {
+    std::string address;
+    for (const char c : path) {
+        constexpr std::string_view marks = "/-._~";   // and what is unreserved (RFC 3986 §2.3)
+        const bool isPlain = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+        if (isPlain || marks.find(c) != marks.npos)
+            address += c;
+        else
+            hex::append(address += '%', static_cast<unsigned char>(c), 2);
+    }
+    return address;
+}
+
+Target targetOf(const LinkArea& link, std::span<const std::string> files) {
+    if (!link.attachment) {
+        auto address = webAddress(link.url);
+        return {address, address};
+    }
+    const std::string path = *link.attachment < files.size() ? files[*link.attachment] : "";
+    return {fileAddress(path), path.substr(path.rfind('/') + 1)};
+}
+
+// Printed with the page, if there were anything to see (F 4). Written out here and handed on as one token: a mail with
+// thousands of links would spend most of its time on the nine objects that each of them is.
+QPDFObjectHandle linkAnnotation(const Rectangle& area, const Target& target) {
+    std::string text = "<< /Type /Annot /Subtype /Link /F 4 /Border [ 0 0 0 ] /Rect [";
+    for (const double side : {area.llx, area.lly, area.urx, area.ury}) {
+        std::array<char, 32> digits;   // within the paper, so enough
+        const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), std::round(side * 100) / 100);
+        text.append(1, ' ').append(digits.data(), end.ptr);
+    }
+    text += " ] /Contents " + QPDFObjectHandle::newUnicodeString(target.words).unparse();
+    text += " /A << /S /URI /URI " + QPDFObjectHandle::newString(target.address).unparse() + " >> >>";
+    return QPDFObjectHandle::newOperator(text);
+}
+
+}   // namespace
+
+PlacedLinks layOutPages(QPDF& file, Contents& contents, const PageLayout& layout, const std::vector<LinkArea>& links,
+                        std::span<const std::string> files) {
     std::map<std::size_t, std::vector<const LinkArea*>> linksOf;
     for (const auto& link : links) linksOf[link.page].push_back(&link);
 
@@ -168,9 +200,9 @@ PlacedLinks layOutPages(QPDF& file, Contents& contents, const PageLayout& layout
         std::vector<QPDFObjectHandle> annotations;
         std::vector<std::optional<std::size_t>> elements;
         for (const auto* link : linksOf[number++]) {
-            const auto target = linkTarget(link->url);
+            const auto target = targetOf(*link, files);
             const auto area = placement.place(*link);
-            if (!area || target.empty()) continue;
+            if (!area || target.address.empty()) continue;
             annotations.push_back(linkAnnotation(*area, target));
             elements.push_back(link->element);
         }

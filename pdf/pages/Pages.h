@@ -5,8 +5,8 @@
 
 #include <cstddef>
 #include <optional>
+#include <span>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include <qpdf/QPDF.hh>
@@ -25,11 +25,9 @@ struct PlacedLinks {
 };
 
 // Brings every page onto its paper: what stood in the top left corner stays there, everything else moves by the scale.
-// Then puts the links on.
-PlacedLinks layOutPages(QPDF& file, Contents& contents, const PageLayout& layout, const std::vector<LinkArea>& links);
-
-// Returns the address as a PDF stores it: ASCII, everything else percent-encoded. Empty unless it is http, https or
-// mailto.
-std::string linkTarget(std::string_view url);
+// Then puts the links on. files: by LinkArea::attachment, the path of the file from the folder of the PDF; a link to
+// one that has none is dropped.
+PlacedLinks layOutPages(QPDF& file, Contents& contents, const PageLayout& layout, const std::vector<LinkArea>& links,
+                        std::span<const std::string> files);
 
 }   // namespace ostrel::pdf

@@ -50,9 +50,15 @@ std::optional<pdf::PartOfBox> partIn(const json& value) {
 std::optional<pdf::LinkMark> linkIn(const json& value) {
     const auto colour = colourIn(value.is_object() ? member(value, "colour") : nullptr);
     if (!colour) return std::nullopt;
-    const json* const url = member(value, "url");
-    if (!url || !url->is_string() || url->get_ref<const std::string&>().empty()) return std::nullopt;
-    pdf::LinkMark link{*colour, url->get<std::string>()};
+    pdf::LinkMark link{*colour, ""};
+    if (const json* const attachment = member(value, "attachment")) {
+        if (!attachment->is_number_unsigned()) return std::nullopt;
+        link.attachment = attachment->get<std::size_t>();
+    } else {
+        const json* const url = member(value, "url");
+        if (!url || !url->is_string() || url->get_ref<const std::string&>().empty()) return std::nullopt;
+        link.url = url->get<std::string>();
+    }
     if (const json* const part = member(value, "part")) {
         link.part = partIn(*part);
         if (!link.part) return std::nullopt;

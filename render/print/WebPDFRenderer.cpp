@@ -230,6 +230,7 @@ void WebPDFRenderer::State::printAndFinish(const Page& page, Job& job) {
         if (without) markSeen(without->pictures, printed.page.seenPictures);
         pdf::FinishOptions options = optionsFor(job.info);
         options.text = page.text;
+        options.files = page.savedFiles;
         options.language = page.language.empty() ? std::nullopt : std::optional(page.language);
         if (without) options.pictures = without->pictures;
         auto finished = finish(std::move(printed), std::move(options), report);

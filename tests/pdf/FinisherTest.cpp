@@ -77,6 +77,9 @@ TEST(Finisher, PutsLinksWhereTheyWerePrinted) {
         {"another scheme", {0, 0, 0, 9, 9, "javascript:alert(1)"}, "", ""},
         {"a file", {0, 0, 0, 9, 9, "file:///etc/passwd"}, "", ""},
         {"no scheme", {0, 0, 0, 9, 9, "www.example.com"}, "", ""},
+        {"a file of ours", {0, 0, 0, 2, 2, "", {}, 1}, "[ 0 799 1 800 ]", "A%20b/50%25%20%C3%A4%3F.pdf"},
+        {"a file that was not saved", {0, 0, 0, 2, 2, "", {}, 0}, "", ""},
+        {"a file that nobody knows", {0, 0, 0, 2, 2, "", {}, 2}, "", ""},
         {"off the paper", {0, 5000, 0, 9, 9, "http://a.example"}, "", ""},
         {"without an area", {0, 10, 10, 0, 9, "http://a.example"}, "", ""},
         {"not a number", {0, std::numeric_limits<double>::quiet_NaN(), 10, 5, 9, "http://a.example"}, "", ""},
@@ -86,7 +89,11 @@ TEST(Finisher, PutsLinksWhereTheyWerePrinted) {
     pdf.page("0 0 9 9 re f", "<< >>", 1200, 1600);
     const auto printed = pdf.bytes();
     for (const auto& row : rows) {
-        const auto made = finish(printed, {.widthPoints = 600, .heightPoints = 800, .scale = 0.5, .links = {row.area}});
+        const auto made = finish(printed, {.widthPoints = 600,
+                                           .heightPoints = 800,
+                                           .scale = 0.5,
+                                           .links = {row.area},
+                                           .files = {"", "A b/50% ä?.pdf"}});
         OpenedPDF finished(made.pdf);
         auto annotations = finished.page(0).getKey("/Annots");
         EXPECT_EQ(made.report.links, row.target.empty() ? 0u : 1u) << row.why;

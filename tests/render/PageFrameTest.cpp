@@ -2,6 +2,8 @@
 #include "core/page/MessageHTML.h"
 #include "tests/render/Printing.h"
 
+#include <algorithm>
+#include <cmath>
 #include <sstream>
 #include <string>
 
@@ -83,7 +85,9 @@ protected:
                              .contentID = {},
                              .partNumber = "2",
                              .source = Bytes()}};
-        return MessageHTML::page(mail, "", "the day", std::nullopt, {});
+        auto page = MessageHTML::page(mail, "", "the day", "Mail", {});
+        page.savedFiles = {"Mail/report.txt"};
+        return page;
     }
     std::filesystem::path printMail(const std::string& html) {
         const auto path = folder.path() / ("mail " + std::to_string(++printed_) + ".pdf");
@@ -120,6 +124,10 @@ TEST_F(PageFrame, StandsWhateverTheMailDoes) {
         const auto file = find(readSheets(pdf), "report.txt");
         ASSERT_TRUE(file);
         EXPECT_GT(file->top, day->bottom);
+        EXPECT_TRUE(std::ranges::any_of(readLinks(pdf), [&](const PrintedLink& link) {
+            return link.url == "Mail/report.txt" && std::abs(link.left - file->left) < 3 &&
+                   std::abs(link.right - file->right) < 3 && link.top < file->bottom && link.bottom > file->top;
+        }));
         EXPECT_EQ(readText(pdf).find("</"), std::string::npos);
     }
 }

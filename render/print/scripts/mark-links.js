@@ -13,9 +13,6 @@ const markLinks = (text, elements) => {
             if (apart.has(box.parentElement) || isFlattened(box)) apart.add(box);
     }
     const marks = [], hostMarks = [], links = [];
-    let colours = 0;
-    const nextColour = () => ++colours * 10368889 % 16777216;
-    const paintOf = colour => `#${colour.toString(16).padStart(6, '0')}01`;
     const mark = (link, paint) => {
         const waiting = [link];
         let isMarked = false, isMissed = false;
@@ -108,5 +105,23 @@ const markLinks = (text, elements) => {
 
     if (!paintByStyle(marks, text)) paintByAttribute(marks, 'mark');
     paintByAttribute(hostMarks, 'host');
+    return links;
+};
+// The names in our list of attachments open the files beside the PDF; nothing of the mail's comes near them.
+// Returns links as markLinks does, with the entry's number in the list in place of an address.
+const markAttachments = elements => {
+    const links = [];
+    for (const tree of globalThis.frameTrees?.values() ?? []) {
+        [...tree.querySelectorAll('.files li')].forEach((entry, attachment) => {
+            const words = entry.firstChild, name = document.createElement('span'), colour = nextColour();
+            if (words?.nodeType != Node.TEXT_NODE || !/\S/.test(words.data)) return;
+            words.splitText(words.data.trimEnd().length);
+            words.replaceWith(name);
+            name.append(words);
+            name.style.backgroundColor = paintOf(colour);
+            elements.set(name, elements.size);
+            links.push({ colour, attachment, element: elements.get(name) });
+        });
+    }
     return links;
 };

@@ -1,5 +1,9 @@
 // How marks are painted.
 
+let colours = 0;
+const nextColour = () => ++colours * 10368889 % 16777216;
+const paintOf = colour => `#${colour.toString(16).padStart(6, '0')}01`;
+
 // Rules that ask for the very text of a style attribute must find the same boxes afterwards.
 const asksForStyles = /\[[^\]]*style|\\/i;
 const askingSelectors = text => {   // nothing when it cannot be told

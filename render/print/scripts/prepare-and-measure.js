@@ -62,6 +62,7 @@ const prepareAndMeasure = () => {
     const elements = new Map();
     let links = [], listing = [];
     try { if (hasLinks) links = markLinks(text, elements); } catch {}   // what cannot be marked stays unmarked
+    links.push(...markAttachments(elements));
     try { listing = listElements(text, elements); } catch {}            // what cannot be listed is read line by line
     return JSON.stringify({ width, links, pictures, listing });
 };

@@ -27,6 +27,7 @@ public:
         if (before) before(info.title);
         if (atOnce == 1) {
             infos.push_back(info);
+            savedFiles.push_back(page.savedFiles);
             if (instead) instead(infos.size());
         }
         files::writeAtomically(destination, bytesOf(page.html));
@@ -37,6 +38,7 @@ public:
     std::function<void(const std::string& title)> before;   // on as many threads
     // One at a time only:
     std::vector<DocumentInfo> infos;
+    std::vector<std::vector<std::string>> savedFiles;
     std::function<void(std::size_t call)> instead;
 };
 

@@ -64,6 +64,8 @@ TEST_F(ExporterTest, MessagesBecomeFilesOldestFirst) {
                                   "0,2024-03-05 0705 Kim - Second.pdf,,C0003,1@x,"}));
     EXPECT_EQ(progress_, (std::vector<ExportProgress>{{0, 3, "First"}, {1, 3, "First"}, {2, 3, "Second"}, {3, 3, ""}}));
     EXPECT_EQ(renderer_.infos[0].title, "First");
+    EXPECT_EQ(renderer_.savedFiles[1], (std::vector<std::string>{"2024-03-05 0701 Kim - First (2)/a b.txt",
+                                                                 "2024-03-05 0701 Kim - First (2)/A b (2).TXT"}));
     EXPECT_EQ(run({}).folder, out_ / "Export (2)");
 }
 
@@ -114,6 +116,7 @@ TEST_F(ExporterTest, AttachmentsThatCannotBeHadOrSaved) {
                                         "1,,,C0002,2@x,Couldn’t be read",
                                         "0,2024-03-05 0703 Kim - Good.pdf,,C0003,3@x,Simpler."}));
     EXPECT_EQ(namesIn(result.folder / "2024-03-05 0702 Kim - Too large"), std::vector<std::string>{"a.txt"});
+    EXPECT_EQ(renderer_.savedFiles[0], (std::vector<std::string>{"", "2024-03-05 0701 Kim - Missing/here.txt"}));
 }
 
 TEST_F(ExporterTest, NoNameStandsInTheWayOfAnother) {
