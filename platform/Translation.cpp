@@ -1,5 +1,6 @@
 #include "platform/Translation.h"
 
+#include "platform/Catalogue.h"
 #include "platform/Environment.h"
 #include "platform/Installation.h"
 #include "platform/LocaleFormat.h"
@@ -17,6 +18,18 @@ namespace ostrel::i18n {
 namespace {
 
 constexpr const char* domain = "ostrel";
+
+// The keys are English as another system's users speak it: what this one calls otherwise stands in a catalogue of its
+// own, which the C library does not read for languages that have none and in the C locale.
+Catalogue& english() {
+    static Catalogue texts;
+    return texts;
+}
+
+const char* inEnglish(const char* key, std::uint64_t count) {
+    const char* const text = english().text(key, count == 1 ? 0 : 1);
+    return text != nullptr && *text != '\0' ? text : key;
+}
 
 // Without the locale's own data the C library would leave texts English while dates, which come from elsewhere, follow
 // the environment. Languages can be asked for apart, in any locale but C.
@@ -81,17 +94,20 @@ void start(const std::filesystem::path& catalogues) {
     // Text is UTF-8 whatever the locale's own encoding; the system's reasons for errors come from its own catalogue.
     ::bind_textdomain_codeset(domain, "UTF-8");
     ::bind_textdomain_codeset("libc", "UTF-8");
+    english() = Catalogue::read(catalogues / "en" / "LC_MESSAGES" / "ostrel.mo");
 }
 
 void start() { start(installation::prefix() / "share" / "locale"); }
 
-std::string tr(const char* english) {
-    // The empty key is the catalogue's own header.
-    return *english ? ::dgettext(domain, english) : "";
+std::string tr(const char* key) {
+    if (*key == '\0') return "";   // the key of the catalogue's own header
+    const char* const text = ::dgettext(domain, key);
+    return text == key ? inEnglish(key, 1) : text;
 }
 
-std::string trCount(const char* english, std::uint64_t count) {
-    return fill(::dngettext(domain, english, english, count), {number(count)});
+std::string trCount(const char* key, std::uint64_t count) {
+    const char* const text = ::dngettext(domain, key, key, count);
+    return fill(text == key ? inEnglish(key, count) : text, {number(count)});
 }
 
 std::string filled(const std::string& text, std::uint64_t first, std::uint64_t second) {

@@ -11,7 +11,7 @@
 namespace ostrel::i18n {
 
 // Takes the locale of the environment and the catalogues below the folder. Once, first thing in main, before other
-// threads; without it, or without a catalogue of the language, texts stay English.
+// threads; without it texts are their keys. What the language's catalogue lacks comes from the English one.
 void start(const std::filesystem::path& catalogues);
 // The same with the catalogues that belong to the running program: ../share/locale beside the folder it lies in, as in
 // an installation and in a build.

@@ -13,7 +13,7 @@ sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 from desktop import Desktop, wait  # noqa: E402
 
 PROGRAM, SAMPLE = (os.path.abspath(path) for path in sys.argv[1:3])
-COUNT = re.compile(r"^[\d,.]+ messages$")
+COUNT = re.compile(r"^[\d,.]+ messages?$")
 
 
 class Journey:
@@ -196,7 +196,7 @@ def keeping_an_export():
         desktop.find(f"Changed: {os.path.basename(pdf)}")
         desktop.click(desktop.find("Update This Export", "button"))
         desktop.find("Update finished")
-        desktop.find("1 messages saved as PDFs")
+        desktop.find("1 message saved as a PDF")
         desktop.key("Return")
 
         menu("Update an Export…")
@@ -216,7 +216,7 @@ def keeping_an_export():
         journey.choose_folder(re.compile("^Choose where to put the export"), out)
         desktop.find("Go on with an unfinished export?")
         desktop.key("Return")   # "Go On"
-        desktop.find("1 messages saved as PDFs")
+        desktop.find("1 message saved as a PDF")
         assert os.path.exists(pdf) and os.listdir(out) == [os.path.basename(folder)]
         desktop.key("Return")
         desktop.gone("Export finished")

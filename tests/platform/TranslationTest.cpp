@@ -33,6 +33,12 @@ std::string catalogue(const std::map<std::string, std::string>& texts) {
     return file + tables + bytes;
 }
 
+// Plurals as in English.
+std::string englishCatalogue(std::map<std::string, std::string> texts) {
+    texts[""] = "Content-Type: text/plain; charset=UTF-8\nPlural-Forms: nplurals=2; plural=(n != 1);\n";
+    return catalogue(texts);
+}
+
 class TranslationTest : public testing::Test {
 protected:
     ~TranslationTest() override { std::setlocale(LC_ALL, "C"); }
@@ -70,6 +76,37 @@ TEST_F(TranslationTest, IsEnglishWithoutACatalogue) {
     i18n::start(std::filesystem::path("/nowhere"));
     EXPECT_EQ(tr("Couldn’t be read"), "Couldn’t be read");
     EXPECT_EQ(trCount("%lld messages", 1), "1 messages");
+}
+
+TEST(Translation, IsThisSystemsEnglishWhereTheLanguageHasNoCatalogue) {
+    const ScratchFolder folder;
+    std::filesystem::create_directories(folder / "en/LC_MESSAGES");
+    std::ofstream(folder / "en/LC_MESSAGES/ostrel.mo") << englishCatalogue(
+        {{"%lld messages\0%lld messages"s, "%lld message\0%lld messages"s}, {"On My Mac", "On This Computer"}});
+    const EnvironmentVariable language("LANGUAGE", nullptr);
+    for (const char* locale : {"C", "POSIX", "C.UTF-8", "en_US.UTF-8", "fr_FR.UTF-8"}) {
+        const EnvironmentVariable all("LC_ALL", locale);
+        i18n::start(folder.path());
+        EXPECT_EQ(tr("On My Mac"), "On This Computer") << locale;
+        EXPECT_EQ(tr("Date"), "Date") << locale;
+        EXPECT_EQ(tr(""), "") << locale;
+        EXPECT_EQ(trCount("%lld messages", 1), "1 message") << locale;
+        EXPECT_EQ(trCount("%lld messages", 2), "2 messages") << locale;
+        unsetenv("LANGUAGE");   // that it may have set for itself
+    }
+    std::setlocale(LC_ALL, "C");
+}
+
+TEST(Translation, StaysWithItsKeysWhereTheCatalogueIsDamaged) {
+    const std::string whole = catalogue({{"Date", "Day"}});
+    for (std::size_t length = 0; length < whole.size() - 1; ++length) {   // the last byte ends the text
+        const ScratchFolder folder;
+        std::filesystem::create_directories(folder / "en/LC_MESSAGES");
+        std::ofstream(folder / "en/LC_MESSAGES/ostrel.mo") << whole.substr(0, length);
+        i18n::start(folder.path());
+        EXPECT_EQ(tr("Date"), "Date") << length;
+    }
+    i18n::start(std::filesystem::path("/nowhere"));
 }
 
 TEST(Translation, FillsPlaceHoldersOnceAndKeepsTheRest) {
