@@ -255,6 +255,13 @@ void AppModel::setAllMailboxes(bool on) {
     filter.set(std::move(changed));
 }
 
+void AppModel::showOnlyMailbox(const std::string& id) {
+    MessageFilter changed = filter.get();
+    changed.mailboxes = {id};
+    if (index.get() && mailboxIDs(*index.get()) == *changed.mailboxes) changed.mailboxes.reset();
+    filter.set(std::move(changed));
+}
+
 void AppModel::clearFilters() {
     const auto clear = [this](auto MessageFilter::*field) {
         MessageFilter changed = filter.get();

@@ -120,6 +120,7 @@ public:
     void useDefaultFolder();
     void setMailbox(const std::string& id, bool on);
     void setAllMailboxes(bool on);
+    void showOnlyMailbox(const std::string& id);
     void clearFilters();
     bool canExport() const;
     void openExport();

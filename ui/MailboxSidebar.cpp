@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <utility>
 
+#include <gtkmm/gestureclick.h>
 #include <gtkmm/label.h>
 
 namespace ostrel {
@@ -19,9 +20,11 @@ using i18n::tr;
 constexpr int spacing = 6;
 
 // What stands behind a check box: a symbol, a name that is cut off where the sidebar ends, and a count if any.
-// Returns the count's place.
-Gtk::Label* setContent(Gtk::CheckButton& check, std::string_view symbol, const std::string& name,
-                       const std::string& count) {
+struct Content {
+    Gtk::Box* box;
+    Gtk::Label* count;
+};
+Content makeContent(std::string_view symbol, const std::string& name, const std::string& count) {
     auto* content = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL, spacing);
     auto* image = Gtk::make_managed<Gtk::Image>();
     image->set_from_icon_name(symbols::iconName(symbol));
@@ -37,9 +40,7 @@ Gtk::Label* setContent(Gtk::CheckButton& check, std::string_view symbol, const s
     number->add_css_class("numeric");
     content->append(*number);
     content->set_hexpand();
-    check.set_child(*content);
-    check.set_hexpand();
-    return number;
+    return {content, number};
 }
 
 }   // namespace
@@ -47,18 +48,20 @@ Gtk::Label* setContent(Gtk::CheckButton& check, std::string_view symbol, const s
 MailboxSidebar::MailboxSidebar(AppModel& model)
     : model_(model), list_(Gtk::Orientation::VERTICAL), accounts_(Gtk::Orientation::VERTICAL) {
     add_css_class("mailboxes");
-    chosen_ = setContent(all_, "tray.2", tr("All Mailboxes"), "");
+    const Content everything = makeContent("tray.2", tr("All Mailboxes"), "");
+    chosen_ = everything.count;
     accessible::setLabel(all_, tr("All Mailboxes"));
     all_.signal_toggled().connect([this] {
         if (!isShowing_) model_.setAllMailboxes(all_.get_active());
     });
-    list_.append(all_);
+    list_.append(makeLine(all_, *everything.box, std::nullopt));
     list_.append(accounts_);
     scroller_.set_child(list_);
     scroller_.set_policy(Gtk::PolicyType::NEVER, Gtk::PolicyType::AUTOMATIC);
     scroller_.set_expand();
     append(scroller_);
     focus_.onSideways = [this](Gtk::Widget& stop, bool toEnd) { moveSideways(stop, toEnd); };
+    focus_.onReturn = [this](Gtk::Widget& stop) { return chooseAt(stop); };
 
     subscriptions_.push_back(model_.index.observe([this] { showMailboxes(); }));
     subscriptions_.push_back(model_.filter.observe([this] { showChecks(); }));
@@ -103,17 +106,19 @@ void MailboxSidebar::moveSideways(Gtk::Widget& stop, bool toEnd) {
 
 void MailboxSidebar::addAccount(const MailAccount& account) {
     auto* mailboxes = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL);
+    mailboxes->add_css_class("account");
     for (const Mailbox& mailbox : account.mailboxes) {
         auto* check = Gtk::make_managed<Gtk::CheckButton>();
-        setContent(*check, symbols::forMailbox(mailbox.name), mailbox.name,
-                   locale::wholeNumber(static_cast<std::int64_t>(mailbox.messageCount)));
-        check->set_tooltip_text(mailbox.name);   // whole, where there is no room for it
+        const Content content = makeContent(symbols::forMailbox(mailbox.name), mailbox.name,
+                                            locale::wholeNumber(static_cast<std::int64_t>(mailbox.messageCount)));
+        content.box->set_tooltip_text(mailbox.name);   // whole, where there is no room for it
         accessible::setLabel(*check, mailbox.name + ", " + i18n::trCount("%lld messages", mailbox.messageCount));
         check->signal_toggled().connect([this, check, id = mailbox.id] {
             if (!isShowing_) model_.setMailbox(id, check->get_active());
         });
-        mailboxes->append(*check);
-        rows_.push_back({mailbox.id, check, sections_.size()});
+        Gtk::Box& line = makeLine(*check, *content.box, mailbox.id);
+        mailboxes->append(line);
+        rows_.push_back({mailbox.id, &line, check, sections_.size()});
     }
     auto* name = Gtk::make_managed<Gtk::Label>(account.label, Gtk::Align::START);
     name->set_ellipsize(Pango::EllipsizeMode::END);
@@ -136,6 +141,40 @@ void MailboxSidebar::addAccount(const MailAccount& account) {
     expand(section, !isCollapsed_[account.id]);
 }
 
+Gtk::Box& MailboxSidebar::makeLine(Gtk::CheckButton& check, Gtk::Box& content, std::optional<std::string> mailboxID) {
+    auto& line = *Gtk::make_managed<Gtk::Box>(Gtk::Orientation::HORIZONTAL);
+    line.add_css_class("mailbox");
+    line.append(check);
+    line.append(content);
+    const auto click = Gtk::GestureClick::create();
+    click->signal_released().connect([this, &check, id = std::move(mailboxID)](int, double, double) {
+        focus_.moveTo(check);
+        choose(id);
+    });
+    content.add_controller(click);
+    return line;
+}
+
+void MailboxSidebar::choose(const std::optional<std::string>& mailboxID) {
+    if (mailboxID) {
+        model_.showOnlyMailbox(*mailboxID);
+    } else {
+        model_.setAllMailboxes(true);
+    }
+    signalChosen.emit();
+}
+
+bool MailboxSidebar::chooseAt(const Gtk::Widget& stop) {
+    if (&stop == &all_) {
+        choose(std::nullopt);
+        return true;
+    }
+    const auto row = std::ranges::find(rows_, &stop, &Row::check);
+    if (row == rows_.end()) return false;
+    choose(std::string(row->mailboxID));
+    return true;
+}
+
 void MailboxSidebar::expand(const Section& section, bool isExpanded) {
     isCollapsed_[section.accountID] = !isExpanded;
     section.mailboxes->set_visible(isExpanded);
@@ -153,6 +192,11 @@ void MailboxSidebar::showChecks() {
         const bool isChosen = !chosen || chosen->contains(row.mailboxID);
         row.check->set_active(isChosen);
         if (isChosen) ++count;
+        if (chosen && isChosen && chosen->size() == 1) {
+            row.line->add_css_class("only");
+        } else {
+            row.line->remove_css_class("only");
+        }
     }
     isShowing_ = false;
     const std::string words = chosen ? i18n::filled(tr("%lld of %lld"), count, rows_.size()) : "";

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,11 +18,13 @@
 
 namespace ostrel {
 
-// Which mailboxes are shown: one check box for all, and one for each below its account. One stop of the Tab key; Left
-// and Right close and open an account.
+// Which mailboxes are shown: one check box for all, and one for each below its account. A click on a name, or the
+// Return key, shows that mailbox alone. One stop of the Tab key; Left and Right close and open an account.
 class MailboxSidebar : public Gtk::Box {
 public:
     explicit MailboxSidebar(AppModel& model);
+    // By its name: what is to be seen is in the list now.
+    sigc::signal<void()> signalChosen;
 
 private:
     // An account: its name, which opens and closes it, and below that its mailboxes.
@@ -33,6 +36,7 @@ private:
     };
     struct Row {
         std::string mailboxID;
+        Gtk::Widget* line;
         Gtk::CheckButton* check;
         std::size_t section;
     };
@@ -41,6 +45,10 @@ private:
     void addAccount(const MailAccount& account);
     void expand(const Section& section, bool isExpanded);
     void showChecks();
+    // The line of a mailbox, or of all without an identity, that is chosen by what stands behind its check box.
+    Gtk::Box& makeLine(Gtk::CheckButton& check, Gtk::Box& content, std::optional<std::string> mailboxID);
+    void choose(const std::optional<std::string>& mailboxID);
+    bool chooseAt(const Gtk::Widget& stop);
     void collectStops();
     void moveSideways(Gtk::Widget& stop, bool toEnd);
 

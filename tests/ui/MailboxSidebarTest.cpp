@@ -59,6 +59,21 @@ TEST_F(MailboxSidebarTest, checksFollowTheFilterAndChangeIt) {
     EXPECT_EQ(model_->messages.get().size(), 1u);
 }
 
+TEST_F(MailboxSidebarTest, oneMailboxAloneIsAllOfThemWhereThereIsNoOther) {
+    load();
+    model_->selection.set(first_);
+    model_->showOnlyMailbox("INBOX.mbox");
+    EXPECT_EQ(shown(), "All Mailboxes off, INBOX, 1 messages on, Work, 2 messages off");
+    EXPECT_EQ(model_->selection.get(), first_) << "it is still in the list";
+    model_->showOnlyMailbox("Work.mbox");
+    EXPECT_EQ(shown(), "All Mailboxes off, INBOX, 1 messages off, Work, 2 messages on");
+    mail_.remove("INBOX");
+    model_->reload();
+    tasks_.all();
+    model_->showOnlyMailbox("Work.mbox");
+    EXPECT_EQ(shown(), "All Mailboxes on, Work, 2 messages on");
+}
+
 TEST_F(MailboxSidebarTest, aReloadKeepsTheChoiceAndWhereNothingChangedTheWidgets) {
     load();
     checks().at("INBOX, 1 messages")->set_active(false);

@@ -83,6 +83,9 @@ bool RovingFocus::press(unsigned key) {
             if (onSideways) onSideways(**at, isRight == ((*at)->get_direction() != Gtk::TextDirection::RTL));
             return true;
         }
+        case GDK_KEY_Return:
+        case GDK_KEY_KP_Enter:
+            return onReturn && onReturn(**at);
         default:
             return false;
     }

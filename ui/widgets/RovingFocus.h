@@ -22,6 +22,8 @@ public:
     void moveTo(Gtk::Widget& stop);
     // Left or Right was pressed on a stop; to the end of its line or to the beginning.
     std::function<void(Gtk::Widget& stop, bool toEnd)> onSideways;
+    // Return was pressed on a stop. Whether that was all there is to do.
+    std::function<bool(Gtk::Widget& stop)> onReturn;
 
 private:
     bool press(unsigned key);
