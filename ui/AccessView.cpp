@@ -11,6 +11,7 @@
 #include <system_error>
 #include <utility>
 
+#include <adwaita.h>
 #include <gtkmm/button.h>
 #include <gtkmm/image.h>
 
@@ -75,12 +76,13 @@ AccessView::AccessView(AppModel& model, Desktop& desktop, Mnemonics mnemonics)
     content_.append(otherwise);
     content_.append(choose);
 
-    content_.set_size_request(width, -1);
-    content_.set_halign(Gtk::Align::CENTER);
     content_.set_valign(Gtk::Align::CENTER);
     content_.set_margin(margin);
-    set_policy(Gtk::PolicyType::AUTOMATIC, Gtk::PolicyType::AUTOMATIC);
-    set_child(content_);
+    GtkWidget* const clamp = adw_clamp_new();
+    adw_clamp_set_maximum_size(ADW_CLAMP(clamp), width);
+    adw_clamp_set_child(ADW_CLAMP(clamp), GTK_WIDGET(content_.gobj()));
+    set_policy(Gtk::PolicyType::NEVER, Gtk::PolicyType::AUTOMATIC);
+    set_child(*Glib::wrap(clamp));
 }
 
 void AccessView::addStep(unsigned number, const std::string& title, const std::string& text, const std::string& button,

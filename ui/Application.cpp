@@ -57,6 +57,9 @@ void Application::on_startup() {
     commands_ = std::make_unique<Commands>(*this, *model_, *this);
     main_ = std::make_unique<MainWindow>(*model_, *desktop_, &DesktopServices::openLink, commands_->menu());
     set_accel_for_action("win.mailboxes", "F9");
+    // Back is where the page before lies for who reads.
+    const bool isRightToLeft = Gtk::Widget::get_default_direction() == Gtk::TextDirection::RTL;
+    set_accels_for_action("win.back", {isRightToLeft ? "<Alt>Right" : "<Alt>Left", "Back"});
     set_accel_for_action("win.find", "<Primary>f");
     set_accel_for_action("win.find-in-message", "<Primary><Shift>f");
     set_accels_for_action("win.zoom-in", {"<Primary>plus", "<Primary>equal", "<Primary>KP_Add"});

@@ -25,9 +25,9 @@ using i18n::tr;
 constexpr int defaultWidth = 1240, defaultHeight = 760;
 
 // An icon alone: the tooltip says more than its name.
-void prepare(Gtk::Button& button, const char* symbol, const std::string& name, const std::string& tooltip,
+void prepare(Gtk::Button& button, const char* icon, const std::string& name, const std::string& tooltip,
              const char* action) {
-    button.set_icon_name(symbols::iconName(symbol));
+    button.set_icon_name(icon);
     button.set_tooltip_text(tooltip);
     button.set_action_name(action);
     accessible::setLabel(button, name);
@@ -57,16 +57,12 @@ MainWindow::MainWindow(AppModel& model, Desktop& desktop, WebPreview::LinkOpener
     addToolbar(menu);
     keepFocus();
 
-    mailboxes_.append(sidebar_);
-    mailboxes_.append(footer_);
-    for (Gtk::Widget* part : std::initializer_list<Gtk::Widget*>{&filter_, &table_, &exportBar_})
-        messages_.append(*part);
+    addColumns();
     for (Gtk::Widget* page : std::initializer_list<Gtk::Widget*>{&reading_, &access_, &noMail_, &columns_})
         content_.add(*page);
     content_.set_hhomogeneous(false);
     content_.set_vhomogeneous(false);
-    toasts_.setChild(content_);
-    set_child(toasts_);
+    set_child(content_);
 
     subscriptions_.push_back(model_.state.observe([this] { showState(); }));
     subscriptions_.push_back(model_.sheet.observe([this] { showSheet(); }));
@@ -79,24 +75,64 @@ MainWindow::MainWindow(AppModel& model, Desktop& desktop, WebPreview::LinkOpener
 
 MainWindow::~MainWindow() { g_clear_weak_pointer(&beforeMenu_); }
 
+void MainWindow::addColumns() {
+    mailboxes_.append(sidebar_);
+    mailboxes_.append(footer_);
+    toasts_.setChild(table_);   // what it says covers no button
+    for (Gtk::Widget* part : std::initializer_list<Gtk::Widget*>{&filter_, &toasts_, &exportBar_})
+        messages_.append(*part);
+    columns_.signalFolded.connect([this] { showColumns(); });
+    table_.onOpen = [this] {
+        if (!columns_.alone()) return;
+        columns_.showAlone(ThreeColumns::Column::page);
+        preview_.focusPage();
+    };
+    sidebar_.signalChosen.connect([this] { goBack(); });
+}
+
+// To the list, where it is not shown beside the others.
+void MainWindow::goBack() {
+    if (!columns_.alone()) return;
+    columns_.showAlone(ThreeColumns::Column::messages);
+    table_.focusList();
+}
+
+void MainWindow::showColumns() {
+    const auto alone = columns_.alone();
+    const bool isReady = model_.state.get().kind == MailState::Kind::ready;
+    const bool hasList = !alone || *alone == ThreeColumns::Column::messages;
+    table_.setCompact(alone.has_value());
+    goBack_->set_enabled(isReady && !hasList);
+    back_.set_visible(isReady && !hasList);
+    showMailboxes_.set_visible(isReady && hasList);
+    reload_.set_visible(isReady && !alone);   // the menu has it, where there is no room for more than the title
+    export_.set_visible(isReady);
+    toggleMailboxes_->set_state(Glib::Variant<bool>::create(columns_.areMailboxesShown()));
+}
+
 void MainWindow::addToolbar(const Glib::RefPtr<Gio::MenuModel>& menu) {
-    const auto toggle = add_action_bool(
+    toggleMailboxes_ = add_action_bool(
         "mailboxes", [this] { columns_.toggleMailboxes(); }, true);
-    columns_.signalMailboxes.connect(
-        [toggle](bool areShown) { toggle->set_state(Glib::Variant<bool>::create(areShown)); });
-    prepare(showMailboxes_, "sidebar.left", tr("Mailboxes"), tr("Show or hide the mailboxes") + " (F9)",
-            "win.mailboxes");
-    prepare(reload_, "arrow.clockwise", tr("Reload"), tr("Read the mail folder again (⌘R)"), "app.reload");
-    prepare(export_, "square.and.arrow.up", tr("Export"), tr("Export the messages in the list to PDFs (⇧⌘E)"),
-            "app.export");
+    goBack_ = add_action("back", [this] { goBack(); });
+    prepare(back_, "go-previous-symbolic", tr("Back"), tr("Back to the messages"), "win.back");
+    prepare(showMailboxes_, symbols::iconName("sidebar.left"), tr("Mailboxes"),
+            tr("Show or hide the mailboxes") + " (F9)", "win.mailboxes");
+    prepare(reload_, symbols::iconName("arrow.clockwise"), tr("Reload"), tr("Read the mail folder again (⌘R)"),
+            "app.reload");
+    prepare(export_, symbols::iconName("square.and.arrow.up"), tr("Export"),
+            tr("Export the messages in the list to PDFs (⇧⌘E)"), "app.export");
     add_action("find", [this] {
         if (widgets::hasFocus(preview_)) {
             preview_.find();
         } else {
+            columns_.showAlone(ThreeColumns::Column::messages);
             filter_.find();
         }
     });
-    add_action("find-in-message", [this] { preview_.find(); });
+    add_action("find-in-message", [this] {
+        columns_.showAlone(ThreeColumns::Column::page);
+        preview_.find();
+    });
     add_action("zoom-in", [this] { preview_.zoomIn(); });
     add_action("zoom-out", [this] { preview_.zoomOut(); });
     add_action("zoom-fit", [this] { preview_.fitWidth(); });
@@ -105,6 +141,7 @@ void MainWindow::addToolbar(const Glib::RefPtr<Gio::MenuModel>& menu) {
     menu_.set_primary();   // F10 opens it
     menu_.set_tooltip_text(tr("Main menu"));
     accessible::setLabel(menu_, tr("Main menu"));
+    header_.pack_start(back_);
     header_.pack_start(showMailboxes_);
     header_.pack_start(reload_);
     header_.pack_end(menu_);
@@ -131,6 +168,10 @@ void MainWindow::keepFocus() {
     keys->set_propagation_phase(Gtk::PropagationPhase::CAPTURE);
     keys->signal_key_pressed().connect(
         [this, controller = keys.get()](guint key, guint, Gdk::ModifierType) {
+            if (key == GDK_KEY_Escape && goBack_->get_enabled() && !preview_.isFinding()) {
+                goBack();
+                return true;
+            }
             if (key != GDK_KEY_Tab && key != GDK_KEY_ISO_Left_Tab) return false;
             const std::uint32_t when = controller->get_current_event_time();
             const bool isInPage = widgets::hasFocus(preview_);
@@ -144,9 +185,7 @@ void MainWindow::keepFocus() {
 
 void MainWindow::showState() {
     const MailState& state = model_.state.get();
-    const bool isReady = state.kind == MailState::Kind::ready;
-    for (Gtk::Button* button : std::initializer_list<Gtk::Button*>{&showMailboxes_, &reload_, &export_})
-        button->set_visible(isReady);
+    showColumns();
     reading_.update(state);
     switch (state.kind) {
         case MailState::Kind::checking:

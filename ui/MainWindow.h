@@ -18,6 +18,7 @@
 #include <memory>
 #include <vector>
 
+#include <giomm/simpleaction.h>
 #include <gtkmm/applicationwindow.h>
 #include <gtkmm/headerbar.h>
 #include <gtkmm/menubutton.h>
@@ -44,6 +45,9 @@ protected:
 
 private:
     void keepFocus();
+    void addColumns();
+    void goBack();
+    void showColumns();
     void addToolbar(const Glib::RefPtr<Gio::MenuModel>& menu);
     void showState();
     void showSheet();
@@ -59,7 +63,7 @@ private:
     Gtk::HeaderBar header_;
     Gtk::MenuButton menu_;
     Gtk::ToggleButton showMailboxes_;
-    Gtk::Button reload_, export_;
+    Gtk::Button back_, reload_, export_;
     ToastArea toasts_;
     Gtk::Stack content_;
     ReadingView reading_;
@@ -73,6 +77,7 @@ private:
     PreviewPane preview_;
     Gtk::Box mailboxes_, messages_;
     ThreeColumns columns_;
+    Glib::RefPtr<Gio::SimpleAction> goBack_, toggleMailboxes_;
     std::shared_ptr<Gtk::Window> sheet_;
     GtkWidget* beforeMenu_ = nullptr;   // had the focus when the menu opened; null once it is gone
     std::uint32_t tabbedInPage_ = 0;    // when

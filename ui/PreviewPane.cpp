@@ -37,6 +37,9 @@ PreviewPane::PreviewPane(AppModel& model, WebPreview::LinkOpener opener)
     spinner_.set_halign(Gtk::Align::CENTER);
     spinner_.set_valign(Gtk::Align::CENTER);
     spinner_.set_visible(false);
+    pages_.onWidth = [this](int width) {
+        if (preview_) preview_->setWidth(width);
+    };
     pages_.add(empty_);
     pages_.add(blank_);
     link_.add_css_class("link-target");
@@ -97,9 +100,9 @@ void PreviewPane::find() {
 }
 
 // The page is laid out for the width that it gets.
-void PreviewPane::size_allocate_vfunc(int width, int height, int baseline) {
-    Gtk::Box::size_allocate_vfunc(width, height, baseline);
-    if (preview_) preview_->setWidth(width);
+void PreviewPane::Pages::size_allocate_vfunc(int width, int height, int baseline) {
+    Gtk::Stack::size_allocate_vfunc(width, height, baseline);
+    if (onWidth) onWidth(width);
 }
 
 void PreviewPane::makePreview() {
@@ -172,6 +175,12 @@ void PreviewPane::showProgress() {
     }
     bar_.set_visible(hasPage());
     pages_.set_visible_child(page());
+    if (hasPage() && std::exchange(isAwaited_, false)) page().grab_focus();
+}
+
+void PreviewPane::focusPage() {
+    isAwaited_ = true;
+    showProgress();
 }
 
 Gtk::Widget& PreviewPane::page() {

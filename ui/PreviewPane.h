@@ -6,6 +6,7 @@
 #include "ui/PageBar.h"
 #include "ui/widgets/EmptyState.h"
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -25,14 +26,23 @@ public:
 
     // Asks what to look for in the message, if one is shown.
     void find();
+    bool isFinding() const { return bar_.isFinding(); }
+    // The page gets the keyboard, now or when there is one.
+    void focusPage();
     void zoomIn() { bar_.zoomIn(); }
     void zoomOut() { bar_.zoomOut(); }
     void fitWidth() { bar_.setZoom(1); }
 
-protected:
-    void size_allocate_vfunc(int width, int height, int baseline) override;
-
 private:
+    // Tells how wide it is; a box would not, its layout is another object's.
+    class Pages : public Gtk::Stack {
+    public:
+        std::function<void(int)> onWidth;
+
+    protected:
+        void size_allocate_vfunc(int width, int height, int baseline) override;
+    };
+
     void addBar();
     void addZoomGestures(Gtk::Widget& page);
     void show();
@@ -46,14 +56,14 @@ private:
     WebPreview::LinkOpener opener_;
     PageBar bar_;
     Gtk::Overlay overlay_;
-    Gtk::Stack pages_;
+    Pages pages_;
     EmptyState empty_;
     Gtk::Box blank_;         // where the first page takes its time
     Gtk::Label status_;      // for screen readers: the page itself tells them nothing when it comes
     Gtk::Spinner spinner_;   // for the others
     Gtk::Label link_;        // where it leads
     double pinched_ = 1;     // the zoom at the start of a pinch
-    bool isLoading_ = false, isLate_ = false;
+    bool isLoading_ = false, isLate_ = false, isAwaited_ = false;
     mainLoop::Timer patience_;
     std::unique_ptr<WebPreview> preview_;   // made with the first page: it starts the engine
     std::vector<Subscription> subscriptions_;

@@ -19,8 +19,8 @@ COUNT = re.compile(r"^[\d,.]+ messages?$")
 class Journey:
     """The application on a desktop of its own."""
 
-    def __init__(self, settings=None, environment=None, has_gl=True):
-        self.desktop = Desktop(environment, has_gl=has_gl)
+    def __init__(self, settings=None, environment=None, **display):
+        self.desktop = Desktop(environment, **display)
         self.store = self.desktop.home + "/Letters"
         subprocess.run([SAMPLE, self.store], check=True, stdout=subprocess.DEVNULL)
         if settings is not None:
@@ -30,10 +30,10 @@ class Journey:
         self.program = self.desktop.launch(PROGRAM)
 
     @classmethod
-    def on_sample(cls, environment=None, has_gl=True):
+    def on_sample(cls, environment=None, **display):
         """Past the welcome, with the sample in the list."""
-        journey = cls({"onboardingDone": True, "paper": "a4"}, environment, has_gl)
-        journey.desktop.find("The Paper Lantern")
+        journey = cls({"onboardingDone": True, "paper": "a4"}, environment, **display)
+        journey.desktop.find(re.compile("The Paper Lantern"))
         return journey
 
     @property
@@ -132,6 +132,47 @@ def finding():
         desktop.click(desktop.find(re.compile(r", \d+ messages$"), "checkbox"))
         wait(lambda: 0 < journey.count() < everything, "one mailbox")
         desktop.find("1 of 7")
+        names = [node for node in desktop.nodes() if node.name == "Sent Messages" and desktop.extents(node)[2] > 0]
+        desktop.click(min(names, key=lambda node: desktop.extents(node)[0]))   # the list has such names too
+        wait(lambda: {row.split(" | ")[-1] for row in desktop.rows()[1:]} == {"Sent Messages"}, "the messages of one mailbox")
+        desktop.find("1 of 7")
+        desktop.click(desktop.find("All Mailboxes", "label"))
+        wait(lambda: journey.count() == everything, "the whole list by its name")
+        journey.leave()
+
+
+def in_a_narrow_window():
+    """On a screen as wide as a phone's: one column after the other, and back."""
+    with Journey.on_sample(size="360x700") as journey:
+        desktop = journey.desktop
+
+        def is_within(node):
+            x, _, width, _ = desktop.place(node)
+            return x >= 0 and x + width <= 360
+
+        assert all(is_within(desktop.find(name)) for name in ("Export to PDF…", "Main menu", "Filter by subject"))
+        desktop.click(desktop.find(re.compile("Spring papers"), "row"))
+        wait(lambda: desktop.focused() == "Message preview", "the message to have the keyboard")
+        x, y, width, height = desktop.place(desktop.find("Message preview"))
+        assert x >= 0 and x + width <= 360
+        beside_the_sheet = (x + width - 20, y + 20, 3, height // 2)   # its margin, before the scroll bar
+        wait(lambda: desktop.is_blank(*beside_the_sheet), "the sheet to be as wide as the window")
+        desktop.gone("Filter by subject")
+        desktop.key("Escape")
+        desktop.find(re.compile("Spring papers"), "row", ["selected"])
+        wait(lambda: re.search("Spring papers", desktop.focused() or ""), "the list to have the keyboard")
+        desktop.key("Return")
+        wait(lambda: desktop.focused() == "Message preview", "the message to be opened by keyboard")
+        desktop.click(desktop.find("Back", "button"))
+        desktop.key("F9")
+        desktop.find("All Mailboxes")
+        desktop.gone("Filter by subject")
+        desktop.click(desktop.find("Sent Messages", "label"))
+        desktop.find("Filter by subject")
+        desktop.gone("All Mailboxes")
+        desktop.key("ctrl+shift+e")
+        assert is_within(desktop.find("Choose Folder and Export…", "button"))
+        desktop.key("Escape")
         journey.leave()
 
 
@@ -392,7 +433,7 @@ def in_german():
 
 
 JOURNEYS = {journey.__name__: journey
-            for journey in (first_start, finding, exporting, keeping_an_export, by_keyboard, reading, vanished_folder,
+            for journey in (first_start, finding, in_a_narrow_window, exporting, keeping_an_export, by_keyboard, reading, vanished_folder,
                             vanished_message, help_beside_a_sheet, staying, in_german)}
 
 if __name__ == "__main__":

@@ -45,6 +45,23 @@ TEST_F(ThreeColumnsTest, foldWhereThereIsNoRoomForAll) {
     EXPECT_EQ(shownAt(1200), "messages page") << "hidden by the user, they stay hidden";
 }
 
+TEST_F(ThreeColumnsTest, comeOneAfterTheOtherWhereThereIsRoomForOne) {
+    using enum ThreeColumns::Column;
+    EXPECT_EQ(shownAt(360), "messages ");
+    columns_.showAlone(page);
+    EXPECT_EQ(shown(), "page");
+    columns_.toggleMailboxes();
+    EXPECT_EQ(shown(), "mailboxes ");
+    columns_.toggleMailboxes();
+    EXPECT_EQ(shown(), "messages ");
+    columns_.showAlone(page);
+    EXPECT_EQ(shownAt(700), "messages page");
+    columns_.showAlone(mailboxes);
+    EXPECT_EQ(shown(), "messages page") << "there is room for more";
+    EXPECT_EQ(shownAt(360), "messages ");
+    EXPECT_EQ(shownAt(1200), "mailboxes messages page");
+}
+
 TEST_F(ThreeColumnsTest, shareWhatAWideWindowHasMore) {
     shownAt(1240);
     const int usual = messages_.get_width();

@@ -13,9 +13,10 @@
 namespace ostrel {
 namespace {
 
-constexpr int symbolGap = 6;
+constexpr int symbolGap = 6, lineGap = 2;
+constexpr double secondLineOpacity = 0.75;   // as dim text has it
 
-int lineHeight(const Pango::FontMetrics& metrics) { return PANGO_PIXELS(metrics.get_ascent() + metrics.get_descent()); }
+int heightOf(const Pango::FontMetrics& metrics) { return PANGO_PIXELS(metrics.get_ascent() + metrics.get_descent()); }
 
 }   // namespace
 
@@ -30,9 +31,29 @@ MessageCell::MessageCell(Width width) : width_(width), text_(create_pango_layout
 
 void MessageCell::setText(const std::string& text) {
     text_->set_text(text);
-    accessible::setLabel(*this, text);
+    tell();
     if (isSymbolShown()) queue_allocate();   // it stands behind the text
     queue_draw();
+}
+
+void MessageCell::setSecondLine(const std::optional<std::string>& text) {
+    if (text.has_value() != static_cast<bool>(second_)) {
+        second_ = text ? create_pango_layout({}) : nullptr;
+        if (second_) {
+            second_->set_ellipsize(Pango::EllipsizeMode::END);
+            second_->set_single_paragraph_mode(true);
+            second_->set_width(get_width() * PANGO_SCALE);
+        }
+        queue_resize();
+    }
+    if (second_) second_->set_text(*text);
+    tell();
+    queue_draw();
+}
+
+void MessageCell::tell() {
+    const std::string below = second_ ? second_->get_text().raw() : "";
+    accessible::setLabel(*this, text_->get_text().raw() + (below.empty() ? "" : ", " + below));
 }
 
 void MessageCell::setDigitsOfEqualWidth() {
@@ -57,15 +78,19 @@ void MessageCell::hideSymbol() {
     if (isSymbolShown()) symbol_->set_visible(false);
 }
 
+// Latin letters are taller than those of some languages, and stand in every list.
+int MessageCell::lineHeight() const {
+    const auto context = text_->get_context();
+    const auto font = context->get_font_description();
+    return std::max(heightOf(context->get_metrics(font, context->get_language())),
+                    heightOf(context->get_metrics(font, Pango::Language("en"))));
+}
+
 void MessageCell::measure_vfunc(Gtk::Orientation orientation, int, int& minimum, int& natural, int& minimumBaseline,
                                 int& naturalBaseline) const {
     minimumBaseline = naturalBaseline = -1;
     if (orientation == Gtk::Orientation::VERTICAL) {
-        // Latin letters are taller than those of some languages, and stand in every list.
-        const auto context = text_->get_context();
-        const auto font = context->get_font_description();
-        minimum = natural = std::max(lineHeight(context->get_metrics(font, context->get_language())),
-                                     lineHeight(context->get_metrics(font, Pango::Language("en"))));
+        minimum = natural = second_ ? 2 * lineHeight() + lineGap : lineHeight();
         return;
     }
     minimum = std::max(textScale::scaled(width_.minimum), width_.least);
@@ -83,18 +108,30 @@ void MessageCell::size_allocate_vfunc(int width, int height, int) {
         forText = std::clamp(width - symbolWidth - symbolGap, 0, textWidth + 1);
         const bool isRightToLeft = get_direction() == Gtk::TextDirection::RTL;
         const int at = isRightToLeft ? width - forText - symbolGap - symbolWidth : forText + symbolGap;
-        symbol_->size_allocate(Gtk::Allocation(at, 0, symbolWidth, height), -1);
+        symbol_->size_allocate(Gtk::Allocation(at, 0, symbolWidth, second_ ? lineHeight() : height), -1);
     }
     text_->set_width(forText * PANGO_SCALE);
+    if (second_) second_->set_width(width * PANGO_SCALE);
 }
 
 // Text begins where the column begins, whatever the direction of its own letters.
-void MessageCell::snapshot_vfunc(const Glib::RefPtr<Gtk::Snapshot>& snapshot) {
+void MessageCell::draw(const Glib::RefPtr<Gtk::Snapshot>& snapshot, const Glib::RefPtr<Pango::Layout>& text, int y,
+                       int height) {
     Pango::Rectangle drawn, line;
-    text_->get_pixel_extents(drawn, line);
+    text->get_pixel_extents(drawn, line);
     const bool isRightToLeft = get_direction() == Gtk::TextDirection::RTL;
-    const int x = isRightToLeft ? get_width() - line.get_width() : 0, y = (get_height() - line.get_height()) / 2;
-    snapshot->render_layout(get_style_context(), x - line.get_x(), y, text_);
+    const int x = isRightToLeft ? get_width() - line.get_width() : 0;
+    snapshot->render_layout(get_style_context(), x - line.get_x(), y + (height - line.get_height()) / 2, text);
+}
+
+void MessageCell::snapshot_vfunc(const Glib::RefPtr<Gtk::Snapshot>& snapshot) {
+    const int first = second_ ? lineHeight() : get_height();
+    draw(snapshot, text_, 0, first);
+    if (second_) {
+        snapshot->push_opacity(secondLineOpacity);
+        draw(snapshot, second_, first + lineGap, first);
+        snapshot->pop();
+    }
     if (isSymbolShown()) snapshot_child(*symbol_, snapshot);
 }
 

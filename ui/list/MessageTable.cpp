@@ -80,6 +80,7 @@ MessageTable::MessageTable(AppModel& model)
 
     titles_.begin();
     titles_.onSort = [this](SortOrder order) { model_.sortOrder.set(std::move(order)); };
+    addOpening();
     addTooltips();
     addContextMenu();
     addTypeAhead();
@@ -114,6 +115,19 @@ void MessageTable::addColumn(Column column) {
         if (allowed != width) column->set_fixed_width(allowed);
     });
     view_.append_column(made);
+    columns_[column] = made;
+}
+
+void MessageTable::setCompact(bool isCompact) {
+    if (std::exchange(isCompact_, isCompact) == isCompact) return;
+    const auto& subjects = columns_[subject];
+    if (isCompact) subjectWidth_ = subjects->get_fixed_width();
+    subjects->set_fixed_width(isCompact ? -1 : subjectWidth_);
+    for (const Column column : {from, mailbox}) columns_[column]->set_visible(!isCompact);
+    refresh();
+    for (const auto& [item, cell] : cells_)
+        if (cell.column == subject && !isCompact) cell.widget->setSecondLine(std::nullopt);
+    if (const auto selected = rows_.selectedRow()) scrollTo(*selected, false);
 }
 
 Glib::RefPtr<Gtk::ListItemFactory> MessageTable::factory(Column column) {
@@ -138,6 +152,7 @@ Glib::RefPtr<Gtk::ListItemFactory> MessageTable::factory(Column column) {
 void MessageTable::fill(MessageCell& cell, Column column, const MessageSummary& message) const {
     cell.setText(text(column, message));
     if (column != subject) return;
+    if (isCompact_) cell.setSecondLine(secondLine(message));
     if (message.hasAttachments) {
         cell.showSymbol(symbols::iconName("paperclip"), tr("Has attachments"));
     } else {
@@ -164,6 +179,11 @@ std::string MessageTable::text(Column column, const MessageSummary& message) con
     }
 }
 
+std::string MessageTable::secondLine(const MessageSummary& message) const {
+    const std::string sender = text(from, message), place = text(mailbox, message);
+    return sender.empty() || place.empty() ? sender + place : i18n::filled(tr("%@ · %@"), sender, place);
+}
+
 std::string MessageTable::tooltip(const Place& place) const {
     const MessageSummary& message = rows_.messages()[place.row];
     switch (place.column) {
@@ -172,7 +192,8 @@ std::string MessageTable::tooltip(const Place& place) const {
         case from:
             return MailMessage::line(message.from);
         default:
-            return place.cell->isCut() ? text(place.column, message) : "";
+            if (!place.cell->isCut()) return "";
+            return text(place.column, message) + (isCompact_ ? "\n" + secondLine(message) : "");
     }
 }
 
@@ -298,6 +319,27 @@ void MessageTable::goTo(char32_t character, std::uint32_t when) {
     if (!found) return;
     model_.selection.set(messages[*found].id());
     scrollTo(*found, true);
+}
+
+void MessageTable::focusList() {
+    if (rows_.messages().empty()) return;
+    if (const auto selected = rows_.selectedRow()) {
+        scrollTo(*selected, true);
+    } else {
+        list_->child_focus(Gtk::DirectionType::TAB_FORWARD);
+    }
+}
+
+void MessageTable::addOpening() {
+    view_.signal_activate().connect([this](guint) {
+        if (onOpen) onOpen();
+    });
+    const auto click = Gtk::GestureClick::create();
+    click->set_propagation_phase(Gtk::PropagationPhase::CAPTURE);   // rows keep it to themselves
+    click->signal_released().connect([this](int, double x, double y) {
+        if (onOpen && placeAt(x, y)) Glib::signal_idle().connect_once([this] { onOpen(); });   // once it is selected
+    });
+    view_.add_controller(click);
 }
 
 // ---- Tooltips and the context menu ----

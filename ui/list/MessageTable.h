@@ -8,6 +8,7 @@
 #include "ui/list/TypeAhead.h"
 #include "ui/widgets/EmptyState.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -31,6 +32,13 @@ public:
     explicit MessageTable(AppModel& model);
     ~MessageTable() override;
 
+    // For little room: the subject has the sender and the mailbox below it instead of beside it.
+    void setCompact(bool isCompact);
+    // The selected row gets the keyboard, else the first.
+    void focusList();
+    // A message was clicked, or chosen with the Return key.
+    std::function<void()> onOpen;
+
 private:
     enum Column { date, from, subject, mailbox };
     struct Place {
@@ -48,6 +56,7 @@ private:
     void fill(MessageCell& cell, Column column, const MessageSummary& message) const;
     void refresh();
     std::string text(Column column, const MessageSummary& message) const;
+    std::string secondLine(const MessageSummary& message) const;
     std::string tooltip(const Place& place) const;
     std::optional<std::size_t> rowOf(GtkListItem* item) const;
     std::optional<Place> placeAt(double x, double y);
@@ -63,6 +72,7 @@ private:
     bool moveOn(bool isBackward);
     void leave(Gtk::Widget& part, bool isBackward);
     void goTo(char32_t character, std::uint32_t when);
+    void addOpening();
     void addTooltips();
     void addContextMenu();
     void openMenu(const Gdk::Rectangle& at);
@@ -72,6 +82,9 @@ private:
     MessageTableModel rows_;
     std::unordered_map<GtkListItem*, Cell> cells_;   // an item tells the row that its cell shows now
     int widestDate_ = 0;
+    bool isCompact_ = false;
+    std::array<Glib::RefPtr<Gtk::ColumnViewColumn>, 4> columns_;
+    int subjectWidth_ = -1;   // beside the other columns
     Gtk::ScrolledWindow scroller_;
     Gtk::ColumnView view_;
     SortTitles titles_{view_};

@@ -57,7 +57,9 @@ void SheetWindow::addButton(Gtk::Button& button, const std::string& text) {
 
 // The scrolled window does not know how its lines will break.
 void SheetWindow::fit() {
-    const int width = textScale::scaled(usualWidth), maxHeight = textScale::scaled(usualMostHeight);
+    const int room = get_transient_for()->get_width();   // 0: the window is not shown yet
+    const int usual = textScale::scaled(usualWidth);
+    const int width = room > 0 ? std::min(usual, room) : usual, maxHeight = textScale::scaled(usualMostHeight);
     const auto heightOf = [width](const Gtk::Widget& part) {
         int least = 0, natural = 0, unused = 0;
         part.measure(Gtk::Orientation::VERTICAL, width - frame, least, natural, unused, unused);

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <utility>
 
 namespace ostrel {
 namespace {
@@ -13,8 +14,8 @@ namespace {
 constexpr int minMailboxes = 200, mailboxesIdeal = 240, maxMailboxes = 360;
 constexpr int minMessages = 380, messagesIdeal = 560;
 constexpr int minPage = 280, pageIdeal = 320, pageUsual = 440;   // does not follow the size of the window's text
-
-int roomForAll() { return textScale::scaled(minMailboxes + minMessages) + minPage; }
+constexpr int minAlone = 340;                                    // any of them
+constexpr int handle = 12;                                       // at most
 
 }   // namespace
 
@@ -35,47 +36,75 @@ ThreeColumns::ThreeColumns(Gtk::Widget& mailboxes, Gtk::Widget& messages, Gtk::W
 }
 
 void ThreeColumns::toggleMailboxes() {
-    bool& isShown = isNarrow_ ? isShownWhenNarrow_ : isShownWhenWide_;
+    if (room_ == Room::one) return showAlone(areMailboxesShown() ? Column::messages : Column::mailboxes);
+    bool& isShown = room_ == Room::two ? isShownWhenTwo_ : isShownWhenThree_;
     isShown = !isShown;
     fold();
 }
 
-// What there must be room for is the list and the wider of its neighbours.
+bool ThreeColumns::areMailboxesShown() const { return mailboxes_.get_visible(); }
+
+void ThreeColumns::showAlone(Column column) {
+    if (room_ != Room::one || column == alone_) return;
+    alone_ = column;
+    fold();
+}
+
+std::optional<ThreeColumns::Column> ThreeColumns::alone() const {
+    return room_ == Room::one ? std::optional(alone_) : std::nullopt;
+}
+
+// Columns fold away before the window is narrower than they are.
 void ThreeColumns::measure_vfunc(Gtk::Orientation orientation, int forSize, int& minimum, int& natural,
                                  int& minimumBaseline, int& naturalBaseline) const {
     SplitView::measure_vfunc(orientation, forSize, minimum, natural, minimumBaseline, naturalBaseline);
-    if (orientation != Gtk::Orientation::HORIZONTAL) return;
-    if (mailboxes_.get_visible() && page_.get_visible()) minimum -= minMailboxes;
-    if (!page_.get_visible()) minimum += minPage - minMailboxes;
-    natural = std::max(natural, minimum);
+    if (orientation != Gtk::Orientation::HORIZONTAL || room_ == Room::one) return;
+    minimum = std::min(minimum, textScale::scaled(minAlone));
 }
 
 void ThreeColumns::size_allocate_vfunc(int width, int height, int baseline) {
     SplitView::size_allocate_vfunc(width, height, baseline);
-    const bool isNarrow = width < roomForAll();
-    if (isNarrow == isNarrow_) {
+    const Room room = roomIn(width);
+    if (room == room_) {
         folding_ = {};
     } else {   // nothing may come or go while places are given
-        folding_ = mainLoop::Timer(std::chrono::milliseconds(0), [this, isNarrow] { setNarrow(isNarrow); });
+        folding_ = mainLoop::Timer(std::chrono::milliseconds(0), [this, room] { setRoom(room); });
     }
 }
 
-void ThreeColumns::setNarrow(bool isNarrow) {
-    isNarrow_ = isNarrow;
-    isShownWhenNarrow_ = false;
+ThreeColumns::Room ThreeColumns::roomIn(int width) {
+    const int two = textScale::scaled(minMessages) + minPage + handle;
+    return width < two ? Room::one : width < two + textScale::scaled(minMailboxes) ? Room::two : Room::three;
+}
+
+void ThreeColumns::setRoom(Room room) {
+    room_ = room;
+    isShownWhenTwo_ = false;
+    alone_ = widgets::hasFocus(page_) ? Column::page : Column::messages;   // whoever reads goes on reading
     fold();
 }
 
 void ThreeColumns::fold() {
-    const bool isShown = isNarrow_ ? isShownWhenNarrow_ : isShownWhenWide_;
-    const bool isPageShown = !isNarrow_ || !isShown;
-    const auto losesFocus = [](const Gtk::Widget& column, bool stays) { return !stays && widgets::hasFocus(column); };
-    if (losesFocus(mailboxes_, isShown) || losesFocus(page_, isPageShown))
-        messages_.child_focus(Gtk::DirectionType::TAB_FORWARD);
-    mailboxes_.set_visible(isShown);
-    page_.set_visible(isPageShown);
-    leaveSecond(textScale::scaled(minMessages) + (isPageShown ? pageIdeal : 0));
-    signalMailboxes.emit(isShown);
+    const bool isAlone = room_ == Room::one;
+    const bool hasMailboxes = isAlone              ? alone_ == Column::mailboxes
+                              : room_ == Room::two ? isShownWhenTwo_
+                                                   : isShownWhenThree_;
+    const bool hasMessages = !isAlone || alone_ == Column::messages;
+    const bool hasPage = isAlone ? alone_ == Column::page : room_ == Room::three || !hasMailboxes;
+    const std::pair<Gtk::Widget*, bool> columns[] = {
+        {&messages_, hasMessages}, {&mailboxes_, hasMailboxes}, {&page_, hasPage}};
+    bool isFocusLost = false;
+    for (const auto& [column, isShown] : columns) isFocusLost = isFocusLost || (!isShown && widgets::hasFocus(*column));
+    messages_.set_size_request(isAlone ? -1 : minMessages, -1);
+    messagesAndPage_.set_visible(hasMessages || hasPage);
+    for (const auto& [column, isShown] : columns)
+        if (isShown) column->set_visible();
+    if (isFocusLost)
+        std::ranges::find_if(columns, &std::pair<Gtk::Widget*, bool>::second)
+            ->first->child_focus(Gtk::DirectionType::TAB_FORWARD);
+    for (const auto& [column, isShown] : columns) column->set_visible(isShown);
+    leaveSecond((hasMessages && !isAlone ? textScale::scaled(minMessages) : 0) + (hasPage && !isAlone ? pageIdeal : 0));
+    signalFolded.emit();
 }
 
 }   // namespace ostrel
