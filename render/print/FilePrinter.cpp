@@ -1,6 +1,6 @@
 #include "render/print/FilePrinter.h"
 
-#include "render/print/PageGeometry.h"
+#include "render/engine/PageGeometry.h"
 
 #include <memory>
 #include <string>

@@ -3,9 +3,9 @@
 #include "platform/Files.h"
 #include "platform/Translation.h"
 #include "render/engine/OfflineRules.h"
+#include "render/engine/PageGeometry.h"
 #include "render/loop/Log.h"
 #include "render/print/FilePrinter.h"
-#include "render/print/PageGeometry.h"
 #include "render/print/PageMeasures.h"
 #include "render/print/PageScripts.h"
 

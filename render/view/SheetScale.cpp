@@ -1,6 +1,6 @@
 #include "render/view/SheetScale.h"
 
-#include "render/print/PageGeometry.h"
+#include "render/engine/PageGeometry.h"
 #include "render/view/EngineView.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "platform/Files.h"
 #include "platform/TemporaryFolder.h"
+#include "render/engine/PageGeometry.h"
 #include "render/loop/MainLoop.h"
-#include "render/print/PageGeometry.h"
 #include "render/print/PagePrinter.h"
 #include "tests/render/EngineProcess.h"
 
