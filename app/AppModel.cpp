@@ -2,6 +2,7 @@
 
 #include "app/ExportPlan.h"
 #include "app/ForeignPictures.h"
+#include "app/Gate.h"
 #include "app/PreparedIndex.h"
 #include "core/mailstore/Emlx.h"
 #include "core/page/MessageHTML.h"
@@ -131,6 +132,13 @@ void AppModel::reload() {
         });
 }
 
+void AppModel::cancelScan() {
+    const auto kind = state.get().kind;
+    if (kind != MailState::Kind::checking && kind != MailState::Kind::scanning) return;
+    scan_.request_stop();
+    own_.state.set({index.get() ? MailState::Kind::ready : MailState::Kind::stopped});
+}
+
 void AppModel::refuse(MailAccessError::Kind why) {
     own_.state.set(
         {why == MailAccessError::Kind::noPermission ? MailState::Kind::needsAccess : MailState::Kind::noMail});
@@ -201,9 +209,11 @@ void AppModel::chooseFolder() {
         .prompt = tr("Use This Folder")};
     surroundings_.desktop.chooseFolder(
         request, [model = std::weak_ptr(self_)](const std::optional<std::filesystem::path>& folder) {
-            if (const auto alive = model.lock(); alive && folder) (*alive)->readFolder(folder->native());
+            if (const auto alive = model.lock(); alive && folder) (*alive)->openFolder(*folder);
         });
 }
+
+void AppModel::openFolder(const std::filesystem::path& folder) { readFolder(folder.native()); }
 
 void AppModel::useDefaultFolder() { readFolder(std::nullopt); }
 
@@ -394,7 +404,8 @@ void AppModel::begin(ExportJob::Kind kind, const std::filesystem::path& folder) 
         job.messages = prepared_->filtered(all, surroundings_.calendar(), order_);
     }
     if (index.get()) job.settings.mailFolder = index.get()->root;
-    awake_ = surroundings_.desktop.keepAwake(tr("Exporting mail to PDF"));
+    gate_ = std::make_shared<Gate>();
+    stayAwake();
     // How much an update has to do shows when both sides have been looked at.
     const std::size_t total = kind == ExportJob::Kind::update ? 0 : job.messages.size();
     own_.exportPhase.set(ExportProgress{0, total, ""});
@@ -403,7 +414,14 @@ void AppModel::begin(ExportJob::Kind kind, const std::filesystem::path& folder) 
     });
     // Cancelled runs come back too, with what they did: hence no stop token for the way.
     inBackground(
-        {}, [job = std::move(job), progress, cancel] { return job.run(progress, cancel); },
+        {},
+        [job = std::move(job), progress, cancel, gate = gate_] {
+            const auto pausing = [&](const ExportProgress& at) {
+                progress(at);
+                gate->pass(cancel);
+            };
+            return job.run(pausing, cancel);
+        },
         [folder](AppModel& model, ExportOutcome outcome) { model.finishExport(std::move(outcome), folder); });
 }
 
@@ -419,7 +437,20 @@ void AppModel::finishExport(ExportOutcome outcome, const std::filesystem::path& 
         sheet.set(std::nullopt);
         problem.set(std::get<std::string>(std::move(outcome)));
     }
+    own_.isPaused.set(false);
     awake_.reset();
+}
+
+void AppModel::stayAwake() { awake_ = surroundings_.desktop.keepAwake(tr("Exporting mail to PDF")); }
+
+void AppModel::pauseExport(bool on) {
+    if (!isExporting() || !own_.isPaused.set(on)) return;
+    gate_->setClosed(on);
+    if (on) {
+        awake_.reset();
+    } else {
+        stayAwake();
+    }
 }
 
 void AppModel::cancelExport() { export_.request_stop(); }

@@ -26,11 +26,12 @@
 namespace ostrel {
 
 class ForeignPictures;
+class Gate;
 class PreparedIndex;
 
 // The state of the mail folder.
 struct MailState {
-    enum class Kind { checking, scanning, needsAccess, noMail, ready };
+    enum class Kind { checking, scanning, stopped, needsAccess, noMail, ready };
     Kind kind = Kind::checking;
     std::size_t found = 0;   // messages so far, while scanning
     bool operator==(const MailState&) const = default;
@@ -92,6 +93,7 @@ private:
         Property<std::optional<std::string>> previewHTML;
         Property<bool> isBuildingPreview;
         Property<ExportPhase> exportPhase;
+        Property<bool> isPaused;
         Property<std::optional<std::filesystem::path>> unfinished;
         Property<VerificationPhase> verification;
     } own_;
@@ -104,6 +106,7 @@ public:
     const Property<std::optional<std::string>>& previewHTML = own_.previewHTML;
     const Property<bool>& isBuildingPreview = own_.isBuildingPreview;   // previewHTML is still the selection's before
     const Property<ExportPhase>& exportPhase = own_.exportPhase;
+    const Property<bool>& isPaused = own_.isPaused;   // the export
     // An export in the chosen destination that was cut short; answerUnfinished goes on.
     const Property<std::optional<std::filesystem::path>>& unfinished = own_.unfinished;
     const Property<VerificationPhase>& verification = own_.verification;
@@ -114,9 +117,12 @@ public:
     // At the start of the application: the welcome sheet when it is the first, and the first scan.
     void start();
     void reload();
+    // Ends a scan. What was read before is shown again; without, the folder is stopped at.
+    void cancelScan();
     // The application came to the front: looks again where the folder could not be read before.
     void becameActive();
     void chooseFolder();
+    void openFolder(const std::filesystem::path& folder);
     void useDefaultFolder();
     void setMailbox(const std::string& id, bool on);
     void setAllMailboxes(bool on);
@@ -132,6 +138,8 @@ public:
     // Brings that export up to date with the list, duplicates apart.
     void updateExport(const std::filesystem::path& folder);
     void cancelExport();
+    // Holds the running export before its next message, or lets it go on.
+    void pauseExport(bool on);
     bool isExporting() const;
     void chooseExportAndVerify();
     void verifyExport(const std::filesystem::path& folder);
@@ -159,6 +167,7 @@ private:
     void askForExport(std::string message, std::string prompt, void (AppModel::*chosen)(const std::filesystem::path&));
     void startExport(const std::filesystem::path& destination);
     void begin(ExportJob::Kind kind, const std::filesystem::path& folder);
+    void stayAwake();
     void finishExport(ExportOutcome outcome, const std::filesystem::path& folder);
 
     Surroundings surroundings_;
@@ -167,7 +176,8 @@ private:
     std::stop_source scan_, preview_, export_, verification_;
     std::filesystem::path destination_;   // of the export that was not begun because of an unfinished one
     const std::shared_ptr<ForeignPictures> foreignPictures_;   // of previews; a worker may hold it longer
-    std::shared_ptr<void> awake_;                              // while an export runs
+    std::shared_ptr<Gate> gate_;                               // of the export that runs
+    std::shared_ptr<void> awake_;                              // while an export runs and is not paused
     std::shared_ptr<AppModel*> self_;                          // expires with the model, for work that comes back later
     std::vector<Subscription> reactions_;
 };

@@ -4,6 +4,7 @@
 
 #include <set>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -138,6 +139,26 @@ TEST_F(AppModelTest, NothingOfASupersededScanArrives) {
     model_->reload();   // while the other waits to begin: it must not even walk the folder
     tasks_.all();
     EXPECT_EQ(shown(), "third second first");
+}
+
+TEST_F(AppModelTest, AScanThatIsEndedLeavesWhatWasThere) {
+    model_->start();
+    HandTurnedTasks::next(tasks_.background);   // the check
+    model_->cancelScan();
+    tasks_.all();
+    EXPECT_EQ(model_->state.get().kind, MailState::Kind::stopped);
+    EXPECT_EQ(model_->index.get(), nullptr);
+    model_->reload();
+    tasks_.all();
+    const auto index = model_->index.get();
+    ASSERT_NE(index, nullptr);
+    model_->cancelScan();
+    EXPECT_EQ(model_->state.get().kind, MailState::Kind::ready) << "there is no scan";
+    model_->reload();
+    model_->cancelScan();
+    tasks_.all();
+    EXPECT_EQ(model_->state.get().kind, MailState::Kind::ready);
+    EXPECT_EQ(model_->index.get(), index);
 }
 
 TEST_F(AppModelTest, AReportThatComesAfterTheIndexChangesNothing) {
@@ -360,6 +381,31 @@ TEST_F(AppModelTest, ACancelledExportFinishesWithWhatIsDone) {
     beginExport(out_.path());
     tasks_.all();
     EXPECT_FALSE(result()->cancelled) << "the next one starts afresh";
+}
+
+TEST_F(AppModelTest, APausedExportWaitsUntilItGoesOnOrIsCancelled) {
+    load();
+    model_->openExport();
+    model_->pauseExport(true);
+    EXPECT_FALSE(model_->isPaused.get()) << "there is none";
+    for (const bool goesOn : {true, false}) {
+        model_->chooseDestinationAndExport();
+        desktop_.answer(out_.path());
+        model_->pauseExport(true);
+        EXPECT_TRUE(model_->isPaused.get());
+        EXPECT_TRUE(desktop_.awake.expired()) << "the machine may sleep";
+        std::jthread worker([&] { HandTurnedTasks::next(tasks_.background); });
+        if (goesOn) {
+            model_->pauseExport(false);
+            EXPECT_FALSE(desktop_.awake.expired());
+        } else {
+            model_->cancelExport();
+        }
+        worker.join();
+        tasks_.all();
+        EXPECT_FALSE(model_->isPaused.get());
+        EXPECT_EQ(std::get<ExportResult>(model_->exportPhase.get()).cancelled, !goesOn);
+    }
 }
 
 TEST_F(AppModelTest, AnUpdateAddsWhatTheListHasAndLosesNothing) {

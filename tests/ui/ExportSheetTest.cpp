@@ -46,7 +46,7 @@ TEST_F(ExportSheetTest, showsTheFaceOfEachPhase) {
 
     exportInto(out_.path());
     EXPECT_EQ(read(sheet),
-              (Texts{"Exporting…", "0 of 3 messages", "Cancel Export",
+              (Texts{"Exporting…", "0 of 3 messages", "Pause", "Cancel Export",
                      "You can keep using your Mac. Cancel stops after the current message and keeps what’s done."}));
     sheet.close();
     EXPECT_EQ(model_->sheet.get(), Sheet::export_) << "a running export keeps its sheet";

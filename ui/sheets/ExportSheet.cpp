@@ -9,6 +9,8 @@
 #include "ui/widgets/Preferences.h"
 
 #include <algorithm>
+#include <chrono>
+#include <cstdint>
 #include <utility>
 
 namespace ostrel {
@@ -22,6 +24,14 @@ constexpr int spacing = 12, titleSymbolSize = 24;
 void secondary(Gtk::Label& label) {
     wrapFromLeft(label);
     label.add_css_class("dim-label");
+}
+
+std::string words(std::chrono::minutes left) {
+    constexpr std::chrono::minutes oneByOne{90};
+    if (left == std::chrono::minutes(0)) return tr("Less than a minute left");
+    const auto count = [](auto duration) { return static_cast<std::uint64_t>(duration.count()); };
+    return left < oneByOne ? trCount("About %lld minutes left", count(left))
+                           : trCount("About %lld hours left", count(std::chrono::round<std::chrono::hours>(left)));
 }
 
 // A line for each cause, and why the run gave up if it did.
@@ -60,6 +70,8 @@ ExportSheet::ExportSheet(AppModel& model, Desktop& desktop, Gtk::Window& parent,
     content().append(faces_);
     addButton(close_, tr("Cancel"));
     addButton(choose_, isUpdate() ? tr("Choose Export and Update…") : tr("Choose Folder and Export…"));
+    addButton(pause_, tr("Pause"));
+    addButton(goOn_, tr("Go On"));
     addButton(stop_, isUpdate() ? tr("Cancel Update") : tr("Cancel Export"));
     addButton(reveal_, tr("Show in Finder"));
     addButton(finish_, tr("Done"));
@@ -67,6 +79,7 @@ ExportSheet::ExportSheet(AppModel& model, Desktop& desktop, Gtk::Window& parent,
 
     subscriptions_.push_back(this->model().messages.observe([this] { showCount(); }));
     subscriptions_.push_back(this->model().exportPhase.observe([this] { showPhase(); }));
+    subscriptions_.push_back(this->model().isPaused.observe([this] { showPause(); }));
     showCount();
     showPhase();
 }
@@ -108,8 +121,13 @@ void ExportSheet::buildProgress() {
     auto& advice = *Gtk::make_managed<Gtk::Label>(
         tr("You can keep using your Mac. Cancel stops after the current message and keeps what’s done."));
     secondary(advice);
-    for (Gtk::Widget* each : std::initializer_list<Gtk::Widget*>{&progressTitle_, &bar_, &done_, &current_, &advice})
+    timeLeft_.add_css_class("numeric");
+    secondary(timeLeft_);
+    for (Gtk::Widget* each :
+         std::initializer_list<Gtk::Widget*>{&progressTitle_, &bar_, &done_, &timeLeft_, &current_, &advice})
         progress_.append(*each);
+    pause_.signal_clicked().connect([this] { this->model().pauseExport(true); });
+    goOn_.signal_clicked().connect([this] { this->model().pauseExport(false); });
     stop_.signal_clicked().connect([this] { cancel(); });
 }
 
@@ -151,12 +169,15 @@ void ExportSheet::showCount() {
 void ExportSheet::showPhase() {
     const ExportPhase& phase = model().exportPhase.get();
     if (const auto* progress = std::get_if<ExportProgress>(&phase)) {
+        if (!estimate_) estimate_.emplace(TimeLeft::Clock::now());
         show(*progress);
-        face(progress_, progressTitle_.label().get_text(), {&stop_}, nullptr);
+        face(progress_, progressTitle_.label().get_text(), {&pause_, &stop_}, nullptr);
     } else if (const auto* result = std::get_if<ExportResult>(&phase)) {
+        estimate_.reset();
         show(*result);
         face(summary_, summaryTitle_.label().get_text(), {&reveal_, &finish_}, &finish_);
     } else {
+        estimate_.reset();
         face(options_, isUpdate() ? tr("Update an Export") : tr("Export"), {&close_, &choose_}, &choose_);
     }
 }
@@ -170,6 +191,25 @@ void ExportSheet::show(const ExportProgress& progress) {
     done_.set_text(isLooking ? tr("Comparing the export with the mail…")
                              : i18n::filled(tr("%lld of %lld messages"), progress.done, progress.total));
     current_.set_text(progress.current);
+    showTimeLeft(progress);
+}
+
+void ExportSheet::showTimeLeft(const ExportProgress& progress) {
+    const auto left = estimate_->at(TimeLeft::Clock::now(), progress.done, progress.total);
+    timeLeft_.set_visible(left.has_value());
+    if (left) timeLeft_.set_text(words(*left));
+}
+
+void ExportSheet::showPause() {
+    if (!model().isExporting()) return;
+    const bool isPaused = model().isPaused.get();
+    if (estimate_) estimate_->setPaused(isPaused, TimeLeft::Clock::now());
+    const std::string running = isUpdate() ? tr("Updating…") : tr("Exporting…");
+    progressTitle_.label().set_text(isPaused ? tr("Paused") : running);
+    Gtk::Button &shown = isPaused ? goOn_ : pause_, &hidden = isPaused ? pause_ : goOn_;
+    shown.set_visible();
+    if (get_focus() == &hidden) set_focus(shown);
+    hidden.set_visible(false);
 }
 
 void ExportSheet::show(const ExportResult& result) {
@@ -213,7 +253,7 @@ void ExportSheet::face(Gtk::Widget& shown, const std::string& title, const std::
     faces_.set_visible_child(shown);
     if (!isNew) return;
     set_title(title);
-    for (Gtk::Button* button : {&close_, &choose_, &stop_, &reveal_, &finish_})
+    for (Gtk::Button* button : {&close_, &choose_, &pause_, &goOn_, &stop_, &reveal_, &finish_})
         button->set_visible(std::ranges::count(visible, button) > 0);
     if (standard) {
         set_default_widget(*standard);

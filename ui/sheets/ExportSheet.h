@@ -1,10 +1,12 @@
 #pragma once
 
 #include "app/Desktop.h"
+#include "app/TimeLeft.h"
 #include "ui/sheets/SheetWindow.h"
 #include "ui/widgets/DetailList.h"
 #include "ui/widgets/Headline.h"
 
+#include <optional>
 #include <vector>
 
 #include <gtkmm/progressbar.h>
@@ -29,6 +31,8 @@ private:
     void buildSummary();
     void showPhase();
     void showCount();
+    void showPause();
+    void showTimeLeft(const ExportProgress& progress);
     void show(const ExportProgress& progress);
     void show(const ExportResult& result);
     bool isUpdate() const { return purpose_ == Purpose::update; }
@@ -46,8 +50,9 @@ private:
 
     Headline progressTitle_;
     Gtk::ProgressBar bar_;
-    Gtk::Label done_, current_;
-    Gtk::Button stop_;
+    Gtk::Label done_, current_, timeLeft_;
+    Gtk::Button pause_, goOn_, stop_;
+    std::optional<TimeLeft> estimate_;   // of the run on the sheet
 
     Headline summaryTitle_;
     Gtk::Label saved_, savedAttachments_, held_, simplified_, failed_, why_, strange_, folder_;

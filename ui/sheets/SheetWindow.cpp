@@ -25,6 +25,7 @@ SheetWindow::SheetWindow(AppModel& model, Gtk::Window& parent, const std::string
     set_modal();
     set_application(parent.get_application());   // its actions
     header_.add_css_class("flat");
+    header_.set_title_widget(*Gtk::make_managed<Gtk::Box>());   // the title stands above the content
     set_titlebar(header_);
 
     content_.set_margin(margin);
@@ -65,7 +66,8 @@ void SheetWindow::fit() {
         part.measure(Gtk::Orientation::VERTICAL, width - frame, least, natural, unused, unused);
         return natural;
     };
-    const int content = std::min(heightOf(content_), maxHeight);
+    const int content = std::max(height_, std::min(heightOf(content_), maxHeight));
+    height_ = content;
     scroller_.set_min_content_height(content);
     set_default_size(width, content + heightOf(buttons_) + heightOf(header_));
 }

@@ -26,8 +26,8 @@ protected:
     Gtk::Box& content() { return content_; }
     // Buttons from left to right. Clicks leave the focus where it is, so that Return goes on to mean the default.
     void addButton(Gtk::Button& button, const std::string& text);
-    // Makes the sheet as high as its content, where the display allows. When the content is complete, and when it
-    // becomes another.
+    // Makes the sheet as high as its content, where the display allows, and never lower than it was: what stands in it
+    // stays in its place. When the content is complete, and when it becomes another.
     void fit();
     // Escape, and closing the window by other means. Closes the sheet unless overridden.
     virtual void cancel();
@@ -40,6 +40,7 @@ private:
     Gtk::HeaderBar header_;
     Gtk::ScrolledWindow scroller_;
     Gtk::Box body_, content_, buttons_;
+    int height_ = 0;
 };
 
 }   // namespace ostrel
