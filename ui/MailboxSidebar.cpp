@@ -43,6 +43,19 @@ Content makeContent(std::string_view symbol, const std::string& name, const std:
     return {content, number};
 }
 
+// Of several with one address, each has its number.
+std::string labelOf(const MailAccount& account, const std::vector<MailAccount>& all) {
+    std::uint64_t number = 0, count = 0;
+    for (const MailAccount& other : all) {
+        if (other.label != account.label) continue;
+        ++count;
+        if (other.id == account.id) number = count;
+    }
+    return count < 2
+               ? account.label
+               : i18n::filled(tr("%@ (%@)"), account.label, locale::wholeNumber(static_cast<std::int64_t>(number)));
+}
+
 }   // namespace
 
 MailboxSidebar::MailboxSidebar(AppModel& model)
@@ -78,7 +91,7 @@ void MailboxSidebar::showMailboxes() {
         sections_.clear();
         collectStops();
         while (Gtk::Widget* part = accounts_.get_first_child()) accounts_.remove(*part);
-        for (const MailAccount& account : accounts) addAccount(account);
+        for (const MailAccount& account : accounts) addAccount(account, labelOf(account, accounts));
     }
     collectStops();
     showChecks();
@@ -104,7 +117,7 @@ void MailboxSidebar::moveSideways(Gtk::Widget& stop, bool toEnd) {
     if (row != rows_.end() && !toEnd) focus_.moveTo(*sections_[row->section].header);
 }
 
-void MailboxSidebar::addAccount(const MailAccount& account) {
+void MailboxSidebar::addAccount(const MailAccount& account, const std::string& label) {
     auto* mailboxes = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL);
     mailboxes->add_css_class("account");
     for (const Mailbox& mailbox : account.mailboxes) {
@@ -120,7 +133,7 @@ void MailboxSidebar::addAccount(const MailAccount& account) {
         mailboxes->append(line);
         rows_.push_back({mailbox.id, &line, check, sections_.size()});
     }
-    auto* name = Gtk::make_managed<Gtk::Label>(account.label, Gtk::Align::START);
+    auto* name = Gtk::make_managed<Gtk::Label>(label, Gtk::Align::START);
     name->set_ellipsize(Pango::EllipsizeMode::END);
     name->add_css_class("heading");
     auto* arrow = Gtk::make_managed<Gtk::Image>();
@@ -131,8 +144,8 @@ void MailboxSidebar::addAccount(const MailAccount& account) {
     auto* header = Gtk::make_managed<Gtk::Button>();
     header->set_child(*content);
     header->set_has_frame(false);
-    header->set_tooltip_text(account.label);
-    accessible::setLabel(*header, account.label);
+    header->set_tooltip_text(label == account.label ? label : label + "\n" + account.id);
+    accessible::setLabel(*header, label);
     const Section section{account.id, header, arrow, mailboxes};
     header->signal_clicked().connect([this, section] { expand(section, !section.mailboxes->get_visible()); });
     accounts_.append(*header);

@@ -42,7 +42,7 @@ private:
     };
 
     void showMailboxes();
-    void addAccount(const MailAccount& account);
+    void addAccount(const MailAccount& account, const std::string& label);
     void expand(const Section& section, bool isExpanded);
     void showChecks();
     // The line of a mailbox, or of all without an identity, that is chosen by what stands behind its check box.
