@@ -14,6 +14,7 @@
 #include <utility>
 
 #include <glibmm/main.h>
+#include <gtkmm/droptarget.h>
 #include <gtkmm/eventcontrollerkey.h>
 #include <gtkmm/popover.h>
 
@@ -64,6 +65,8 @@ MainWindow::MainWindow(AppModel& model, Desktop& desktop, WebPreview::LinkOpener
     content_.set_vhomogeneous(false);
     set_child(content_);
 
+    reading_.signalCancel.connect([this] { model_.cancelScan(); });
+    takeFolders();
     subscriptions_.push_back(model_.state.observe([this] { showState(); }));
     subscriptions_.push_back(model_.sheet.observe([this] { showSheet(); }));
     subscriptions_.push_back(model_.problem.observe([this] { showProblem(); }));
@@ -168,6 +171,10 @@ void MainWindow::keepFocus() {
     keys->set_propagation_phase(Gtk::PropagationPhase::CAPTURE);
     keys->signal_key_pressed().connect(
         [this, controller = keys.get()](guint key, guint, Gdk::ModifierType) {
+            if (key == GDK_KEY_Escape && content_.get_visible_child() == &reading_) {
+                model_.cancelScan();
+                return true;
+            }
             if (key == GDK_KEY_Escape && goBack_->get_enabled() && !preview_.isFinding()) {
                 goBack();
                 return true;
@@ -183,6 +190,23 @@ void MainWindow::keepFocus() {
     add_controller(keys);
 }
 
+// A folder that is dropped on the window is read as if it had been chosen.
+void MainWindow::takeFolders() {
+    const auto drop = Gtk::DropTarget::create(GDK_TYPE_FILE_LIST, Gdk::DragAction::COPY);
+    drop->signal_drop().connect(
+        [this](const Glib::ValueBase& dropped, double, double) {
+            auto* const list = static_cast<GdkFileList*>(g_value_get_boxed(dropped.gobj()));
+            GSList* const files = gdk_file_list_get_files(list);
+            const char* const path = files != nullptr ? g_file_peek_path(G_FILE(files->data)) : nullptr;
+            const bool isFolder = path != nullptr && files::isFolder(path);
+            if (isFolder) model_.openFolder(path);
+            g_slist_free(files);
+            return isFolder;
+        },
+        false);
+    add_controller(drop);
+}
+
 void MainWindow::showState() {
     const MailState& state = model_.state.get();
     showColumns();
@@ -195,6 +219,7 @@ void MainWindow::showState() {
         case MailState::Kind::needsAccess:
             content_.set_visible_child(access_);
             break;
+        case MailState::Kind::stopped:
         case MailState::Kind::noMail:
             content_.set_visible_child(noMail_);
             break;

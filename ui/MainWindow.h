@@ -46,6 +46,7 @@ protected:
 private:
     void keepFocus();
     void addColumns();
+    void takeFolders();
     void goBack();
     void showColumns();
     void addToolbar(const Glib::RefPtr<Gio::MenuModel>& menu);

@@ -4,11 +4,13 @@
 #include "ui/widgets/EmptyState.h"
 #include "ui/widgets/Mnemonics.h"
 
+#include <vector>
+
 #include <gtkmm/button.h>
 
 namespace ostrel {
 
-// The main window where there is no mail folder: what to do about it.
+// The main window where there is no mail folder, or its reading was stopped: what to do about it.
 class NoMailView : public EmptyState {
 public:
     NoMailView(AppModel& model, Mnemonics mnemonics);
@@ -18,7 +20,7 @@ private:
 
     AppModel& model_;
     Gtk::Button choose_, standard_, again_;
-    Subscription subscription_;
+    std::vector<Subscription> subscriptions_;
 };
 
 }   // namespace ostrel

@@ -19,6 +19,11 @@ ReadingView::ReadingView() : Gtk::Box(Gtk::Orientation::VERTICAL, spacing) {
     wrapCentered(label_, lineCharacters);
     append(spinner_);
     append(label_);
+    cancel_.set_label(i18n::tr("Cancel"));
+    cancel_.add_css_class("pill");
+    cancel_.set_halign(Gtk::Align::CENTER);
+    cancel_.signal_clicked().connect([this] { signalCancel.emit(); });
+    append(cancel_);
 }
 
 void ReadingView::update(const MailState& state) {

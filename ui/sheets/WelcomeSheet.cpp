@@ -70,6 +70,11 @@ WelcomeSheet::WelcomeSheet(AppModel& model, Gtk::Window& parent) : SheetWindow(m
         feature("lock.shield", tr("Read-only and private"),
                 tr("Ostrel never changes your mail, never loads remote images, and nothing leaves this Mac. Next, it "
                    "asks for Full Disk Access to read Mail’s folder.")));
+    features.append(
+        feature("folder", tr("Where your mail comes from"),
+                tr("A Mac keeps Apple Mail’s messages in the folder Library/Mail of its user. Copy that folder to this "
+                   "computer, "
+                   "or connect a backup disk or network drive that has it, and choose it, or drop it on the window.")));
     content().append(features);
 
     auto& help = *Gtk::make_managed<Gtk::Button>();

@@ -14,6 +14,7 @@ class EmptyState : public Gtk::Box {
 public:
     EmptyState(const char* symbol, const std::string& title, const std::string& description);
 
+    void setTitle(const std::string& title);
     void setDescription(const std::string& description);
     // Below the description and the buttons before it. The button stays the caller's.
     void addButton(Gtk::Button& button);
