@@ -19,6 +19,7 @@
 #include "pdf/text/Clusters.h"
 #include "pdf/text/Emoji.h"
 #include "pdf/text/PageText.h"
+#include "pdf/text/Undrawn.h"
 #include "platform/Translation.h"
 
 #include <algorithm>
@@ -60,6 +61,7 @@ enum class Pass {
     clusterText,
     glyphUse,
     emojiText,
+    undrawnText,
     drawnFonts,
     fontReduction,
     typedText,
@@ -89,6 +91,8 @@ constexpr std::array orders{
     Order{Pass::pageText, Pass::clusterText, "its words are shaped"},
     Order{Pass::clusterText, Pass::fontReduction, "they are shaped with whole fonts"},
     Order{Pass::glyphUse, Pass::emojiText, "emoji are found by the glyphs drawn"},
+    Order{Pass::emojiText, Pass::undrawnText, "what tells itself is drawn"},
+    Order{Pass::undrawnText, Pass::fontReduction, "characters are looked for in whole fonts"},
     Order{Pass::emojiText, Pass::drawnFonts, "by the fonts that the engine drew them in"},
     Order{Pass::glyphUse, Pass::fontReduction, "only what is shown stays"},
     Order{Pass::drawnFonts, Pass::sharedTexts, "joined fonts have tables, too"},
@@ -227,6 +231,9 @@ constexpr std::array steps{
     Step{Pass::glyphUse, "glyphUse", Need::optional, readGlyphUse},
     Step{Pass::emojiText, "emojiText", Need::optional,
          [](Work& work) { work.keep(nameEmoji(work.file, work.texts, work.pageText, work.use)); }},
+    Step{
+        Pass::undrawnText, "undrawnText", Need::optional,
+        [](Work& work) { work.keep(nameUndrawn(work.file, *work.contents, work.texts, work.options.text, work.use)); }},
     Step{Pass::drawnFonts, "drawnFonts", Need::optional,
          [](Work& work) { work.keep(joinDrawnFonts(work.file, *work.contents, work.texts, work.use)); }},
     Step{Pass::fontReduction, "fontReduction", Need::optional, reduceFonts},

@@ -1,12 +1,11 @@
 #include "pdf/text/Clusters.h"
 
-#include "fonts/HarfBuzz.h"
 #include "pdf/content/ContentReader.h"
 #include "pdf/content/Hex.h"
 #include "pdf/content/Resources.h"
 #include "pdf/content/Rewriter.h"
 #include "pdf/content/StateStack.h"
-#include "pdf/content/Streams.h"
+#include "pdf/fonts/GlyphFont.h"
 
 #include <algorithm>
 #include <array>
@@ -181,24 +180,13 @@ private:
 
 // Null for fonts that do not matter here, or of which the codes are not simply glyphs.
 std::unique_ptr<Reading> readingOf(QPDFObjectHandle font, FontTexts& texts, const Wanted& wanted) {
-    if (!font.isDictionary() || !font.getKey("/Encoding").isNameAndEquals("/Identity-H")) return nullptr;
     const auto* const map = texts.of(font);
     const auto isInCluster = [](const auto& entry) { return std::ranges::any_of(entry.second, isClustered); };
     if (!map || map->codeBytes != 2) return nullptr;
     const bool hasClusters = !wanted.words.empty() && std::ranges::any_of(map->texts, isInCluster);
     if (!hasClusters && wanted.sequences.empty()) return nullptr;
-    auto descendants = font.getKey("/DescendantFonts");
-    if (!descendants.isArray() || descendants.getArrayNItems() != 1) return nullptr;
-    auto descendant = descendants.getArrayItem(0);
-    if (!descendant.isDictionary() || !descendant.getKey("/CIDToGIDMap").isNameAndEquals("/Identity")) return nullptr;
-    auto descriptor = descendant.getKey("/FontDescriptor");
-    auto program = descriptor.isDictionary() ? descriptor.getKey("/FontFile2") : QPDFObjectHandle::newNull();
-    const auto bytes = program.isStream() ? decoded(program) : std::nullopt;
-    if (!bytes) return nullptr;
-    const BlobPtr copy(hb_blob_create(bytes->data(), static_cast<unsigned>(bytes->size()), HB_MEMORY_MODE_DUPLICATE,
-                                      nullptr, nullptr));
-    const FacePtr face(hb_face_create(copy.get(), 0));
-    FontPtr shaper(hb_font_create(face.get()));
+    auto shaper = glyphFont(font);
+    if (!shaper) return nullptr;
     auto reading = std::make_unique<Reading>(std::move(shaper), map->texts);
     if (hasClusters) reading->learnWords(wanted.words);
     reading->learnSequences(wanted.sequences);

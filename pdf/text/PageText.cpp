@@ -32,18 +32,10 @@ constexpr std::size_t maxSequences = 5'000, maxSequenceLength = 64;
 
 // What is drawn alike has the same: the text composed, without what is not drawn (selectors of variants).
 std::u32string look(std::u32string_view text) {
-    icu::UnicodeString units;
+    std::u32string drawn;
     for (const char32_t c : text)
-        if (!u_hasBinaryProperty(static_cast<UChar32>(c), UCHAR_DEFAULT_IGNORABLE_CODE_POINT))
-            units.append(static_cast<UChar32>(c));
-    auto status = U_ZERO_ERROR;
-    const auto* const composer = icu::Normalizer2::getNFCInstance(status);
-    if (U_FAILURE(status)) return std::u32string(text);
-    const auto composed = composer->normalize(units, status);
-    std::u32string found;
-    for (int at = 0; at < composed.length(); at = composed.moveIndex32(at, 1))
-        found += static_cast<char32_t>(composed.char32At(at));
-    return found;
+        if (!u_hasBinaryProperty(static_cast<UChar32>(c), UCHAR_DEFAULT_IGNORABLE_CODE_POINT)) drawn += c;
+    return composed(drawn);
 }
 
 template <typename Read>
@@ -111,6 +103,25 @@ bool isClustered(char32_t c) {
 bool isCombining(char32_t c) {
     if (c < 0x300 || isClustered(c) || isRightToLeft(c) || c == 0xFE0F || c == 0x20E3) return false;
     return isWithin(c, 0x1160, 0x11FF) || (U_GET_GC_MASK(static_cast<UChar32>(c)) & U_GC_M_MASK) != 0;
+}
+
+bool hasRightToLeft(std::string_view text) {
+    bool found = false;
+    readCharacters(text, [&](char32_t c) { found = found || isRightToLeft(c); });
+    return found;
+}
+
+std::u32string composed(std::u32string_view text) {
+    icu::UnicodeString units;
+    for (const char32_t c : text) units.append(static_cast<UChar32>(c));
+    auto status = U_ZERO_ERROR;
+    const auto* const composer = icu::Normalizer2::getNFCInstance(status);
+    if (U_FAILURE(status)) return std::u32string(text);
+    const auto normal = composer->normalize(units, status);
+    std::u32string found;
+    for (int at = 0; at < normal.length(); at = normal.moveIndex32(at, 1))
+        found += static_cast<char32_t>(normal.char32At(at));
+    return found;
 }
 
 PageText pageText(std::string_view text) {

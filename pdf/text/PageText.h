@@ -14,6 +14,10 @@ bool isClustered(char32_t c);
 // Hangul syllables; not for those of the clustered scripts, of scripts from right to left, and of emoji.
 bool isCombining(char32_t c);
 
+bool hasRightToLeft(std::string_view text);
+
+std::u32string composed(std::u32string_view text);   // NFC
+
 // What a text says in the clustered scripts and in emoji; everything between is one blank.
 struct PageText {
     std::u32string text;
