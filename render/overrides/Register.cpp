@@ -68,7 +68,7 @@ constexpr std::array entries{
           .seenWith = "WebKitGTK 2.50.6 and GLib 2.74.6 (Debian 12); "
                       "WebKitGTK 2.54.0 and GLib 2.84.4 (Debian 13)",
           .cures = "The engine ends the whole program when one of its processes ends while it starts.",
-          .test = "Printing.OutlivesEngineProcessesThatEndAsTheyStart"},
+          .test = "Printing.NeedsNoEngineForTheWords"},
     Entry{.which = Override::pageSetup,
           .name = "page-setup",
           .replaces = "gtk_page_setup_to_gvariant of GTK",
