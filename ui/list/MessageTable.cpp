@@ -104,7 +104,7 @@ void MessageTable::addColumn(Column column) {
     const Layout& layout = layouts[column];
     const auto made = Gtk::ColumnViewColumn::create(tr(layout.title), factory(column));
     made->set_resizable();
-    made->set_expand(column == subject);
+    made->set_expand(column != date);   // they share what a wide window has more
     if (layout.sortsBy) titles_.add(made, *layout.sortsBy);
     // Dragging knows no limits of its own.
     made->property_fixed_width().signal_changed().connect([layout, column = made.get()] {

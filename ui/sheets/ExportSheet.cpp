@@ -59,7 +59,7 @@ ExportSheet::ExportSheet(AppModel& model, Desktop& desktop, Gtk::Window& parent,
       optionsTitle_("doc.richtext", "", titleSymbolSize),
       progressTitle_("square.and.arrow.up", isUpdate() ? tr("Updating…") : tr("Exporting…"), titleSymbolSize),
       summaryTitle_("checkmark.circle.fill", "", titleSymbolSize),
-      more_(Gtk::Orientation::HORIZONTAL, spacing) {
+      more_(spacing, spacing) {
     buildOptions();
     buildProgress();
     buildSummary();

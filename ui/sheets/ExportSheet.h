@@ -5,6 +5,7 @@
 #include "ui/sheets/SheetWindow.h"
 #include "ui/widgets/DetailList.h"
 #include "ui/widgets/Headline.h"
+#include "ui/widgets/WrapBox.h"
 
 #include <optional>
 #include <vector>
@@ -57,8 +58,8 @@ private:
     Headline summaryTitle_;
     Gtk::Label saved_, savedAttachments_, held_, simplified_, failed_, why_, strange_, folder_;
     DetailList details_;
-    Gtk::Box more_;
     Gtk::Button openIndex_, verify_, reveal_, finish_;
+    WrapBox more_;   // of two of them, and gone before them
     std::vector<Subscription> subscriptions_;
 };
 

@@ -61,6 +61,7 @@ void SheetWindow::fit() {
     const int room = get_transient_for()->get_width();   // 0: the window is not shown yet
     const int usual = textScale::scaled(usualWidth);
     const int width = room > 0 ? std::min(usual, room) : usual, maxHeight = textScale::scaled(usualMostHeight);
+    arrangeButtons(width - 2 * margin);
     const auto heightOf = [width](const Gtk::Widget& part) {
         int least = 0, natural = 0, unused = 0;
         part.measure(Gtk::Orientation::VERTICAL, width - frame, least, natural, unused, unused);
@@ -70,6 +71,16 @@ void SheetWindow::fit() {
     height_ = content;
     scroller_.set_min_content_height(content);
     set_default_size(width, content + heightOf(buttons_) + heightOf(header_));
+}
+
+// One below the other where they do not fit side by side.
+void SheetWindow::arrangeButtons(int width) {
+    buttons_.set_orientation(Gtk::Orientation::HORIZONTAL);
+    int least = 0, natural = 0, unused = 0;
+    buttons_.measure(Gtk::Orientation::HORIZONTAL, -1, least, natural, unused, unused);
+    const bool fits = least <= width;
+    buttons_.set_orientation(fits ? Gtk::Orientation::HORIZONTAL : Gtk::Orientation::VERTICAL);
+    buttons_.set_halign(fits ? Gtk::Align::END : Gtk::Align::FILL);
 }
 
 void SheetWindow::cancel() { model_.sheet.set(std::nullopt); }

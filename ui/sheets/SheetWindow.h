@@ -35,6 +35,8 @@ protected:
     bool on_close_request() override;
 
 private:
+    void arrangeButtons(int width);
+
     AppModel& model_;
     Mnemonics mnemonics_;
     Gtk::HeaderBar header_;
