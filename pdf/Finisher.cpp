@@ -182,8 +182,10 @@ void fillInTexts(Work& work) {
 }
 
 void addTags(Work& work) {
-    const auto tagged = tag(work.file, *work.contents, work.texts, work.options.listing, work.linkElements);
+    const auto tagged =
+        tag(work.file, *work.contents, work.texts, work.options.listing, work.options.text, work.linkElements);
     auto& report = work.result.report;
+    report.coverage = tagged.coverage;
     report.isTagged = tagged.kind != Tagged::Kind::none;
     report.isAccessible = tagged.kind == Tagged::Kind::listed && !work.options.title.empty();
     if (tagged.kind == Tagged::Kind::none) work.keep("no tags: " + tagged.why);

@@ -5,6 +5,7 @@
 #include "pdf/images/PlacedPictures.h"
 #include "pdf/pages/Links.h"
 #include "pdf/tags/PageListing.h"
+#include "pdf/tags/TextCoverage.h"
 #include "platform/Time.h"
 
 #include <chrono>
@@ -54,6 +55,7 @@ struct FinishReport {
     bool isArchival = false;          // says that it is PDF/A-2u (ISO 19005-2)
     bool isTagged = false;            // tells what is read on its pages, and in which order
     bool isAccessible = false;        // says that it is PDF/UA-1 (ISO 14289-1): tells it by the document's elements
+    std::optional<TextCoverage> coverage{};   // nullopt: the pages could not be read
     // The colours of pictures that did not come back as they must (PlacedPictures.h). If there are any, there is no
     // file: the page is to be printed again with those in it.
     std::vector<std::uint32_t> notPlaced{};

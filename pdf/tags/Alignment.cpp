@@ -1,5 +1,7 @@
 #include "pdf/tags/Alignment.h"
 
+#include "pdf/tags/ComparableText.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -7,56 +9,8 @@
 #include <unordered_map>
 #include <utility>
 
-#include <unicode/normalizer2.h>
-#include <unicode/uchar.h>
-#include <unicode/unistr.h>
-
 namespace ostrel::pdf {
 namespace {
-
-bool isBlank(char16_t c) { return c <= 0x20 || c == 0x7F || c == 0xA0; }
-
-// Brackets face the other way where text goes from right to left.
-char16_t unmirrored(char16_t c) {
-    switch (c) {
-        case u')':
-            return u'(';
-        case u']':
-            return u'[';
-        case u'}':
-            return u'{';
-        case u'>':
-            return u'<';
-        case u'\u00BB':
-            return u'\u00AB';
-        default:
-            return c;
-    }
-}
-
-// A text as it is compared: characters apart from their marks, without case, blanks and what is not seen.
-std::u16string comparable(std::u16string text) {
-    if (std::ranges::all_of(text, [](char16_t c) { return c < 0x80; })) {
-        std::erase_if(text, isBlank);
-        for (auto& c : text) c = c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c - u'A' + u'a') : unmirrored(c);
-        return text;
-    }
-    UErrorCode error = U_ZERO_ERROR;
-    const auto* const folding = icu::Normalizer2::getNFKCCasefoldInstance(error);
-    const auto* const taking = icu::Normalizer2::getNFDInstance(error);
-    if (U_FAILURE(error)) return text;
-    const icu::UnicodeString given(false, text.data(), static_cast<int32_t>(text.size()));
-    const auto folded = taking->normalize(folding->normalize(given, error), error);
-    std::u16string all(folded.getBuffer(), static_cast<std::size_t>(folded.length()));
-    std::erase_if(all, [](char16_t c) { return isBlank(c) || u_isUWhiteSpace(c); });
-    for (auto& c : all) c = unmirrored(c);
-    return all;
-}
-
-std::u16string comparable(std::string_view text) {
-    const auto units = icu::UnicodeString::fromUTF8({text.data(), static_cast<int32_t>(text.size())});
-    return comparable(std::u16string(units.getBuffer(), static_cast<std::size_t>(units.length())));
-}
 
 bool goesRightToLeft(char16_t c) { return c >= 0x0590 && c <= 0x08FF; }
 // Characters whose glyphs may come in another order than they do.

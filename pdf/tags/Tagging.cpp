@@ -21,13 +21,15 @@ public:
         : file_(file), contents_(contents), painted_(contents, texts) {}
 
     // Changes the file only if nothing stands against it.
-    Tagged run(const PageListing& listing, const std::vector<std::vector<std::optional<std::size_t>>>& links) {
+    Tagged run(const PageListing& listing, std::string_view text,
+               const std::vector<std::vector<std::optional<std::size_t>>>& links) {
         if (auto why = readPages(links); !why.empty()) return {Tagged::Kind::none, std::move(why)};
+        const auto coverage = textCoverage(listing, text, pages_);
         auto [structure, why] = listedStructure(listing, pages_);
         if (!why.empty()) structure = flatStructure(pages_);
-        if (structure.elements.size() > maxElements) return {Tagged::Kind::none, "too much that is read"};
-        if (!write(structure)) return {Tagged::Kind::none, "content within each other"};
-        return {why.empty() ? Tagged::Kind::listed : Tagged::Kind::flat, std::move(why)};
+        if (structure.elements.size() > maxElements) return {Tagged::Kind::none, "too much that is read", coverage};
+        if (!write(structure)) return {Tagged::Kind::none, "content within each other", coverage};
+        return {why.empty() ? Tagged::Kind::listed : Tagged::Kind::flat, std::move(why), coverage};
     }
 
 private:
@@ -79,9 +81,9 @@ private:
 
 }   // namespace
 
-Tagged tag(QPDF& file, Contents& contents, FontTexts& texts, const PageListing& listing,
+Tagged tag(QPDF& file, Contents& contents, FontTexts& texts, const PageListing& listing, std::string_view text,
            const std::vector<std::vector<std::optional<std::size_t>>>& links) {
-    return Tagger(file, contents, texts).run(listing, links);
+    return Tagger(file, contents, texts).run(listing, text, links);
 }
 
 }   // namespace ostrel::pdf
