@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <algorithm>
 #include <sstream>
 #include <string>
 
@@ -129,6 +130,60 @@ TEST_F(PageFrame, StandsWhateverTheMailDoes) {
                    std::abs(link.right - file->right) < 3 && link.top < file->bottom && link.bottom > file->top;
         }));
         EXPECT_EQ(readText(pdf).find("</"), std::string::npos);
+    }
+}
+
+// The document and its forms have what bears a name in the place of their own properties, for our scripts as well.
+TEST_F(PageFrame, DoesNotTakeNamesForWhatItAsksFor) {
+    const std::string dot =
+        "<img src='data:image/"
+        "png;base64,iVBORw0KGgoAAAANSUhEUgAAAAEAAAABCAYAAAAfFcSJAAAADUlEQVR42mNk+M9QDwADhgGAWjR9awAAAABJRU5ErkJggg=='";
+    std::string names;
+    for (const char* const name : {"body",
+                                   "head",
+                                   "documentElement",
+                                   "children",
+                                   "styleSheets",
+                                   "adoptedStyleSheets",
+                                   "links",
+                                   "images",
+                                   "fonts",
+                                   "createElement",
+                                   "createRange",
+                                   "createTreeWalker",
+                                   "getElementsByTagName",
+                                   "getElementsByTagNameNS",
+                                   "querySelector",
+                                   "querySelectorAll",
+                                   "scrollingElement",
+                                   "baseURI",
+                                   "localName",
+                                   "firstChild",
+                                   "nextSibling",
+                                   "parentElement",
+                                   "childNodes",
+                                   "attributes",
+                                   "style",
+                                   "nodeType",
+                                   "checkVisibility",
+                                   "offsetHeight",
+                                   "getBoundingClientRect",
+                                   "frameTrees",
+                                   "enlargeFrame",
+                                   "getComputedStyle",
+                                   "JSON",
+                                   "Map"})
+        names += dot + " name=" + name + " id=" + name + ">";
+    for (const std::string open : {"", "<fo<form>rm>", "<fo<form>rm><fo<form>rm name=body>"}) {
+        const auto pdf = printMail(open + names +
+                                   "<h2>Heading</h2><div style='width:1600px;text-align:right'>edge</div>"
+                                   "<a href='https://e.example/'>link</a>");
+        const auto links = readLinks(pdf);
+        EXPECT_EQ(std::ranges::count(links, "https://e.example/", &PrintedLink::url), 1) << open;
+        EXPECT_NE(readStructure(pdf).find("H2(\"Heading\")"), std::string::npos) << open;
+        const auto edge = find(readSheets(pdf), "edge");
+        ASSERT_TRUE(edge) << open;
+        EXPECT_LT(edge->right, 595 - 40) << open;
     }
 }
 

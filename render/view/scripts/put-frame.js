@@ -30,6 +30,14 @@ const putFrame = ({ styleSheet, head, files, padding }) => {
     };
 
     for (let first; (first = body?.firstElementChild) && first.localName != 'main';) first.remove();
+    // Forms have their fields in the place of their own properties, as "firstChild". A cleaned mail has no form unless
+    // somebody took pains to get it through.
+    for (const form of [...document.getElementsByTagName('form')]) {
+        const box = document.createElement('div'), content = document.createRange();
+        content.selectNodeContents(form);
+        box.append(content.extractContents());
+        Element.prototype.replaceWith.call(form, box);
+    }
     // Before the head stands an empty box: the first line and the first letter of the page, which the mail may give a
     // look, would be the subject's. At its end stands a float: whatever margins the mail has, its body and our list
     // have to clear it.
