@@ -25,7 +25,8 @@ struct Alignment {
         generated,   // no piece of any listed text: the number of a list's item
     };
     Kind kind = Kind::blank;
-    std::size_t listed = 0;   // of a piece
+    std::size_t listed = 0;      // of a piece
+    bool followsBlank = false;   // a piece that a blank stands before, in its text or between texts
     bool operator==(const Alignment&) const = default;
 };
 

@@ -102,6 +102,7 @@ public:
         return foreign_ > tolerable + shownCharacters_ / 20 ? "text that the document does not have" : "";
     }
     std::size_t of(std::size_t page, std::size_t painted) const { return owners_[page][painted]; }
+    std::vector<std::vector<AddedBlank>> takeBlanks() { return std::move(blanks_); }
 
 private:
     struct Place {
@@ -149,6 +150,31 @@ private:
             }
         }
         for (const auto& [text, owner] : waiting_) adopt(*text, *owner, lastOwner_);
+        addBlanks(aligned, nodes, shown, places);
+    }
+
+    // Between two pieces of a paragraph, where neither shows the blank that the document has there.
+    void addBlanks(const std::vector<Alignment>& aligned, const std::vector<std::size_t>& nodes,
+                   const std::vector<ShownText>& shown, const std::vector<Place>& places) {
+        const auto isBlank = [](char16_t c) { return c == u' ' || c == u'\u00A0'; };
+        blanks_.resize(pages_.size());
+        std::vector<std::size_t> lastOf(listing_.size(), none);   // by paragraph, its last piece
+        for (std::size_t i = 0; i < aligned.size(); ++i) {
+            if (aligned[i].kind != Alignment::Kind::piece) continue;
+            const auto last = std::exchange(lastOf[paragraphOf(nodes[aligned[i].listed])], i);
+            if (last == none || !aligned[i].followsBlank || aligned[last].listed > aligned[i].listed) continue;
+            const auto& [page, painted] = places[last];
+            const auto& before = pages_[page].painted[painted];
+            if (before.blank.empty() || isBlank(before.text.back()) || isBlank(shown[i].text.front())) continue;
+            blanks_[page].push_back({before.textEnd, before.blank});
+        }
+    }
+
+    std::size_t paragraphOf(std::size_t node) const {
+        static constexpr std::array<std::string_view, 3> inLines{"Link", "Quote", "Code"};
+        do node = listing_[node].parent;
+        while (std::ranges::find(inLines, listing_[node].text) != inLines.end());
+        return node;
     }
 
     static bool areOnOneLine(const ShownText& a, const ShownText& b) {
@@ -228,6 +254,7 @@ private:
     const PageListing& listing_;
     const std::vector<PaintedPage>& pages_;
     std::vector<std::vector<std::size_t>> owners_;   // by page and what is painted
+    std::vector<std::vector<AddedBlank>> blanks_;    // by page
     std::vector<bool> isBegun_;                      // by node: something of it has been shown
     std::vector<Waiting> waiting_;                   // texts that are not listed
     const ShownText* last_ = nullptr;                // that is listed
@@ -499,7 +526,9 @@ ListedStructure listedStructure(const PageListing& listing, const std::vector<Pa
     if (auto why = whyNoTree(listing); !why.empty()) return {{}, std::move(why)};
     Owners owners(listing, pages);
     if (auto why = owners.find(); !why.empty()) return {{}, std::move(why)};
-    return {Builder(listing, pages, owners).build(), {}};
+    auto structure = Builder(listing, pages, owners).build();
+    structure.blanks = owners.takeBlanks();
+    return {std::move(structure), {}};
 }
 
 }   // namespace ostrel::pdf

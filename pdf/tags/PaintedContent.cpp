@@ -1,6 +1,7 @@
 #include "pdf/tags/PaintedContent.h"
 
 #include "pdf/content/ContentReader.h"
+#include "pdf/content/Hex.h"
 #include "pdf/content/Resources.h"
 #include "pdf/content/StateStack.h"
 
@@ -51,6 +52,7 @@ private:
     struct State {
         QPDFMatrix matrix;
         const ToUnicode* font = nullptr;
+        std::string_view blank{};   // of the font
     };
 
     bool apply(const Operation& operation) {
@@ -81,7 +83,7 @@ private:
                     state_->matrix.concat(QPDFMatrix((*n)[0], (*n)[1], (*n)[2], (*n)[3], (*n)[4], (*n)[5]));
                 return true;
             case "Tf"_op:
-                state_->font = all_.texts_.of(resources_.find("/Font", operation.name()));
+                setFont(resources_.find("/Font", operation.name()));
                 return true;
             case "BT"_op:
                 if (textAt_) return false;
@@ -93,7 +95,7 @@ private:
                 moveTo(operation);
                 return true;
             case "ET"_op:
-                return endText(operation.end);
+                return endText(operation.begin, operation.end);
             case "Tj"_op:
             case "TJ"_op:
             case "'"_op:
@@ -112,6 +114,11 @@ private:
             default:
                 return true;
         }
+    }
+
+    void setFont(QPDFObjectHandle font) {
+        state_->font = all_.texts_.of(font);
+        state_->blank = all_.blankOf(font.getObjGen(), state_->font);
     }
 
     // The engine sets each line by a matrix of its own.
@@ -148,12 +155,13 @@ private:
         }
     }
 
-    bool endText(std::size_t end) {
+    bool endText(std::size_t textEnd, std::size_t end) {
         if (!textAt_ || marks_ > 0) return false;
         const auto begin = *std::exchange(textAt_, std::nullopt);
         if (!std::exchange(isShown_, false)) return true;
         endDrawing();
-        painted_.push_back({Painted::Kind::text, begin, end, std::move(text_), baseline_, left_});
+        painted_.push_back(
+            {Painted::Kind::text, begin, end, std::move(text_), baseline_, left_, {}, state_->blank, textEnd});
         text_.clear();
         return true;
     }
@@ -210,6 +218,20 @@ std::optional<std::vector<Painted>> PaintedContent::of(Content& page) {
     Reader reader(*this, page.resources, 0);
     if (!content || !reader.read(*content)) return std::nullopt;
     return reader.take();
+}
+
+// Only a glyph that is shown elsewhere is surely in the file.
+std::string_view PaintedContent::blankOf(QPDFObjGen font, const ToUnicode* texts) {
+    const auto [place, isNew] = blanks_.try_emplace(font);
+    const auto shown = use_.codesOf().find(font);
+    if (!isNew || !texts || shown == use_.codesOf().end()) return place->second;
+    for (const auto& [code, text] : texts->texts) {
+        if (text != u" " || !shown->second.test(static_cast<std::size_t>(code))) continue;
+        hex::append(place->second = "<", static_cast<unsigned>(code), 2 * static_cast<int>(texts->codeBytes));
+        place->second += ">Tj\n";
+        break;
+    }
+    return place->second;
 }
 
 std::optional<std::u16string> PaintedContent::textOf(QPDFObjectHandle form, int depth) {

@@ -17,8 +17,8 @@ constexpr std::size_t maxElements = 300'000;
 
 class Tagger {
 public:
-    Tagger(QPDF& file, Contents& contents, FontTexts& texts)
-        : file_(file), contents_(contents), painted_(contents, texts) {}
+    Tagger(QPDF& file, Contents& contents, FontTexts& texts, const GlyphUse& use)
+        : file_(file), contents_(contents), painted_(contents, texts, use) {}
 
     // Changes the file only if nothing stands against it.
     Tagged run(const PageListing& listing, std::string_view text,
@@ -61,6 +61,8 @@ private:
                              mark.number ? "/P<</MCID " + std::to_string(*mark.number) + ">>BDC\n" : "/Artifact BMC\n");
                 marks.insert(mark.end, " EMC");
             }
+            if (page < structure.blanks.size())
+                for (const auto& blank : structure.blanks[page]) marks.insert(blank.at, blank.operation);
             auto text = marks.rewritten(*contents_.textOf(*contentOf_[page]));
             if (!text) return false;
             marked[page] = std::move(*text);
@@ -81,9 +83,15 @@ private:
 
 }   // namespace
 
+<<<<<<< HEAD
 Tagged tag(QPDF& file, Contents& contents, FontTexts& texts, const PageListing& listing, std::string_view text,
            const std::vector<std::vector<std::optional<std::size_t>>>& links) {
     return Tagger(file, contents, texts).run(listing, text, links);
+=======
+Tagged tag(QPDF& file, Contents& contents, FontTexts& texts, const GlyphUse& use, const PageListing& listing,
+           const std::vector<std::vector<std::optional<std::size_t>>>& links) {
+    return Tagger(file, contents, texts, use).run(listing, links);
+>>>>>>> 8177d3c (pdf: keep blanks between lines in what is read)
 }
 
 }   // namespace ostrel::pdf

@@ -38,7 +38,16 @@ TEST_F(Printing, TellsWhatThePageIsMadeOf) {
         std::string html, expected;
     } rows[] = {
         {"headings and paragraphs", "<h1>One</h1><p>Two <b>bold</b> words</p>three<br>lines<br><br>and four",
-         R"(H1("One") P("Two bold words") P("threelines") P("and four"))"},
+         R"(H1("One") P("Two bold words") P("three lines") P("and four"))"},
+        {"lines that end where they are full",
+         "<div style='width:90px;text-align:justify'>One two <b>three</b> <a href='https://e.example/'>four a\nfive</a> "
+         "six sevensevensevenseven<table border=1><tr><td>a b c<td>d<tr><td>e<td>f</table></div>",
+         R"(P("One two three " Link("four " "a five" -> ->) " six sevensevensevenseven") )"
+         R"(Table(TR(TD("a b c") TD("d")) TR(TD("e") TD("f"))))"},
+        {"what roles and styles make of names",
+         "<span role=heading aria-level=1>One</span><div role=list><span role=listitem>Two</span></div>"
+         "<ul role=presentation><li>Three</ul><p><span style='display:block'>Four</span><b style='display:block'>Five",
+         R"(H1("One") L(LI(LBody("Two"))) P("Three") P(P("Four") P("Five")))"},
         {"lists within lists", "<ol><li>One<li><p>Two</p><ul><li>Inner</ul></ol>",
          R"(L(LI(Lbl("1. ") LBody("One")) LI(Lbl("2. ") LBody(P("Two") L(LI(LBody("Inner")))))))"},
         {"a table with heads and spans",
@@ -66,6 +75,9 @@ TEST_F(Printing, TellsWhatThePageIsMadeOf) {
          "style='position:absolute;top:0'>Four</div><p>Five</p>",
          R"(P("One") P("Two") P("Three") P("Four") P("Five"))"},
         {"columns", "<div style='columns:2'><p>One</p><p>Two</p></div>", R"(P("One") P("Two"))"},
+        {"columns that begin where none is left",
+         "<style>p{break-before:column}</style><div style='columns:2'><p>One</p><p>Two</p><p>Three</p></div>",
+         R"(P("One") P("Two") P("Three"))"},
         {"lines from right to left", "<p dir=rtl>שלום (עולם) abc 12</p>", R"(P("abc 12 (םלוע) םולש"))"},
         {"cells that go on on the next sheet",
          "<table border=1><tr><td style='width:50%'>" + std::string(60, 'a') +

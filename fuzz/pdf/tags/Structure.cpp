@@ -64,7 +64,11 @@ Input inputOf(ByteView bytes) {
                                  : byte < 0xD8 ? pdf::Painted::Kind::picture
                                                : pdf::Painted::Kind::drawing,
                                  place, place + 1};
-            if (byte < 0xC0) painted.text = word(byte);
+            if (byte < 0xC0) {
+                painted.text = word(byte);
+                painted.blank = "<20>Tj";
+                painted.textEnd = place + 1;
+            }
             painted.baseline = byte >> 4;
             painted.box = {0, 0, static_cast<double>(byte), 90};
             page.painted.push_back(std::move(painted));
@@ -98,6 +102,13 @@ void holdsTogether(const Input& input, const pdf::Structure& structure) {
         }
     }
     holds(read.empty(), "all marked content is read");
+    for (std::size_t page = 0; page < structure.blanks.size(); ++page) {
+        std::set<std::size_t> ends;
+        for (const auto& painted : input.pages[page].painted)
+            if (painted.kind == pdf::Painted::Kind::text) ends.insert(painted.textEnd);
+        for (const auto& blank : structure.blanks[page])
+            holds(ends.erase(blank.at) == 1, "a blank behind a text, and one only");
+    }
     std::size_t count = 0;
     for (const auto& page : input.pages) count += page.links.size();
     holds(links.size() == count, "every link is in the tree");

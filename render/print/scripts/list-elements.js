@@ -2,14 +2,36 @@
 
 const blockNames = ['address', 'article', 'aside', 'blockquote', 'center', 'dd', 'details', 'div', 'dl', 'dt', 'fieldset',
     'figcaption', 'figure', 'footer', 'form', 'h1', 'h2', 'h3', 'h4', 'h5', 'h6', 'header', 'hr', 'li', 'main', 'nav', 'ol',
-    'p', 'pre', 'section', 'summary', 'table', 'caption', 'thead', 'tbody', 'tfoot', 'tr', 'td', 'th', 'ul'];
+    'p', 'pre', 'section', 'summary', 'table', 'caption', 'thead', 'tbody', 'tfoot', 'tr', 'td', 'th', 'ul', 'menu', 'dir'];
+const inlineNames = 'a,b,em,font,i,label,small,span,strong,u';
 const blockTags = new Set(blockNames), blocksWithin = blockNames.join(',');
 const unread = new Set(['style', 'script', 'head', 'title', 'desc', 'defs', 'template', 'noscript', 'map', 'datalist', 'hr']);
 const inlineTypes = { code: 'Code', kbd: 'Code', samp: 'Code', tt: 'Code', q: 'Quote' };
 
+const roleOf = box => (box.getAttribute('role') || '').trim().toLowerCase();
+const isPresentational = box => /^(none|presentation)$/.test(roleOf(box));
+const headingOf = box => {
+    if (roleOf(box) == 'heading') return 'H' + Math.min(Math.max(parseInt(box.getAttribute('aria-level')) || 2, 1), 6);
+    return /^h[1-6]$/.test(box.localName) && !isPresentational(box) ? box.localName.toUpperCase() : '';
+};
+const isItem = node => node.nodeType == Node.ELEMENT_NODE && (node.localName == 'li' || roleOf(node) == 'listitem');
+const isList = box => /^(ul|ol|menu|dir)$/.test(box.localName) ? !isPresentational(box) : roleOf(box) == 'list';
+// Words in lines that styles make boxes, and all that such boxes are in.
+const findBoxes = text => {
+    const boxes = new Set(), around = new Set();
+    if (/display\s*:/i.test(text)) {
+        for (const box of document.querySelectorAll(inlineNames)) {
+            if (!/^(block|flex|grid|table|list-item|flow-root)/.test(getComputedStyle(box).display)) continue;
+            boxes.add(box);
+            for (let up = box.parentElement; up && !around.has(up); up = up.parentElement) around.add(up);
+        }
+    }
+    return { boxes, around };
+};
+
 // Tables that only lay out say nothing of rows and columns.
 const isDataTable = table => {
-    const role = table.getAttribute('role');
+    const role = roleOf(table);
     if (/^(table|grid|treegrid)$/.test(role)) return true;
     if (role || table.querySelector('table')) return false;
     if (table.caption || table.tHead || table.querySelector('th')) return true;
@@ -43,6 +65,8 @@ const isLeftOut = box => {
 const listElements = (text, links) => {
     const maxEntries = 60000, maxText = 2000000, maxDepth = 400;
     const list = [], hasGenerated = /:(before|after)\b/i.test(text);
+    const { boxes, around } = findBoxes(text);
+    const holdsBoxes = box => around.has(box) || box.querySelector(blocksWithin) !== null;
     let size = 0, depth = 0;
     const say = words => { size += words.length; list.push(words); };
     const open = (type, more) => list.push({ open: type, ...more });
@@ -52,7 +76,7 @@ const listElements = (text, links) => {
     const end = flow => { if (flow.isOpen) { close(); flow.isOpen = false; } };
     const within = (type, box, more) => {
         open(type, more);
-        const flow = { isDirect: takesText(type) && !box.querySelector(blocksWithin) };
+        const flow = { isDirect: takesText(type) && !holdsBoxes(box) };
         walk(box, flow);
         end(flow);
         close();
@@ -60,7 +84,7 @@ const listElements = (text, links) => {
     const takesText = type => type != 'BlockQuote';
     const whole = (type, box, flow, more) => { end(flow); within(type, box, more); };
     const words = (node, flow) => {
-        if (!/\S/.test(node.data)) return;
+        if (!/\S/.test(node.data)) { if (flow.isDirect || flow.isOpen) say(' '); return; }
         const parts = !flow.isDirect && /\n\s*\n/.test(node.data) && /^(pre|break)/.test(getComputedStyle(node.parentElement).whiteSpace)
             ? node.data.split(/\n\s*\n/) : [node.data];
         parts.forEach((part, i) => {
@@ -83,19 +107,18 @@ const listElements = (text, links) => {
             shape: [width, height, image.naturalWidth, image.naturalHeight], colour: coloursIn(image.currentSrc)[0] });
     };
     const inlineElement = (type, box, flow, more) => {
-        if (box.querySelector(blocksWithin)) end(flow); else begin(flow);
+        const isInLines = !holdsBoxes(box), inner = { isDirect: isInLines };
+        if (isInLines) begin(flow); else end(flow);
         open(type, more);
-        const inner = { isDirect: !box.querySelector(blocksWithin) };
         walk(box, inner);
         end(inner);
         close();
     };
-    const isItem = node => node.nodeType == Node.ELEMENT_NODE && node.localName == 'li';
     const items = (box, flow) => {
         end(flow);
         open('L');
         for (const child of box.childNodes) {
-            if (/^(ul|ol)$/.test(child.localName)) { items(child, { isDirect: false }); continue; }
+            if (child.nodeType == Node.ELEMENT_NODE && isList(child)) { items(child, { isDirect: false }); continue; }
             if (child.nodeType == Node.TEXT_NODE ? !/\S/.test(child.data) : child.nodeType != Node.ELEMENT_NODE || isLeftOut(child))
                 continue;
             open('LI');
@@ -124,20 +147,28 @@ const listElements = (text, links) => {
         }
         close();
     };
+    const breakLine = flow => {
+        if (flow.isDirect || flow.isOpen) say('\n');
+        if (++flow.breaks > 1) end(flow);
+    };
     const element = (box, flow) => {
-        const name = box.localName;
-        if (/^h[1-6]$/.test(name)) whole(name.toUpperCase(), box, flow);
+        const name = box.localName, heading = headingOf(box);
+        if (heading) whole(heading, box, flow);
         else if (name == 'p') whole('P', box, flow);
         else if (name == 'pre') whole('Code', box, flow);
         else if (name == 'blockquote') whole('BlockQuote', box, flow);
-        else if (/^(ul|ol)$/.test(name) && [...box.children].some(isItem)) items(box, flow);
+        else if (isList(box) && [...box.children].some(isItem)) items(box, flow);
         else if (name == 'table' && isDataTable(box)) table(box, flow);
         else if (blockTags.has(name)) { end(flow); walk(box, flow); end(flow); }
         else if (name == 'img') picture(box, flow);
-        else if (name == 'br') { if (++flow.breaks > 1) end(flow); }
-        else if (links.has(box)) inlineElement('Link', box, flow, { link: links.get(box) });
-        else if (inlineTypes[name] && !flow.isCode) inlineElement(inlineTypes[name], box, flow);
-        else walk(box, flow);
+        else if (name == 'br') breakLine(flow);
+        else {
+            if (boxes.has(box)) end(flow);
+            if (links.has(box)) inlineElement('Link', box, flow, { link: links.get(box) });
+            else if (inlineTypes[name] && !flow.isCode) inlineElement(inlineTypes[name], box, flow);
+            else walk(box, flow);
+            if (boxes.has(box)) end(flow);
+        }
     };
     const visit = (node, flow) => {
         if (list.length > maxEntries || size > maxText || depth > maxDepth) return;

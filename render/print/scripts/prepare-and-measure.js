@@ -1,7 +1,8 @@
 // Rules of the mail for pages would change our margins and with them the scale; they go. Media queries are answered as
 // for paper, so that the width measured on the screen is the printed one. Boxes that scroll cannot be scrolled on
 // paper: they grow to their content. Words that run across the page would be printed wherever they have come to, which
-// mostly is outside: they stand still.
+// mostly is outside: they stand still. Columns that were to begin where there is no room for one more are lost on paper,
+// the others with them: their text goes on in the last one.
 const prepareAndMeasure = () => {
     const forPaper = list => {
         if (!list || !/\b(print|screen)\b/i.test(list.mediaText)) return;
@@ -54,6 +55,17 @@ const prepareAndMeasure = () => {
             if (style.position == 'fixed') set(box, 'position', 'absolute');
             if (/auto|scroll/.test(style.overflowX + style.overflowY)) unroll(box);
         }
+    }
+    if (/column/i.test(text)) {
+        const cut = new Set();
+        for (const box of root.getElementsByTagName('*')) {
+            const style = getComputedStyle(box);
+            const isCut = style.columnCount + style.columnWidth != 'autoauto' && box.scrollWidth > box.clientWidth;
+            if (isCut || cut.has(box.parentElement)) cut.add(box);
+        }
+        for (const box of cut)
+            for (const name of ['break-before', 'break-after'])
+                if (getComputedStyle(box).getPropertyValue(name) == 'column') set(box, name, 'auto');
     }
     if (/<marquee/i.test(text)) [...document.getElementsByTagName('marquee')].forEach(holdStill);
     const width = Math.max(root.scrollWidth, body ? body.scrollWidth : 0);
