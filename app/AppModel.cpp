@@ -142,6 +142,11 @@ void AppModel::cancelScan() {
 void AppModel::refuse(MailAccessError::Kind why) {
     own_.state.set(
         {why == MailAccessError::Kind::noPermission ? MailState::Kind::needsAccess : MailState::Kind::noMail});
+    if (why != MailAccessError::Kind::notFound || !surroundings_.findMailFolders) return;
+    inBackground(scan_.get_token(), surroundings_.findMailFolders,
+                 [](AppModel& model, std::vector<std::filesystem::path> found) {
+                     model.own_.foundFolders.set(std::move(found));
+                 });
 }
 
 std::optional<SummaryCache::Place> AppModel::summaryPlace() const {

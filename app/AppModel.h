@@ -69,6 +69,8 @@ public:
         std::function<Calendar()> calendar = Calendar::current;
         // Where scans keep what they have read; nullopt: nowhere.
         std::optional<std::filesystem::path> summaries{};
+        // Looks for mail folders on this computer, off the main thread. Empty: nobody does.
+        std::function<std::vector<std::filesystem::path>()> findMailFolders = {};
     };
     explicit AppModel(Surroundings surroundings);
     AppModel(const AppModel&) = delete;
@@ -88,6 +90,7 @@ private:
     // What only the model sets.
     struct Own {
         Property<MailState> state;
+        Property<std::vector<std::filesystem::path>> foundFolders;
         Property<std::shared_ptr<const MailIndex>> index;
         Property<MessageList> messages;
         Property<std::optional<std::string>> previewHTML;
@@ -101,6 +104,8 @@ private:
 public:
     // For views to read and observe.
     const Property<MailState>& state = own_.state;
+    // Mail folders that may be meant where there is none; openFolder reads one.
+    const Property<std::vector<std::filesystem::path>>& foundFolders = own_.foundFolders;
     const Property<std::shared_ptr<const MailIndex>>& index = own_.index;   // null until the first scan has ended
     const Property<MessageList>& messages = own_.messages;                  // filtered and sorted
     const Property<std::optional<std::string>>& previewHTML = own_.previewHTML;

@@ -1,8 +1,10 @@
 #include "ui/Application.h"
 
 #include "EmbeddedFiles.h"
+#include "core/mailstore/MailPlaces.h"
 #include "platform/SettingsStore.h"
 #include "platform/Translation.h"
+#include "platform/UserFolders.h"
 #include "render/print/WebPDFRenderer.h"
 #include "ui/About.h"
 #include "ui/ShortcutsWindow.h"
@@ -50,10 +52,10 @@ void Application::on_startup() {
     addStyle();
     tasks_ = std::make_unique<MainLoopTasks>();
     desktop_ = std::make_unique<DesktopServices>(*this, [this] { return get_active_window(); });
-    model_ = std::make_unique<AppModel>(
-        AppModel::Surroundings{SettingsStore::forUser(), *tasks_, *desktop_,
-                               [](Paper paper) { return std::make_unique<WebPDFRenderer>(paper); }, now,
-                               Calendar::current, SummaryCache::usersFolder()});
+    model_ = std::make_unique<AppModel>(AppModel::Surroundings{
+        SettingsStore::forUser(), *tasks_, *desktop_,
+        [](Paper paper) { return std::make_unique<WebPDFRenderer>(paper); }, now, Calendar::current,
+        SummaryCache::usersFolder(), [] { return MailPlaces::find(MailPlaces::usual(homeFolder())); }});
     commands_ = std::make_unique<Commands>(*this, *model_, *this);
     main_ = std::make_unique<MainWindow>(*model_, *desktop_, &DesktopServices::openLink, commands_->menu());
     set_accel_for_action("win.mailboxes", "F9");

@@ -17,8 +17,10 @@ public:
 
 private:
     void show();
+    void showFound();
 
     AppModel& model_;
+    Gtk::Box found_;   // a button for each folder
     Gtk::Button choose_, standard_, again_;
     std::vector<Subscription> subscriptions_;
 };

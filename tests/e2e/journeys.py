@@ -92,6 +92,7 @@ def first_start():
         desktop.gone("Welcome to Ostrel")
         wait(lambda: journey.settings()["onboardingDone"], "the welcome to be over for good")
         desktop.find("No Mail folder found")
+        desktop.find(journey.store, "button")   # it lies in the home, and is offered
         desktop.key("ctrl+o")
         journey.choose_folder(re.compile("^Choose a Mail folder"), journey.store)
         desktop.find(COUNT)

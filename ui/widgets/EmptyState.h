@@ -18,6 +18,7 @@ public:
     void setDescription(const std::string& description);
     // Below the description and the buttons before it. The button stays the caller's.
     void addButton(Gtk::Button& button);
+    void add(Gtk::Widget& widget) { buttons_.append(widget); }
 
 private:
     AdwStatusPage* page_;   // owned by the box
