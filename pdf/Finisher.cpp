@@ -182,12 +182,8 @@ void fillInTexts(Work& work) {
 }
 
 void addTags(Work& work) {
-<<<<<<< HEAD
-    const auto tagged =
-        tag(work.file, *work.contents, work.texts, work.options.listing, work.options.text, work.linkElements);
-=======
-    const auto tagged = tag(work.file, *work.contents, work.texts, work.use, work.options.listing, work.linkElements);
->>>>>>> 8177d3c (pdf: keep blanks between lines in what is read)
+    const auto tagged = tag(work.file, *work.contents, work.texts, work.use, work.options.listing, work.options.text,
+                            work.linkElements);
     auto& report = work.result.report;
     report.coverage = tagged.coverage;
     report.isTagged = tagged.kind != Tagged::Kind::none;

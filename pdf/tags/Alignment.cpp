@@ -12,57 +12,6 @@
 namespace ostrel::pdf {
 namespace {
 
-<<<<<<< HEAD
-=======
-bool isBlank(char16_t c) { return c <= 0x20 || c == 0x7F || c == 0xA0 || (c > 0xFF && u_isUWhiteSpace(c)); }
-
-// Brackets face the other way where text goes from right to left.
-char16_t unmirrored(char16_t c) {
-    switch (c) {
-        case u')':
-            return u'(';
-        case u']':
-            return u'[';
-        case u'}':
-            return u'{';
-        case u'>':
-            return u'<';
-        case u'\u00BB':
-            return u'\u00AB';
-        default:
-            return c;
-    }
-}
-
-// A text as it is compared, but for its blanks: characters apart from their marks, without case and what is not seen.
-std::u16string folded(std::u16string text) {
-    if (std::ranges::all_of(text, [](char16_t c) { return c < 0x80; })) {
-        for (auto& c : text) c = c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c - u'A' + u'a') : unmirrored(c);
-        return text;
-    }
-    UErrorCode error = U_ZERO_ERROR;
-    const auto* const folding = icu::Normalizer2::getNFKCCasefoldInstance(error);
-    const auto* const taking = icu::Normalizer2::getNFDInstance(error);
-    if (U_FAILURE(error)) return text;
-    const icu::UnicodeString given(false, text.data(), static_cast<int32_t>(text.size()));
-    const auto folded = taking->normalize(folding->normalize(given, error), error);
-    std::u16string all(folded.getBuffer(), static_cast<std::size_t>(folded.length()));
-    for (auto& c : all) c = unmirrored(c);
-    return all;
-}
-
-std::u16string folded(std::string_view text) {
-    const auto units = icu::UnicodeString::fromUTF8({text.data(), static_cast<int32_t>(text.size())});
-    return folded(std::u16string(units.getBuffer(), static_cast<std::size_t>(units.length())));
-}
-
-std::u16string comparable(const std::u16string& text) {
-    auto all = folded(text);
-    std::erase_if(all, isBlank);
-    return all;
-}
-
->>>>>>> 8177d3c (pdf: keep blanks between lines in what is read)
 bool goesRightToLeft(char16_t c) { return c >= 0x0590 && c <= 0x08FF; }
 // Characters whose glyphs may come in another order than they do.
 bool isReordered(char16_t c) { return c >= 0x0300 && c < 0x1E00; }
@@ -73,12 +22,12 @@ public:
         bool isAfterBlank = false;
         for (const auto text : listed) {
             const auto begin = all_.size();
-            for (const char16_t c : folded(text)) {
-                if (!isBlank(c)) {
+            for (const char16_t c : comparableWithBlanks(text)) {
+                if (c != u' ') {
                     all_ += c;
                     followBlanks_.push_back(isAfterBlank);
                 }
-                isAfterBlank = isBlank(c);
+                isAfterBlank = c == u' ';
             }
             next_.push_back(all_.size() > begin ? texts_.size() : texts_.size() + 1);
             texts_.push_back({begin, all_.size()});

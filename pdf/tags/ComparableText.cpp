@@ -31,11 +31,11 @@ char16_t unmirrored(char16_t c) {
     }
 }
 
-}   // namespace
+bool isAnyBlank(char16_t c) { return isBlank(c) || (c > 0xFF && u_isUWhiteSpace(c)); }
 
-std::u16string comparable(std::u16string text) {
+// As it is compared, but for its blanks.
+std::u16string folded(std::u16string text) {
     if (std::ranges::all_of(text, [](char16_t c) { return c < 0x80; })) {
-        std::erase_if(text, isBlank);
         for (auto& c : text) c = c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c - u'A' + u'a') : unmirrored(c);
         return text;
     }
@@ -44,16 +44,31 @@ std::u16string comparable(std::u16string text) {
     const auto* const taking = icu::Normalizer2::getNFDInstance(error);
     if (U_FAILURE(error)) return text;
     const icu::UnicodeString given(false, text.data(), static_cast<int32_t>(text.size()));
-    const auto folded = taking->normalize(folding->normalize(given, error), error);
-    std::u16string all(folded.getBuffer(), static_cast<std::size_t>(folded.length()));
-    std::erase_if(all, [](char16_t c) { return isBlank(c) || u_isUWhiteSpace(c); });
+    const auto made = taking->normalize(folding->normalize(given, error), error);
+    std::u16string all(made.getBuffer(), static_cast<std::size_t>(made.length()));
     for (auto& c : all) c = unmirrored(c);
     return all;
 }
 
-std::u16string comparable(std::string_view text) {
+std::u16string unitsOf(std::string_view text) {
     const auto units = icu::UnicodeString::fromUTF8({text.data(), static_cast<int32_t>(text.size())});
-    return comparable(std::u16string(units.getBuffer(), static_cast<std::size_t>(units.length())));
+    return {units.getBuffer(), static_cast<std::size_t>(units.length())};
+}
+
+}   // namespace
+
+std::u16string comparable(std::u16string text) {
+    text = folded(std::move(text));
+    std::erase_if(text, isAnyBlank);
+    return text;
+}
+
+std::u16string comparable(std::string_view text) { return comparable(unitsOf(text)); }
+
+std::u16string comparableWithBlanks(std::string_view text) {
+    auto all = folded(unitsOf(text));
+    std::ranges::replace_if(all, isAnyBlank, u' ');
+    return all;
 }
 
 }   // namespace ostrel::pdf

@@ -83,15 +83,9 @@ private:
 
 }   // namespace
 
-<<<<<<< HEAD
-Tagged tag(QPDF& file, Contents& contents, FontTexts& texts, const PageListing& listing, std::string_view text,
-           const std::vector<std::vector<std::optional<std::size_t>>>& links) {
-    return Tagger(file, contents, texts).run(listing, text, links);
-=======
 Tagged tag(QPDF& file, Contents& contents, FontTexts& texts, const GlyphUse& use, const PageListing& listing,
-           const std::vector<std::vector<std::optional<std::size_t>>>& links) {
-    return Tagger(file, contents, texts, use).run(listing, links);
->>>>>>> 8177d3c (pdf: keep blanks between lines in what is read)
+           std::string_view text, const std::vector<std::vector<std::optional<std::size_t>>>& links) {
+    return Tagger(file, contents, texts, use).run(listing, text, links);
 }
 
 }   // namespace ostrel::pdf

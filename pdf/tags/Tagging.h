@@ -25,14 +25,9 @@ struct Tagged {
 
 // Tells programs that read aloud what to read, in which order and as what (ISO 32000-1 §14.7, §14.8): the document's
 // own elements where the pages show what the listing has, else a flat list of lines and links. Everything else that is
-<<<<<<< HEAD
-// painted is an artifact. text: of the document, for where there is no listing. links: by page and annotation,
-// LinkMark::element.
-Tagged tag(QPDF& file, Contents& contents, FontTexts& texts, const PageListing& listing, std::string_view text,
-=======
-// painted is an artifact. links: by page and annotation, LinkMark::element. use: of the pages as they are.
+// painted is an artifact. use: of the pages as they are. text: of the document, for where there is no listing. links:
+// by page and annotation, LinkMark::element.
 Tagged tag(QPDF& file, Contents& contents, FontTexts& texts, const GlyphUse& use, const PageListing& listing,
->>>>>>> 8177d3c (pdf: keep blanks between lines in what is read)
-           const std::vector<std::vector<std::optional<std::size_t>>>& links);
+           std::string_view text, const std::vector<std::vector<std::optional<std::size_t>>>& links);
 
 }   // namespace ostrel::pdf
