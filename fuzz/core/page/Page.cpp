@@ -57,12 +57,12 @@ void run(ByteView input) {
     sanitised(text);
 
     MailMessage message = MailMessage::make(MIMEPart::parse(Bytes::copyOf(input)), false, std::nullopt);
-    const auto [page, pictures, pageText, language] = MessageHTML::page(message, text, text, text, PageLabels{});
-    isValidText(page, "a page");
-    isValidText(pageText, "the text of a page");
-    arePlaced(pictures, page);
-    holds(count(page, "Content-Security-Policy") >= 1, "a page limits what it may load");
-    holds(page.find("Content-Security-Policy") < page.find("<body"), "the limits stand before the content");
+    const Page page = MessageHTML::page(message, text, text, text, PageLabels{});
+    isValidText(page.html, "a page");
+    isValidText(page.text, "the text of a page");
+    arePlaced(page.pictures, page.html);
+    holds(count(page.html, "Content-Security-Policy") >= 1, "a page limits what it may load");
+    holds(page.html.find("Content-Security-Policy") < page.html.find("<body"), "the limits stand before the content");
 
     message.htmlBody.reset();   // nothing but texts that we escape
     const std::string plain = text::foldCase(MessageHTML::page(message, text, text, text, PageLabels{}).html);
