@@ -61,6 +61,7 @@ ExitStatus report(const ExportResult& result, std::size_t total, std::size_t unr
     if (result.attachments > 0) std::cerr << trCount("%lld attachments saved", result.attachments) << '\n';
     if (!result.simplified.empty())
         std::cerr << trCount("Messages printed in a simpler form: %lld", result.simplified.size()) << '\n';
+    if (!result.trouble.empty()) std::cerr << result.trouble << '\n';
     if (!result.failed.empty()) std::cerr << trCount("Messages that failed: %lld", result.failed.size()) << '\n';
     if (unreadable > 0) std::cerr << trCount("Damaged files skipped: %lld", unreadable) << '\n';
     if (!result.stopped.empty())

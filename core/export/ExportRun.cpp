@@ -96,6 +96,7 @@ ExportResult ExportRun::run(PDFRendering* renderer, const std::function<void(con
     };
     const std::size_t threads = renderer != nullptr ? renderer->prepareFor(due.size()) : 1;
     const std::size_t begun = InOrder(std::move(steps)).run(due.size(), threads, enough.get_token());
+    if (renderer != nullptr) result_.trouble = renderer->trouble();
     if (const auto reason = whyNotGoOn(); reason && begun < due.size()) {
         result_.stopped = *reason;
         result_.notTried = due.size() - begun;

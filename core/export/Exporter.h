@@ -67,6 +67,7 @@ struct ExportResult {
     std::string stopped = {};   // why the run gave up before its last message, a sentence; empty: it did not
     std::size_t notTried = 0;   // messages left when it gave up
     std::vector<Simplified> simplified = {};   // of those exported
+    std::string trouble = {};                  // what stood in the way of every page, a sentence; empty: nothing
     // Of an update only:
     std::size_t held = 0;                    // messages that the archive had, whole
     std::vector<std::string> strange = {};   // files in its folder that are no export's; they were left alone

@@ -21,7 +21,7 @@ struct DocumentInfo {
 // A page could not be printed; what() is one sentence for a person. The next page may succeed.
 class RenderError : public std::runtime_error {
 public:
-    enum class Kind { loadFailed, engineCrashed, tooSlow, tooLarge, writeFailed };
+    enum class Kind { loadFailed, engineCrashed, tooSlow, tooLarge, incomplete, notStarted, writeFailed };
     RenderError(Kind kind_, const std::string& reason) : std::runtime_error(reason), kind(kind_) {}
     Kind kind;
 };
@@ -47,6 +47,8 @@ public:
     // the PDF lacks, where the page could only be printed in a simpler form; empty: nothing.
     virtual std::string renderPDF(const Page& page, const std::filesystem::path& destination,
                                   const DocumentInfo& info) = 0;
+    // Returns what stands in the way of all pages and not of single ones, a sentence; empty: nothing.
+    virtual std::string trouble() const { return {}; }
 };
 
 }   // namespace ostrel

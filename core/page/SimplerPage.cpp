@@ -12,9 +12,10 @@
 namespace ostrel::MessageHTML {
 namespace {
 
-// As strong as a rule can be: a mail's own rules are important, too.
+// As strong as a rule can be: a mail's own rules are important, too. Words behind the edges of boxes come out.
 constexpr std::string_view noEffects = R"(
-*:not(#ostrel#ostrel#ostrel#ostrel) { filter: none !important; backdrop-filter: none !important; box-shadow: none !important; text-shadow: none !important; mix-blend-mode: normal !important; mask: none !important; -webkit-mask-box-image: none !important; -webkit-box-reflect: none !important; clip-path: none !important; animation: none !important; transition: none !important; transform: none !important; perspective: none !important; background-image: none !important; border-image: none !important; columns: auto !important; float: none !important; writing-mode: horizontal-tb !important; }
+*:not(#ostrel#ostrel#ostrel#ostrel) { filter: none !important; backdrop-filter: none !important; box-shadow: none !important; text-shadow: none !important; mix-blend-mode: normal !important; mask: none !important; -webkit-mask-box-image: none !important; -webkit-box-reflect: none !important; clip-path: none !important; animation: none !important; transition: none !important; transform: none !important; perspective: none !important; background-image: none !important; border-image: none !important; columns: auto !important; float: none !important; writing-mode: horizontal-tb !important; overflow: visible !important; clip: auto !important; max-height: none !important; text-indent: 0 !important; }
+*:not(#ostrel#ostrel#ostrel#ostrel):not(img) { height: auto !important; }
 *:not(#ostrel#ostrel#ostrel#ostrel)::before, *:not(#ostrel#ostrel#ostrel#ostrel)::after { content: none !important; }
 svg:not(#ostrel#ostrel#ostrel#ostrel) { display: none !important; })";
 

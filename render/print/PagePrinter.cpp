@@ -121,12 +121,15 @@ gboolean PagePrinter::loadFailed(WebKitWebView*, WebKitLoadEvent, const char*, G
 }
 
 void PagePrinter::processEnded(WebKitWebView*, WebKitWebProcessTerminationReason reason, gpointer data) noexcept {
-    static_cast<PagePrinter*>(data)->isCommitted_ = false;
+    auto& self = *static_cast<PagePrinter*>(data);
+    const bool hadPage = std::exchange(self.isCommitted_, false);
     if (reason == WEBKIT_WEB_PROCESS_TERMINATED_BY_API) return;   // by ourselves
-    static_cast<PagePrinter*>(data)->fail(RenderError::Kind::engineCrashed,
-                                          reason == WEBKIT_WEB_PROCESS_EXCEEDED_MEMORY_LIMIT
-                                              ? tr("The web engine ran out of memory on this message.")
-                                              : tr("The web engine crashed on this message."));
+    if (reason == WEBKIT_WEB_PROCESS_EXCEEDED_MEMORY_LIMIT)
+        self.fail(RenderError::Kind::engineCrashed, tr("The web engine ran out of memory on this message."));
+    else if (self.phase_ == Phase::loading && !hadPage)   // no mail had its way yet
+        self.fail(RenderError::Kind::notStarted, tr("The web engine could not be started."));
+    else
+        self.fail(RenderError::Kind::engineCrashed, tr("The web engine crashed on this message."));
 }
 
 void PagePrinter::evaluate(std::string_view script, std::function<void(PagePrinter&, GAsyncResult*)> take) {

@@ -17,6 +17,7 @@
 #include "render/print/PrinterPool.h"
 
 #include <array>
+#include <atomic>
 #include <cassert>
 #include <chrono>
 #include <memory>
@@ -68,8 +69,24 @@ std::string noteOfText() { return i18n::tr("This message could not be printed as
 // only its links are missing.
 constexpr std::size_t longText = 3'000'000;   // bytes
 
+// Where there is no engine at all.
+std::string noteOfNoEngine() {
+    return i18n::tr("The web engine could not be started, so only the text of this message is shown.");
+}
+
 // Whether the engine may do better with a simpler page. What took too long once would take all the time that is left.
-bool isWorthAnother(const RenderError& failure) { return failure.kind != RenderError::Kind::tooSlow; }
+bool isWorthAnother(const RenderError& failure) {
+    return failure.kind != RenderError::Kind::tooSlow && failure.kind != RenderError::Kind::notStarted;
+}
+
+// Whether words of the mail got lost between its page and the paper. A mail may well hide a few, for programs that list
+// mails, in ways that the page does not tell.
+bool lacksWords(const pdf::FinishReport& report) {
+    constexpr std::size_t minMissing = 12, maxHidden = 200;   // letters
+    if (!report.coverage) return true;
+    const auto& [said, missing] = *report.coverage;
+    return missing >= minMissing && (missing > said / 10 || missing > maxHidden + said / 50);
+}
 
 // What could not be made smaller or finer is kept as the engine wrote it; somebody may want to know.
 void logLeftOut(const pdf::FinishReport& report) {
@@ -137,7 +154,7 @@ struct WebPDFRenderer::State {
     Print print(const std::string& html, PagePrinter::Colours placeholders, Job& job);
     pdf::Printed open(const std::filesystem::path& file, PrintReport& report);
     pdf::Finisher::Finished finish(Print print, pdf::FinishOptions options, PrintReport& report);
-    pdf::FinishOptions optionsFor(const DocumentInfo& info) const;
+    pdf::FinishOptions optionsFor(const Page& page, const DocumentInfo& info) const;
     void printAndFinish(const Page& page, Job& job);
     std::optional<RenderError> tryToPrint(const Page& page, Job& job);
     std::string printSomehow(const Page& page, Job& job);
@@ -154,7 +171,8 @@ struct WebPDFRenderer::State {
     const std::shared_ptr<pictures::Decoder> decoder = std::make_shared<pictures::Decoder>();
     const ForeignPictures foreignPictures{decoder};
     pdf::Finisher finisher;
-    std::once_flag hasLooked;   // at the effects of what we replace
+    std::once_flag hasLooked;                   // at the effects of what we replace
+    std::atomic<bool> isEngineMissing{false};   // it could not be started for some page
 
     std::mutex mutex;                        // of what follows
     std::optional<TemporaryFolder> folder;   // what the engine prints, before it is finished
@@ -205,12 +223,13 @@ pdf::Finisher::Finished WebPDFRenderer::State::finish(Print print, pdf::FinishOp
     return finisher.finish(std::move(*print.pdf), options);
 }
 
-pdf::FinishOptions WebPDFRenderer::State::optionsFor(const DocumentInfo& info) const {
+pdf::FinishOptions WebPDFRenderer::State::optionsFor(const Page& page, const DocumentInfo& info) const {
     return {.widthPoints = paper.width,
             .heightPoints = paper.height,
             .title = info.title,
             .author = info.author,
-            .created = info.created};
+            .created = info.created,
+            .language = page.language.empty() ? std::nullopt : std::optional(page.language)};
 }
 
 // Pictures that the PDF can hold as they came are kept from the engine, which would decode them only for their pixels
@@ -228,10 +247,9 @@ void WebPDFRenderer::State::printAndFinish(const Page& page, Job& job) {
             continue;
         }
         if (without) markSeen(without->pictures, printed.page.seenPictures);
-        pdf::FinishOptions options = optionsFor(job.info);
+        pdf::FinishOptions options = optionsFor(page, job.info);
         options.text = page.text;
         options.files = page.savedFiles;
-        options.language = page.language.empty() ? std::nullopt : std::optional(page.language);
         if (without) options.pictures = without->pictures;
         auto finished = finish(std::move(printed), std::move(options), report);
         if (!finished.report.notPlaced.empty()) {
@@ -241,6 +259,8 @@ void WebPDFRenderer::State::printAndFinish(const Page& page, Job& job) {
         report.finishedBytes = finished.pdf.size();
         report.finished = std::move(finished.report);
         logLeftOut(report.finished);
+        if (lacksWords(report.finished))
+            throw RenderError(RenderError::Kind::incomplete, tr("The web engine left out words of this message."));
         return files::writeAtomically(job.destination, finished.pdf.pieces());
     }
 }
@@ -261,7 +281,7 @@ std::optional<RenderError> WebPDFRenderer::State::tryToPrint(const Page& page, J
 
 // As it is, or in the first simpler form that can be printed. Returns the note about it; empty: as it is.
 std::string WebPDFRenderer::State::printSomehow(const Page& page, Job& job) {
-    std::string note;
+    std::string note, last = noteOfText();
     if (!MessageHTML::isPlainText(page, longText)) {
         auto failure = tryToPrint(page, job);
         for (std::size_t i = 0; failure && isWorthAnother(*failure) && i < ladder.size(); ++i) {
@@ -273,10 +293,13 @@ std::string WebPDFRenderer::State::printSomehow(const Page& page, Job& job) {
         }
         if (!failure) return note;
         engineLog::note("“" + job.info.title + "” is printed as text alone: " + failure->what());
+        if (failure->kind == RenderError::Kind::notStarted) {
+            isEngineMissing = true;
+            last = noteOfNoEngine();
+        }
     }
-    note = noteOfText();
-    setText(page, note, job);
-    return note;
+    setText(page, last, job);
+    return last;
 }
 
 // Throws RenderError only when no font of the system can be used.
@@ -298,7 +321,7 @@ void WebPDFRenderer::State::setText(const Page& page, const std::string& note, J
         std::string sheets = pdf::textSheets(parts, size);
         job.report.printedBytes = sheets.size();
         Print print{{}, pdf::Printed::open(Bytes(std::move(sheets)))};
-        auto finished = finish(std::move(print), optionsFor(job.info), job.report);
+        auto finished = finish(std::move(print), optionsFor(page, job.info), job.report);
         job.report.finishedBytes = finished.pdf.size();
         job.report.finished = std::move(finished.report);
         files::writeAtomically(job.destination, finished.pdf.pieces());
@@ -349,6 +372,12 @@ std::string WebPDFRenderer::renderPDF(const Page& page, const std::filesystem::p
     std::string note = state_->printSomehow(page, job);
     state_->close(std::move(job.report));
     return note;
+}
+
+std::string WebPDFRenderer::trouble() const {
+    return state_->isEngineMissing
+               ? tr("The web engine could not be started: messages were printed as their text alone.")
+               : "";
 }
 
 PrintReport WebPDFRenderer::lastReport() const {

@@ -31,6 +31,7 @@ public:
     std::size_t prepareFor(std::size_t pages) override;
     std::string renderPDF(const Page& page, const std::filesystem::path& destination,
                           const DocumentInfo& info) override;
+    std::string trouble() const override;
 
     // What became of the page that was finished last.
     PrintReport lastReport() const;

@@ -1,5 +1,6 @@
 #include "core/message/MailMessage.h"
 #include "core/page/MessageHTML.h"
+#include "tests/pdf/SamplePDF.h"
 #include "tests/platform/Surroundings.h"
 #include "tests/render/EngineProcess.h"
 #include "tests/render/Printing.h"
@@ -11,6 +12,8 @@
 #include <memory>
 #include <set>
 #include <stop_token>
+#include <string>
+#include <string_view>
 #include <vector>
 
 namespace ostrel {
@@ -52,6 +55,59 @@ TEST_F(Printing, PrintsInASimplerFormWhatEndsTheProcess) {
     EXPECT_EQ(readText(print("<p>next", patient)), "next\n\n\f");
 }
 
+std::string repeated(std::string_view text, int times) {
+    std::string all;
+    for (int i = 0; i < times; ++i) all += text;
+    return all;
+}
+
+// Pages that the engine prints without a word of complaint, and without words of the mail.
+TEST_F(Printing, PrintsWordsThatItsFirstPageLacks) {
+    const std::string lines = repeated("some words of the mail<br>", 40);
+    const struct {
+        const char* why;
+        std::string html;
+        const char* note;   // empty: printed as it is
+    } rows[] = {
+        {"tables too deep to be laid out", repeated("<table><tr><td>", 3000), "only its text"},
+        {"a box too small", "<div style='height:20px;overflow:hidden'>" + lines, "effects"},
+        {"a shape too small", "<div style='clip-path:circle(5px)'>" + lines, "effects"},
+        {"nothing left of it", "<div style='transform:scale(0)'>" + lines, "effects"},
+        {"pulled off the paper", "<div style='margin-left:-5000px'>" + lines, "left out"},
+        {"boxes that a reader opens or scrolls",
+         "<details><summary>s</summary><textarea rows=1>" + repeated("words\n", 40), ""},
+        {"what only lists of mails show",
+         "<p style='display:none'>hidden words</p><p style='visibility:hidden'>hidden words</p>"
+         "<p style='opacity:0'>hidden words</p><p style='color:transparent'>hidden words</p>"
+         "<p style='font-size:0'>hidden words</p><p style='max-height:0;overflow:hidden'>hidden words</p>"
+         "<p style='width:1px;height:1px;overflow:hidden'>hidden words</p>"
+         "<p style='position:absolute;left:-9999px'>hidden words</p><p style='text-indent:-9999px'>hidden words</p>",
+         ""},
+    };
+    for (const auto& row : rows) {
+        const auto pdf = folder.path() / "whole.pdf";
+        const std::string note = renderer.renderPDF(pageOf(row.html + "<p>the last words"), pdf, {});
+        EXPECT_EQ(note.empty(), row.note[0] == '\0') << row.why << ": " << note;
+        EXPECT_NE(note.find(row.note), std::string::npos) << row.why << ": " << note;
+        EXPECT_NE(readText(pdf).find("the last words"), std::string::npos) << row.why;
+    }
+}
+
+// A mail in German stays one, whatever is left of its looks.
+TEST_F(Printing, TellsTheLanguageInEveryForm) {
+    for (const char* const html : {"<p>Wörter", "<div style='clip-path:circle(1px)'><p>viele deutsche Wörter"}) {
+        for (const auto limit : {35'000ms, 0ms}) {
+            WebPDFRenderer limited(Paper::a4, {}, {.ladder = limit});
+            const auto pdf = folder.path() / "language.pdf";
+            limited.renderPDF(pageOf("<html lang=de><body>" + std::string(html)), pdf, {});
+            test::OpenedPDF opened(std::string(files::readWhole(pdf).chars()));
+            EXPECT_TRUE(opened.file().getRoot().getKey("/Lang").isString() &&
+                        opened.file().getRoot().getKey("/Lang").getUTF8Value() == "de")
+                << html << limit.count();
+        }
+    }
+}
+
 TEST_F(Printing, NeedsNoEngineForTheWords) {
     const ScratchFolder broken;
     files::writeAtomically(broken / "libc.so.6", bytesOf("no library: no program starts"));
@@ -62,7 +118,12 @@ TEST_F(Printing, NeedsNoEngineForTheWords) {
         const EnvironmentVariable libraries("LD_LIBRARY_PATH", broken.path().c_str());
         for (int i = 0; i < 2; ++i) printed.push_back(print("<p>words"));
     }
-    for (const auto& pdf : printed) EXPECT_NE(readText(pdf).find("words"), std::string::npos);
+    for (const auto& pdf : printed) {
+        const std::string text = readText(pdf);
+        for (const char* const words : {"words", "engine could not be started"})
+            EXPECT_NE(text.find(words), std::string::npos) << words;
+    }
+    EXPECT_NE(renderer.trouble(), "");
     EXPECT_EQ(readText(print("<p>next")), "next\n\n\f");
 }
 

@@ -34,11 +34,12 @@ std::string words(std::chrono::minutes left) {
                            : trCount("About %lld hours left", count(std::chrono::round<std::chrono::hours>(left)));
 }
 
-// A line for each cause, and why the run gave up if it did.
+// What stood in the way of all, a line for each cause, and why the run gave up if it did.
 std::string reasons(const ExportResult& result) {
     constexpr std::size_t most = 5;
     std::string lines;
     const auto add = [&](const std::string& line) { lines += (lines.empty() ? "" : "\n") + line; };
+    if (!result.trouble.empty()) add(result.trouble);
     const auto causes = result.causes();
     for (std::size_t i = 0; i < std::min(causes.size(), most); ++i)
         add(i18n::filled(trCount("%lld messages: %@", causes[i].messages), causes[i].text));

@@ -53,11 +53,22 @@ const scopeOf = cell => {
     if (/^col/.test(said)) return 'Column';
     return [...cell.parentElement.cells].some(other => other.localName == 'td') ? 'Row' : 'Column';
 };
-// Not drawn, or only behind the edge of a box without height: the words that mail programs show in their lists.
+// Not drawn, or only behind the edges of a box without room: the words that mail programs show in their lists.
 const isLeftOut = box => {
     if (unread.has(box.localName)) return true;
-    if (box.checkVisibility?.() === false && getComputedStyle(box).display != 'contents') return true;
-    return box.offsetHeight === 0 && box.firstChild && getComputedStyle(box).overflowY == 'hidden';
+    if (box.checkVisibility?.({ checkOpacity: true }) === false && getComputedStyle(box).display != 'contents') return true;
+    return (box.offsetHeight <= 1 || box.offsetWidth <= 1) && box.firstChild &&
+        /hidden|clip/.test(getComputedStyle(box).overflowY);
+};
+// Letters without room or colour, or beside the page.
+const mayBeUnseen = text => /visibility|font(-size)?\s*:[^;"'}]*\b0|transparent|rgba|hsla|-\d{3}/i.test(text);
+const isTransparent = style =>
+    style.visibility != 'visible' || parseFloat(style.fontSize) < 0.1 || /, 0\)$/.test(style.color);
+const isBeside = words => {
+    const range = document.createRange();
+    range.selectNodeContents(words);
+    const { right, bottom } = range.getBoundingClientRect();
+    return right <= 0 || bottom <= 0;
 };
 
 // Returns a list in the order of the document; nothing if it would be very long. Texts stand as they are, { open: type }
@@ -67,7 +78,8 @@ const listElements = (text, links) => {
     const list = [], hasGenerated = /:(before|after)\b/i.test(text);
     const { boxes, around } = findBoxes(text);
     const holdsBoxes = box => around.has(box) || box.querySelector(blocksWithin) !== null;
-    let size = 0, depth = 0;
+    const asksForUnseen = mayBeUnseen(text), maxBeside = 300;   // more than that has not been put there to be hidden
+    let size = 0, depth = 0, beside = 0, isWhole = true;
     const say = words => { size += words.length; list.push(words); };
     const open = (type, more) => list.push({ open: type, ...more });
     const close = () => list.push(null);
@@ -83,8 +95,11 @@ const listElements = (text, links) => {
     };
     const takesText = type => type != 'BlockQuote';
     const whole = (type, box, flow, more) => { end(flow); within(type, box, more); };
+    const isHidden = node => asksForUnseen && node.parentElement && (isTransparent(getComputedStyle(node.parentElement)) ||
+        beside < maxBeside && isBeside(node) && (beside += node.data.length) <= maxBeside);
     const words = (node, flow) => {
         if (!/\S/.test(node.data)) { if (flow.isDirect || flow.isOpen) say(' '); return; }
+        if (isHidden(node)) return;
         const parts = !flow.isDirect && /\n\s*\n/.test(node.data) && /^(pre|break)/.test(getComputedStyle(node.parentElement).whiteSpace)
             ? node.data.split(/\n\s*\n/) : [node.data];
         parts.forEach((part, i) => {
@@ -171,7 +186,8 @@ const listElements = (text, links) => {
         }
     };
     const visit = (node, flow) => {
-        if (list.length > maxEntries || size > maxText || depth > maxDepth) return;
+        isWhole &&= list.length <= maxEntries && size <= maxText && depth <= maxDepth;
+        if (!isWhole) return;
         if (node.nodeType == Node.TEXT_NODE) words(node, flow);
         else if (node.nodeType == Node.ELEMENT_NODE && !isLeftOut(node)) element(node, flow);
     };
@@ -189,5 +205,5 @@ const listElements = (text, links) => {
         if (frame || box == document.body) walk(frame || box, flow);
         end(flow);
     }
-    return list.length > maxEntries || size > maxText ? [] : list;
+    return isWhole ? list : [];
 };

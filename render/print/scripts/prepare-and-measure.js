@@ -17,7 +17,10 @@ const prepareAndMeasure = () => {
     const unroll = box => {
         const isCut = box.scrollHeight > box.clientHeight;
         set(box, 'overflow', 'visible');
-        if (isCut) { set(box, 'height', 'auto'); set(box, 'max-height', 'none'); }
+        if (isCut) {
+            set(box, 'height', box.localName == 'textarea' ? box.scrollHeight + 4 + 'px' : 'auto');
+            set(box, 'max-height', 'none');
+        }
     };
     const holdStill = box => {
         const still = document.createElement('div');
@@ -67,6 +70,8 @@ const prepareAndMeasure = () => {
             for (const name of ['break-before', 'break-after'])
                 if (getComputedStyle(box).getPropertyValue(name) == 'column') set(box, name, 'auto');
     }
+    if (/<textarea/i.test(text)) [...document.getElementsByTagName('textarea')].forEach(unroll);
+    if (/<details/i.test(text)) for (const box of document.getElementsByTagName('details')) box.open = true;
     if (/<marquee/i.test(text)) [...document.getElementsByTagName('marquee')].forEach(holdStill);
     const width = Math.max(root.scrollWidth, body ? body.scrollWidth : 0);
     const hasLinks = document.links.length || document.getElementsByTagNameNS('http://www.w3.org/2000/svg', 'a').length;
