@@ -4,8 +4,8 @@
 #include <optional>
 #include <string>
 
-// The environment that programs started by this one inherit. All changes to it go through here, so that a program that
-// is not ours, a browser for a link, can be started with the user's own. Changes are made while there are no other
+// The environment that programs started by this one inherit. All changes to it go through here, so that each is known
+// and a program that is not ours, a browser for a link, gets none of them. Changes are made while there are no other
 // threads.
 namespace ostrel::environment {
 

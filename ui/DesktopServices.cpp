@@ -1,8 +1,8 @@
 #include "ui/DesktopServices.h"
 
-#include "platform/Environment.h"
 #include "platform/Files.h"
 #include "platform/Translation.h"
+#include "ui/Launcher.h"
 #include "ui/sheets/Alert.h"
 
 #include <array>
@@ -33,30 +33,23 @@ std::function<Gtk::Window*()>& frontWindow() {
 
 void alert(const std::string& title, const std::string& text) { showAlert(frontWindow()(), title, text, {{tr("OK")}}); }
 
-// For programs that are not ours: the environment as the user has it, without what is meant for the engine.
-Glib::RefPtr<Gio::AppLaunchContext> launchContext() {
+// By which the program may come to the front; empty if this desktop has none.
+std::string activationToken(GAppInfo* program) {
+    if (program == nullptr) return {};
     const auto context = Gdk::Display::get_default()->get_app_launch_context();
-    for (const auto& [variable, value] : environment::usersOwn()) {
-        if (value) {
-            context->setenv(variable, *value);
-        } else {
-            context->unsetenv(variable);
-        }
-    }
-    return context;
+    char* const id =
+        g_app_launch_context_get_startup_notify_id(G_APP_LAUNCH_CONTEXT(context->gobj()), program, nullptr);
+    const std::string token = id ? id : "";
+    g_free(id);
+    return token;
 }
 
 void launch(const std::string& uri, std::function<void()> failed) {
-    g_app_info_launch_default_for_uri_async(
-        uri.c_str(), launchContext()->gobj(), nullptr,
-        [](GObject*, GAsyncResult* result, gpointer data) {
-            const std::unique_ptr<std::function<void()>> call(static_cast<std::function<void()>*>(data));
-            GError* error = nullptr;
-            if (g_app_info_launch_default_for_uri_finish(result, &error)) return;
-            g_clear_error(&error);
-            (*call)();
-        },
-        new std::function<void()>(std::move(failed)));
+    GFile* const file = g_file_new_for_uri(uri.c_str());
+    GAppInfo* const program = g_file_query_default_handler(file, nullptr, nullptr);
+    launcher::openURI(uri, activationToken(program), std::move(failed));
+    if (program != nullptr) g_object_unref(program);
+    g_object_unref(file);
 }
 
 void openFolder(const std::filesystem::path& folder) {
@@ -165,16 +158,18 @@ void DesktopServices::openLink(const std::string& url) {
 void DesktopServices::openPrivacySettings() {
     constexpr std::array panels{"gnome-applications-panel.desktop", "gnome-privacy-panel.desktop",
                                 "systemsettings.desktop", "xfce-settings-manager.desktop"};
+    const auto failed = [] {
+        alert(tr("The settings could not be opened"), tr("This desktop has no such settings. Give your user the right "
+                                                         "to read the Mail folder, or choose a copy of it."));
+    };
     for (const char* panel : panels) {
-        GDesktopAppInfo* found = g_desktop_app_info_new(panel);
+        GDesktopAppInfo* const found = g_desktop_app_info_new(panel);
         if (found == nullptr) continue;
-        const bool isOpen = g_app_info_launch(G_APP_INFO(found), nullptr, G_APP_LAUNCH_CONTEXT(launchContext()->gobj()),
-                                              nullptr) != FALSE;
+        launcher::openApplication(panel, activationToken(G_APP_INFO(found)), failed);
         g_object_unref(found);
-        if (isOpen) return;
+        return;
     }
-    alert(tr("The settings could not be opened"), tr("This desktop has no such settings. Give your user the right to "
-                                                     "read the Mail folder, or choose a copy of it."));
+    failed();
 }
 
 }   // namespace ostrel

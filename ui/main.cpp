@@ -1,10 +1,12 @@
 // ostrel: the window.
 
 #include "platform/Environment.h"
+#include "platform/NetworkWall.h"
 #include "platform/Translation.h"
 #include "render/engine/DesktopEngine.h"
 #include "render/loop/MainLoop.h"
 #include "ui/Application.h"
+#include "ui/Launcher.h"
 #include "ui/widgets/ApplicationID.h"
 
 #include <iostream>
@@ -23,10 +25,19 @@ void drawWithoutGL() {
     ostrel::environment::set("WEBKIT_DISABLE_DMABUF_RENDERER", "1");
 }
 
+// One that is reached by the network, as behind ssh -X, could not be opened behind the wall.
+bool isDisplayRemote() {
+    const auto display = ostrel::environment::value("DISPLAY");
+    if (!display || ostrel::environment::value("WAYLAND_DISPLAY")) return false;
+    return !display->starts_with(':') && !display->starts_with('/') && !display->starts_with("unix:");
+}
+
 }   // namespace
 
 int main() {
     using namespace ostrel;
+    launcher::start();
+    const bool isWalledOff = !isDisplayRemote() && networkWall::raise();
     i18n::start();
     drawWithoutGL();
     // The locale is set as far as it may be; the toolkit would set a decimal comma too, for everybody.
@@ -34,6 +45,8 @@ int main() {
     Glib::set_init_to_users_preferred_locale(false);
     Glib::set_prgname(applicationID);   // by which the desktop finds the window's icon
     const DesktopEngine engine;
+    if (!isWalledOff)
+        std::cerr << i18n::tr("This system cannot close the network to a program: only Ostrel’s own rules do.") << '\n';
     if (!engine.isSandboxed())
         std::cerr << i18n::tr("The web engine runs without its sandbox: this system does not allow one.") << '\n';
     Application* running = nullptr;

@@ -57,6 +57,16 @@ protected:
         return paths;
     }
 
+    // As the window finds its mail.
+    void writeSettings() const {
+        files::createFolders(scratch_ / "config/ostrel");
+        const std::string settings =
+            R"({"onboardingDone":true,"paper":"a4","includeAttachments":true,"includeIndex":true,)"
+            R"("skipDuplicates":true,"mailFolder":")" +
+            store().native() + "\"}";
+        files::writeAtomically(scratch_ / "config/ostrel/settings.json", bytesOf(settings));
+    }
+
     // Proxies and a print server to be tempted by, and no display but a private one.
     Command surroundings() const {
         const std::string host = "127.0.0.1:" + port();
@@ -169,11 +179,7 @@ void endOnceShown(Trace& trace) {
 
 TEST_F(PromisesTest, TheWindowOnlyReadsTheStoreAndCallsNobody) {
     if (!Trace::isPossible(scratch_.path())) GTEST_SKIP() << noTracer;
-    files::createFolders(scratch_ / "config/ostrel");
-    const std::string settings = R"({"onboardingDone":true,"paper":"a4","includeAttachments":true,"includeIndex":true,)"
-                                 R"("skipDuplicates":true,"mailFolder":")" +
-                                 store().native() + "\"}";
-    files::writeAtomically(scratch_ / "config/ostrel/settings.json", bytesOf(settings));
+    writeSettings();
     // The session's bus and the one for screen readers; the system's, which may tell of power and networks.
     expectKept("window", surroundings() + Command{SESSION, APPLICATION_PROGRAM},
                {"ostrel", "WebKitNetworkProcess", "WebKitWebProcess"},
@@ -200,19 +206,35 @@ TEST_F(PromisesTest, AnExportOfAStoreMountedReadOnlyIsWhole) {
 
 // Whatever code runs in these programs and in what they start: the kernel lets none of it call anybody.
 TEST_F(PromisesTest, CodePlantedInAProgramCallsNobody) {
-    const auto runPlanted = [&](const Command& command) {
-        const fs::path mark = scratch_ / "mark";
+    const fs::path mark = scratch_ / "mark";
+    const Command planted = {"/usr/bin/env", std::string("LD_PRELOAD=") + PLANTED_CODE, "PLANTED_PORT=" + port(),
+                             "PLANTED_MARK=" + mark.native()};
+    const auto run = [&](const Command& command, const std::function<void(const Program&)>& meanwhile) {
         fs::remove(mark);
-        const Command planted = {"/usr/bin/env", std::string("LD_PRELOAD=") + PLANTED_CODE, "PLANTED_PORT=" + port(),
-                                 "PLANTED_MARK=" + mark.native()};
-        Program program(planted + command, scratch_.path());
+        Program program(command, scratch_.path());
+        meanwhile(program);
         EXPECT_EQ(program.wait(), 0) << program.errors();
         EXPECT_TRUE(fs::exists(mark)) << "the planted code did not run";
     };
-    runPlanted({EXPORT_PROGRAM, store(), scratch_ / "out"});
-    runPlanted({INSPECT_PROGRAM, "index", store()});
+    const auto nothing = [](const Program&) {};
+    run(planted + Command{EXPORT_PROGRAM, store(), scratch_ / "out"}, nothing);
+    run(planted + Command{INSPECT_PROGRAM, "index", store()}, nothing);
+#ifdef APPLICATION_PROGRAM
+    writeSettings();
+    // The programs round the window are not ours.
+    std::string script = "#!/bin/sh\nexec";
+    for (const auto& word : planted + Command{APPLICATION_PROGRAM}) script += " '" + word + "'";
+    files::writeAtomically(scratch_ / "window", bytesOf(script + "\n"));
+    fs::permissions(scratch_ / "window", fs::perms::owner_all);
+    run(surroundings() + Command{SESSION, scratch_ / "window"}, [&](const Program& program) {
+        const auto giveUp = std::chrono::steady_clock::now() + std::chrono::seconds(120);
+        while (program.descendants("WebKitWeb").empty() && std::chrono::steady_clock::now() < giveUp) {
+        }
+        for (const pid_t window : program.descendants("ostrel")) kill(window, SIGINT);
+    });
+#endif
     EXPECT_EQ(server_.connections(), 0);
-    runPlanted({"/usr/bin/find", store()});
+    run(planted + Command{"/usr/bin/find", store()}, nothing);
     EXPECT_EQ(server_.connections(), 1) << "without the wall it gets through";
 }
 

@@ -1,11 +1,13 @@
-// Opens something in a program that is not ours, as the window does, with all that the window has prepared for the
-// engine: open-outside link ADDRESS | folder PATH | settings. Ends when it is told to.
+// Opens something in a program that is not ours, as the window does, behind its wall and with all that it has
+// prepared for the engine: open-outside link ADDRESS | folder PATH | settings. Ends when it is told to.
 
 #include "platform/Environment.h"
+#include "platform/NetworkWall.h"
 #include "platform/Translation.h"
 #include "render/engine/DesktopEngine.h"
 #include "render/loop/MainLoop.h"
 #include "ui/DesktopServices.h"
+#include "ui/Launcher.h"
 
 #include <string_view>
 
@@ -16,6 +18,8 @@
 int main(int argc, char** argv) {
     using namespace ostrel;
     const std::string_view what = argc > 1 ? argv[1] : "";
+    launcher::start();
+    if (!networkWall::raise()) return 4;   // nothing that others must not inherit
     i18n::start();
     gtk_disable_setlocale();
     Glib::set_init_to_users_preferred_locale(false);

@@ -27,8 +27,9 @@ class OpenOutsideTest : public testing::Test {
 protected:
     OpenOutsideTest() {
         EXPECT_EQ(mkfifo((scratch_ / "told").c_str(), 0600), 0);
-        write("teller", "#!/bin/sh\n{ /bin/grep SigBlk /proc/self/status; /bin/cat /proc/$$/environ; } > '" +
-                            (scratch_ / "told").native() + "'\n");
+        write("teller",
+              "#!/bin/sh\n{ /bin/grep -E 'SigBlk|SigIgn|Seccomp:' /proc/self/status; /bin/cat /proc/$$/environ; } > '" +
+                  (scratch_ / "told").native() + "'\n");
         std::filesystem::permissions(scratch_ / "teller", std::filesystem::perms::owner_all);
         const std::string entry =
             "[Desktop Entry]\nType=Application\nName=Teller\nExec=" + (scratch_ / "teller").native() +
@@ -100,8 +101,9 @@ TEST_F(OpenOutsideTest, OtherProgramsGetTheUsersOwnSurroundings) {
         const std::string text = told();
         program.signal(SIGTERM);
         ASSERT_EQ(program.wait(), 0) << program.errors();
-        const std::string_view none = "SigBlk:\t0000000000000000\n";
-        EXPECT_EQ(text.substr(0, none.size()), none) << row.back() << ": it can be ended like any other";
+        const std::string_view none = "SigBlk:\t0000000000000000\nSigIgn:\t0000000000000000\nSeccomp:\t0\n";
+        EXPECT_EQ(text.substr(0, none.size()), none)
+            << row.back() << ": it can be ended like any other, and has the network";
         Variables variables = variablesIn(std::string_view(text).substr(std::min(none.size(), text.size())));
         for (const char* launchers : {"DESKTOP_STARTUP_ID", "XDG_ACTIVATION_TOKEN", "GIO_LAUNCHED_DESKTOP_FILE",
                                       "GIO_LAUNCHED_DESKTOP_FILE_PID"})
