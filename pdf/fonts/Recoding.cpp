@@ -58,8 +58,10 @@ private:
         }
         state_->font = &found->second;
         state_->size = operands[1].text;
-        const bool endsLine = operation.end < content_.size() && content_[operation.end] == '\n';
-        rewriter_.cut(operation.begin, operation.end + (endsLine ? 1 : 0));
+        // Elsewhere the blank behind it keeps apart what stands before and after it.
+        const bool isLine = operation.end < content_.size() && content_[operation.end] == '\n' &&
+                            (operation.begin == 0 || content_[operation.begin - 1] == '\n');
+        rewriter_.cut(operation.begin, operation.end + (isLine ? 1 : 0));
         return true;
     }
 

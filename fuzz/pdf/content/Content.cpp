@@ -194,7 +194,8 @@ void run(ByteView input) {
 }
 
 std::vector<std::string> seeds() {
-    return {"q 10 0 0 10 1 1 cm 0 0 4 2 re W n .2 .4 .6 RG .2 .4 .6 rg /F gs 1 1 9 9 re f Q /X Do",
+    return {"BT /A 9 Tf (a) Tj/B 8 Tf\n9 TL (b) Tj ET",
+            "q 10 0 0 10 1 1 cm 0 0 4 2 re W n .2 .4 .6 RG .2 .4 .6 rg /F gs 1 1 9 9 re f Q /X Do",
             "1 0 0 rg /F gs 1 1 m 9 9 l 1 2 3 4 5 6 c h f* 0 g /O gs 0 0 9 9 re f (x) Tj",
             "BT /A 9 Tf <01> Tj /B 8 Tf (\\1\\)) Tj [<02> -20 (a)] TJ q /S 9 Tf (s) ' Q <03> Tj ET",
             "BT /W 9 Tf 0 0 Td <000300020001> Tj 9 0 Td <00030001> Tj <0001> Tj ET /A gs % x\n/P <</E [1]>> BDC EMC"};
