@@ -32,7 +32,7 @@ const char* inEnglish(const char* key, std::uint64_t count) {
 }
 
 // Without the locale's own data the C library would leave texts English while dates, which come from elsewhere, follow
-// the environment. Languages can be asked for apart, in any locale but C.
+// the environment. Languages can be asked for apart, in any locale but C; from glibc 2.41 on that is C.UTF-8, too.
 void askForLanguageAlone() {
     std::optional<std::string> name;
     for (const char* variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) {

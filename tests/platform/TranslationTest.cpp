@@ -3,10 +3,12 @@
 
 #include <clocale>
 #include <cstdint>
+#include <cstring>
 #include <fstream>
 #include <map>
 #include <string>
 
+#include <gnu/libc-version.h>
 #include <gtest/gtest.h>
 
 namespace ostrel::i18n {
@@ -57,6 +59,8 @@ private:
 };
 
 TEST_F(TranslationTest, SpeaksTheLanguageAlsoWithoutItsLocale) {
+    if (::strverscmp(::gnu_get_libc_version(), "2.41") >= 0)
+        GTEST_SKIP() << "This C library translates nothing without the locale's own data.";
     start({{"",
             "Content-Type: text/plain; charset=UTF-8\n"
             "Plural-Forms: nplurals=3; plural=(n==1 ? 0 : n%10>=2 && n%10<=4 && (n%100<10 || n%100>=20) ? 1 : 2);\n"},
