@@ -119,6 +119,7 @@ void PreviewPane::makePreview() {
     preview_->onFound = [this](std::size_t matches) { bar_.showMatches(matches); };
     preview_->onLink = [this](const std::string& url) { showLink(url); };
     addZoomGestures(*web);
+    web->property_accessible_role() = Gtk::Accessible::Role::GROUP;   // GTK gives no name to what has no role
     accessible::setLabel(*web, tr("Message preview"));
     pages_.add(*web);
 }
