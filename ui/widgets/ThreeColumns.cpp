@@ -57,9 +57,16 @@ std::optional<ThreeColumns::Column> ThreeColumns::alone() const {
 // Columns fold away before the window is narrower than they are.
 void ThreeColumns::measure_vfunc(Gtk::Orientation orientation, int forSize, int& minimum, int& natural,
                                  int& minimumBaseline, int& naturalBaseline) const {
-    SplitView::measure_vfunc(orientation, forSize, minimum, natural, minimumBaseline, naturalBaseline);
-    if (orientation != Gtk::Orientation::HORIZONTAL || room_ == Room::one) return;
-    minimum = std::min(minimum, textScale::scaled(minAlone));
+    const auto measure = [&](Gtk::Orientation along, int across) {
+        SplitView::measure_vfunc(along, across, minimum, natural, minimumBaseline, naturalBaseline);
+    };
+    measure(Gtk::Orientation::HORIZONTAL, -1);
+    if (orientation != Gtk::Orientation::HORIZONTAL) {
+        // Until columns have folded away, the window may be narrower than they can be asked about.
+        measure(orientation, forSize < 0 ? forSize : std::max(forSize, minimum));
+    } else if (room_ != Room::one) {
+        minimum = std::min(minimum, textScale::scaled(minAlone));
+    }
 }
 
 void ThreeColumns::size_allocate_vfunc(int width, int height, int baseline) {
