@@ -20,7 +20,7 @@ ACCESSIBLE, TEXT, COMPONENT, VALUE = (f"org.a11y.atspi.{name}" for name in ("Acc
 PROPERTIES = "org.freedesktop.DBus.Properties"
 # By their place in the two words of AT-SPI's state set.
 STATES = {"checked": 4, "enabled": 8, "expanded": 10, "focused": 12, "modal": 16, "pressed": 20, "selected": 23,
-          "sensitive": 24}
+          "sensitive": 24, "showing": 25}
 LAUNCHERS = ("/usr/libexec/at-spi-bus-launcher", "/usr/lib/at-spi2-core/at-spi-bus-launcher")
 BUS = """<busconfig><type>session</type><listen>unix:path={run}/bus</listen><auth>EXTERNAL</auth>
 <servicedir>{run}/services</servicedir><policy context="default"><allow send_destination="*" eavesdrop="true"/>
@@ -209,7 +209,11 @@ class Desktop:
                 node.name = " | ".join(cell.name for child in node.children for cell in child.walk() if cell.role == "label")
 
     def nodes(self):
-        return [node for window in self.windows() for node in window.walk()]
+        """All but what is hidden, which a newer toolkit lists with the size that it had; an older one says only of windows
+        that they are showing."""
+        every = [node for window in self.windows() for node in window.walk()]
+        telling = {node.at[0] for node in every if "showing" in node.states and node is not node.window}
+        return [node for node in every if "showing" in node.states or node.at[0] not in telling]
 
     def has(self, text, role=None, states=()):
         """The first object that reads so: a text, or a pattern found in it."""
