@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <algorithm>
 #include <sstream>
 #include <string>
 

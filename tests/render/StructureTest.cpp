@@ -40,7 +40,8 @@ TEST_F(Printing, TellsWhatThePageIsMadeOf) {
         {"headings and paragraphs", "<h1>One</h1><p>Two <b>bold</b> words</p>three<br>lines<br><br>and four",
          R"(H1("One") P("Two bold words") P("three lines") P("and four"))"},
         {"lines that end where they are full",
-         "<div style='width:90px;text-align:justify'>One two <b>three</b> <a href='https://e.example/'>four a\nfive</a> "
+         "<div style='width:90px;text-align:justify'>One two <b>three</b> <a href='https://e.example/'>four "
+         "a\nfive</a> "
          "six sevensevensevenseven<table border=1><tr><td>a b c<td>d<tr><td>e<td>f</table></div>",
          R"(P("One two three " Link("four " "a five" -> ->) " six sevensevensevenseven") )"
          R"(Table(TR(TD("a b c") TD("d")) TR(TD("e") TD("f"))))"},
